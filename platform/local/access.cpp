@@ -1,0 +1,34 @@
+#include "platform/local/access.h"
+
+#include "platform/local/guarded.h"
+#include "platform/local/library.h"
+
+namespace local {
+
+bool requireChangeAccess(CatalogueConnection& connection) {
+    const std::int64_t status = connection.integer("SELECT status FROM access");
+    if (seesEverything(status) || seesChoice(status))
+        return seesChoice(status);
+    throw LibraryError(platform::PHPhotosErrorDomain, accessDeniedCode,
+                       "This application has no access to the photo library.");
+}
+
+} // namespace local
+
+namespace platform {
+
+long authorizationStatusForAccessLevel(long) {
+    // A library that cannot be opened is one that this user may not have now.
+    return local::orElse<long>(PHAuthorizationStatusRestricted, [] {
+        return static_cast<long>(
+            local::Library::open()->connection()->integer("SELECT status FROM access"));
+    });
+}
+
+void requestAuthorizationForAccessLevel(long accessLevel,
+                                        std::function<void(long status)> handler) {
+    // The owner's access was granted when the library was made: there is nobody to ask.
+    handler(authorizationStatusForAccessLevel(accessLevel));
+}
+
+} // namespace platform

@@ -1,0 +1,182 @@
+// Fetches of assets. The whole library is a cursor in a snapshot of its own, so that a page costs
+// its own rows wherever it lies; assets asked for by identifier are few and read at once, so that
+// no snapshot is held while they are changed or copied.
+#include "platform/asset.h"
+
+#include "platform/local/access.h"
+#include "platform/local/asset_record.h"
+#include "platform/local/guarded.h"
+#include "platform/local/library.h"
+
+#include <algorithm>
+#include <variant>
+
+namespace local {
+
+namespace {
+
+using platform::PHAsset;
+
+// The listed assets, newest first, as a snapshot shows them. Walking forwards steps one
+// statement; any other access seeks.
+class ListedAssets {
+public:
+    // `forWalking`: somebody will ask for more than the count.
+    explicit ListedAssets(bool forWalking)
+        : connection_(Library::open()->connection()), snapshot_(*connection_) {
+        readState();
+        SharedListingMarkers& shared = connection_.library().listingMarkers();
+        while (forWalking && shared.areKept() && !(markers_ = shared.at(*connection_, sequence_))) {
+            // Another thread has moved the markers beyond this snapshot: take a newer one rather
+            // than walk without markers.
+            snapshot_.renew();
+            readState();
+        }
+    }
+
+    std::size_t count() const { return static_cast<std::size_t>(count_); }
+
+    std::optional<PHAsset> at(std::size_t index) {
+        const auto wanted = static_cast<std::int64_t>(index);
+        if (wanted < 0 || wanted >= count_)
+            return std::nullopt;
+        if (!rows_ || wanted != next_)
+            seek(wanted);
+        if (!rows_->step())
+            return std::nullopt;
+        ++next_;
+        return assetFromRow(*rows_);
+    }
+
+private:
+    void readState() {
+        Statement state =
+            connection_->statement("SELECT (SELECT status FROM access), "
+                                   "(SELECT value FROM counter WHERE name = 'listed'), "
+                                   "ifnull((SELECT max(seq) FROM listing_change), 0)");
+        state.step();
+        status_ = static_cast<long>(state.integer(0));
+        count_ = seesEverything(status_) ? state.integer(1) : 0;
+        sequence_ = state.integer(2);
+        if (!seesChoice(status_))
+            return;
+        count_ = connection_->integer("SELECT count(*) FROM limited_choice AS choice "
+                                      "CROSS JOIN asset ON asset.n = choice.asset "
+                                      "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL");
+    }
+
+    void seek(std::int64_t index) {
+        rows_.reset();
+        next_ = index;
+        if (seesChoice(status_)) {
+            rows_.emplace(connection_->statement(
+                "SELECT " PHOTOS_KIT_ASSET_COLUMNS " FROM limited_choice AS choice "
+                "CROSS JOIN asset ON asset.n = choice.asset "
+                "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
+                "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?1"));
+            rows_->bind(1, index);
+            return;
+        }
+        const ListingMarkers::Place place = locate(index);
+        rows_.emplace(connection_->statement(
+            "SELECT " PHOTOS_KIT_ASSET_COLUMNS " FROM asset INDEXED BY asset_listing "
+            "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
+            "AND (asset.created, asset.n) <= (?1, ?2) "
+            "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?3"));
+        rows_->bind(1, place.key.created).bind(2, place.key.n).bind(3, place.skip);
+    }
+
+    ListingMarkers::Place locate(std::int64_t index) {
+        // Near the start a walk is cheaper than making markers for the whole library.
+        constexpr std::int64_t nearStart = 512;
+        if (!markers_ && index >= nearStart)
+            markers_ = connection_.library().listingMarkers().at(*connection_, sequence_);
+        return markers_ ? markers_->locate(index) : ListingMarkers::Place{listingStart, index};
+    }
+
+    ConnectionLease connection_;
+    Snapshot snapshot_;
+    std::optional<Statement> rows_; // before the snapshot and the connection in destruction
+    long status_ = 0;
+    std::int64_t count_ = 0;
+    std::int64_t sequence_ = 0;
+    std::int64_t next_ = 0;
+    std::shared_ptr<const ListingMarkers> markers_;
+};
+
+std::vector<PHAsset> assetsWithIdentifiers(const std::vector<std::string>& identifiers) {
+    std::vector<PHAsset> found;
+    const ConnectionLease connection = Library::open()->connection();
+    const Snapshot snapshot(*connection);
+    const std::int64_t status = connection->integer("SELECT status FROM access");
+    if (!seesEverything(status) && !seesChoice(status))
+        return found;
+    std::vector<Uuid> wanted;
+    for (const std::string& identifier : identifiers) {
+        if (const auto uuid = uuidOfAssetIdentifier(identifier))
+            wanted.push_back(*uuid);
+    }
+    std::sort(wanted.begin(), wanted.end());
+    wanted.erase(std::unique(wanted.begin(), wanted.end()), wanted.end());
+    for (const Uuid& uuid : wanted) {
+        Statement row = connection->statement(
+            "SELECT " PHOTOS_KIT_ASSET_COLUMNS " FROM asset WHERE asset.uuid = ?1 "
+            "AND asset.trashed_at IS NULL "
+            "AND (?2 OR asset.n IN (SELECT choice.asset FROM limited_choice AS choice))");
+        row.bindBlob(1, uuid).bind(2, static_cast<std::int64_t>(seesEverything(status)));
+        if (row.step())
+            found.push_back(assetFromRow(row));
+    }
+    return found;
+}
+
+// Behind a PHFetchResult.
+using FetchedAssets = std::variant<std::vector<PHAsset>, ListedAssets>;
+
+} // namespace
+
+} // namespace local
+
+namespace platform {
+
+using local::FetchedAssets;
+
+template <>
+std::size_t PHFetchResult<PHAsset>::count() const {
+    if (!object)
+        return 0;
+    const auto* fetched = static_cast<const FetchedAssets*>(object.get());
+    if (const auto* assets = std::get_if<std::vector<PHAsset>>(fetched))
+        return assets->size();
+    return std::get<local::ListedAssets>(*fetched).count();
+}
+
+template <>
+std::optional<PHAsset> PHFetchResult<PHAsset>::objectAtIndex(std::size_t index) const {
+    if (!object)
+        return std::nullopt;
+    auto* fetched = static_cast<FetchedAssets*>(object.get());
+    if (const auto* assets = std::get_if<std::vector<PHAsset>>(fetched))
+        return index < assets->size() ? std::optional((*assets)[index]) : std::nullopt;
+    return local::orElse<std::optional<PHAsset>>(
+        std::nullopt, [&] { return std::get<local::ListedAssets>(*fetched).at(index); });
+}
+
+PHFetchResult<PHAsset> fetchAssetsWithOptions(const PHFetchOptions& options) {
+    // Newest first is the library's own order as well as the only one that is asked for; a fetch
+    // that asks for no order is one to be counted.
+    return local::orElse<PHFetchResult<PHAsset>>({}, [&] {
+        return PHFetchResult<PHAsset>{std::make_shared<FetchedAssets>(
+            std::in_place_type<local::ListedAssets>, !options.sortDescriptors.empty())};
+    });
+}
+
+PHFetchResult<PHAsset>
+fetchAssetsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {
+    return local::orElse<PHFetchResult<PHAsset>>({}, [&] {
+        return PHFetchResult<PHAsset>{
+            std::make_shared<FetchedAssets>(local::assetsWithIdentifiers(identifiers))};
+    });
+}
+
+} // namespace platform

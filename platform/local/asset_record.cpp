@@ -1,0 +1,80 @@
+#include "platform/local/asset_record.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace local {
+
+namespace {
+
+constexpr std::string_view assetEnding = "/L0/001";
+
+} // namespace
+
+std::string assetIdentifier(const Uuid& uuid) {
+    std::string identifier = uppercaseText(uuid);
+    identifier.append(assetEnding);
+    return identifier;
+}
+
+std::optional<Uuid> uuidOfAssetIdentifier(std::string_view identifier) {
+    if (!identifier.ends_with(assetEnding))
+        return std::nullopt;
+    return uuidFromText(identifier.substr(0, identifier.size() - assetEnding.size()));
+}
+
+double exactSeconds(std::int64_t milliseconds) {
+    double seconds = static_cast<double>(milliseconds) / 1000.0;
+    const double away = milliseconds < 0 ? -std::numeric_limits<double>::infinity()
+                                         : std::numeric_limits<double>::infinity();
+    while (static_cast<std::int64_t>(seconds * 1000.0) != milliseconds)
+        seconds = std::nextafter(seconds, away);
+    return seconds;
+}
+
+platform::PHAsset assetFromRow(const Statement& row) {
+    const auto record = std::make_shared<AssetRecord>();
+    record->n = row.integer(0);
+    record->media = static_cast<long>(row.integer(3));
+    record->filename = row.text(8);
+    record->contentType = row.text(9);
+    record->storedAs = row.text(10);
+    const auto hash = row.blob(11);
+    std::copy_n(hash.begin(), std::min(hash.size(), record->hash.size()), record->hash.begin());
+
+    Uuid uuid{};
+    const auto bytes = row.blob(1);
+    std::copy_n(bytes.begin(), std::min(bytes.size(), uuid.size()), uuid.begin());
+    platform::PHAsset asset;
+    asset.localIdentifier = assetIdentifier(uuid);
+    asset.mediaType = record->media;
+    asset.pixelWidth = static_cast<unsigned long>(row.integer(4));
+    asset.pixelHeight = static_cast<unsigned long>(row.integer(5));
+    asset.creationDate = exactSeconds(row.integer(2));
+    asset.isHidden = row.integer(6) != 0;
+    asset.isFavorite = row.integer(7) != 0;
+    asset.object = record;
+    return asset;
+}
+
+const AssetRecord& recordOf(const platform::PHAsset& asset) {
+    return *static_cast<const AssetRecord*>(asset.object.get());
+}
+
+} // namespace local
+
+namespace platform {
+
+std::vector<PHAssetResource> assetResourcesForAsset(const PHAsset& asset) {
+    if (!asset.object)
+        return {};
+    const local::AssetRecord& record = local::recordOf(asset);
+    const long type =
+        record.media == PHAssetMediaTypeVideo ? PHAssetResourceTypeVideo : PHAssetResourceTypePhoto;
+    std::vector<PHAssetResource> resources;
+    resources.push_back({type, record.filename, record.contentType, asset.object});
+    return resources;
+}
+
+} // namespace platform

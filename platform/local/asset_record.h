@@ -1,0 +1,46 @@
+// An asset's row in the catalogue.
+#pragma once
+
+#include "platform/asset.h"
+#include "platform/local/catalogue_connection.h"
+#include "platform/local/file_store.h"
+
+namespace local {
+
+// Bits of asset.traits.
+enum AssetTrait : std::int64_t {
+    traitAnimated = 1,
+    traitRaw = 2,
+    traitScreenshot = 4,
+    traitSelfie = 8,
+    traitPanorama = 16,
+};
+
+// What stands behind a PHAsset of this library.
+struct AssetRecord {
+    std::int64_t n = 0;
+    long media = 0;
+    std::string filename;
+    std::string contentType;
+    std::string storedAs; // the original's name in the file store
+    ContentHash hash{};
+};
+
+// The columns that assetFromRow reads, in its order; the table must be named "asset".
+#define PHOTOS_KIT_ASSET_COLUMNS                                                                   \
+    "asset.n, asset.uuid, asset.created, asset.media, asset.width, asset.height, asset.hidden, "   \
+    "EXISTS (SELECT 1 FROM favorite WHERE favorite.asset = asset.n), asset.filename, "             \
+    "asset.content_type, asset.stored_as, asset.hash"
+
+platform::PHAsset assetFromRow(const Statement& row);
+
+const AssetRecord& recordOf(const platform::PHAsset& asset);
+
+std::string assetIdentifier(const Uuid& uuid);
+// The uuid in an asset's identifier, as this library writes it; nothing for any other text.
+std::optional<Uuid> uuidOfAssetIdentifier(std::string_view identifier);
+
+// The seconds whose thousandfold, cut to an integer, is exactly `milliseconds`.
+double exactSeconds(std::int64_t milliseconds);
+
+} // namespace local

@@ -1,0 +1,11 @@
+// The view of the file system that SQLite gets.
+#pragma once
+
+namespace local {
+
+// The name of the registered VFS. It is SQLite's own for this system, except that it takes paths
+// as they stand: SQLite would resolve /proc/self/fd/N to the folder's real path, which it then
+// refuses from 512 bytes on.
+const char* catalogueVfsName();
+
+} // namespace local

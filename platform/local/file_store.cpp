@@ -1,0 +1,170 @@
+#include "platform/local/file_store.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <memory>
+
+namespace local {
+
+namespace {
+
+constexpr std::string_view markerEnding = ".importing";
+constexpr std::size_t uuidTextLength = 36;
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+using Folder = std::unique_ptr<DIR, CloseFolder>;
+
+Folder openFolder(int parent, const char* name) {
+    const int fd = openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return nullptr;
+    DIR* folder = fdopendir(fd);
+    if (!folder)
+        close(fd);
+    return Folder(folder);
+}
+
+std::vector<std::string> namesIn(int parent, const char* name) {
+    std::vector<std::string> names;
+    const Folder folder = openFolder(parent, name);
+    if (!folder)
+        return names;
+    while (const dirent* entry = readdir(folder.get())) {
+        if (entry->d_name[0] != '.')
+            names.emplace_back(entry->d_name);
+    }
+    return names;
+}
+
+std::string originalPath(std::string_view name) {
+    return "originals/" + std::string(name.substr(0, 2)) + "/" + std::string(name);
+}
+
+} // namespace
+
+std::string uppercaseText(const Uuid& uuid) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    text.reserve(uuidTextLength);
+    for (std::size_t i = 0; i < uuid.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10)
+            text.push_back('-');
+        text.push_back(digits[uuid[i] >> 4]);
+        text.push_back(digits[uuid[i] & 15]);
+    }
+    return text;
+}
+
+std::optional<Uuid> uuidFromText(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    if (text.size() != uuidTextLength)
+        return std::nullopt;
+    Uuid uuid{};
+    std::size_t nibble = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+        const std::size_t value = digits.find(text[i]);
+        if (dash != (text[i] == '-') || (!dash && value == std::string_view::npos))
+            return std::nullopt;
+        if (dash)
+            continue;
+        std::uint8_t& byte = uuid[nibble++ / 2];
+        byte = static_cast<std::uint8_t>(byte << 4 | value);
+    }
+    return uuid;
+}
+
+Uuid randomUuid() {
+    Uuid uuid{};
+    if (getrandom(uuid.data(), uuid.size(), 0) != static_cast<ssize_t>(uuid.size()))
+        throw systemError("No random numbers could be had", errno);
+    uuid[6] = static_cast<std::uint8_t>((uuid[6] & 0x0f) | 0x40);
+    uuid[8] = static_cast<std::uint8_t>((uuid[8] & 0x3f) | 0x80);
+    return uuid;
+}
+
+std::string hexadecimal(const ContentHash& hash) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * hash.size());
+    for (const std::uint8_t byte : hash) {
+        text.push_back(digits[byte >> 4]);
+        text.push_back(digits[byte & 15]);
+    }
+    return text;
+}
+
+void FileStore::create() const {
+    for (const char* name : {"originals", "incoming", "derivatives"}) {
+        if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
+            throw systemError(std::string("The photo library's folder \"") + name +
+                                  "\" could not be made",
+                              errno);
+    }
+    fsync(folder_);
+}
+
+UniqueFd FileStore::openOriginal(const std::string& name) const {
+    UniqueFd file(openat(folder_, originalPath(name).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!file)
+        throw systemError("The asset's original could not be opened", errno);
+    return file;
+}
+
+UniqueFd FileStore::openDerivatives() const {
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    UniqueFd derivatives(openat(folder_, "derivatives", flags));
+    if (!derivatives && errno == ENOENT && mkdirat(folder_, "derivatives", 0700) == 0)
+        derivatives.reset(openat(folder_, "derivatives", flags));
+    return derivatives;
+}
+
+bool FileStore::holdsOriginals() const {
+    const UniqueFd originals(openat(folder_, "originals", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!originals)
+        return false;
+    for (const std::string& shelf : namesIn(folder_, "originals")) {
+        if (!namesIn(originals.get(), shelf.c_str()).empty())
+            return true;
+    }
+    return false;
+}
+
+void FileStore::sweep(const std::function<bool(const Uuid&)>& isCatalogued,
+                      const std::function<void()>& beforeRemoval) const {
+    const UniqueFd incoming(openat(folder_, "incoming", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!incoming)
+        return;
+    bool prepared = false;
+    for (const std::string& entry : namesIn(folder_, "incoming")) {
+        const std::optional<Uuid> uuid =
+            uuidFromText(std::string_view(entry).substr(0, uuidTextLength));
+        if (!uuid)
+            continue; // not ours to judge
+        const bool isMarker = entry.ends_with(markerEnding);
+        const std::string name =
+            isMarker ? entry.substr(0, entry.size() - markerEnding.size()) : entry;
+        const std::string markerName = name + std::string(markerEnding);
+        const UniqueFd marker(openat(incoming.get(), markerName.c_str(), O_RDWR | O_CLOEXEC));
+        if (isMarker && !marker)
+            continue; // its importer has just finished
+        if (marker && flock(marker.get(), LOCK_EX | LOCK_NB) != 0)
+            continue; // its importer is at work
+        if (!prepared)
+            beforeRemoval();
+        prepared = true;
+        if (!isCatalogued(*uuid))
+            unlinkat(folder_, originalPath(name).c_str(), 0);
+        unlinkat(incoming.get(), name.c_str(), 0);
+        unlinkat(incoming.get(), markerName.c_str(), 0);
+    }
+}
+
+} // namespace local

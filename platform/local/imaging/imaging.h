@@ -1,0 +1,101 @@
+// What the embedded library asks of the imaging process, which alone decodes strangers' files.
+//
+// The process (photos-kit-imaging, found beside the shared library that holds this code) is
+// started on demand and kept, a few at most; it gets a file as an open descriptor and nothing
+// else. One that crashes or overruns its time costs the request at hand, which then fails, and
+// the next request gets a fresh one. Nothing that comes back is trusted: sizes, counts and text
+// are checked here before anybody uses them.
+//
+// All functions may be called from any thread, wait for their answer, and never throw.
+#pragma once
+
+#include "platform/local/unique_fd.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace local {
+
+enum class MediaKind { photo, video };
+
+// A reading of the calendar as the file states it: not yet a point in time.
+struct CaptureTime {
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    int millisecond = 0;
+    std::optional<int> offsetMinutes; // east of UTC; nothing: the file does not say
+};
+
+// What the header of a file tells.
+struct MediaInfo {
+    std::uint32_t width = 0; // pixels as displayed, orientation applied; above zero
+    std::uint32_t height = 0;
+    std::optional<CaptureTime> captured; // nothing: no date, or one that does not exist
+    std::string contentType;             // uniform type identifier told from the bytes; may be empty
+    bool animated = false;               // more than one frame to be shown in time
+    bool raw = false;                    // camera RAW
+    bool screenshot = false;             // the metadata says so
+    bool selfie = false;                 // the metadata says so (a front camera's lens)
+    double durationSeconds = 0;          // videos
+};
+
+struct ImagingFailure {
+    enum class Cause {
+        badFile,     // the file cannot be read as what it should be
+        crashed,     // the imaging process died of it or was stopped for overrunning its bounds
+        unavailable, // the imaging process could not be started
+    };
+    Cause cause = Cause::badFile;
+    std::string sentence; // for people, ends in a full stop, one line, at most 300 bytes
+};
+
+// sRGB, 8 bits a channel, rows from the top, no padding: rgb.size() == width * height * 3.
+struct Pixels {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::vector<std::uint8_t> rgb;
+};
+
+// Reads the header of a file. In two halves so that the caller can do something else (write the
+// file through to the disk) while the imaging process reads; `finish` waits for the answer.
+// A photo needs a header that its decoder reads, with sizes above zero; a video must open and
+// hold a video stream.
+class Inspection {
+public:
+    Inspection(int fd, MediaKind kind); // `fd` is borrowed for the length of this call
+    Inspection(const Inspection&) = delete;
+    Inspection& operator=(const Inspection&) = delete;
+    ~Inspection();
+
+    std::variant<MediaInfo, ImagingFailure> finish();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+// Where a picture comes from.
+struct PictureSource {
+    MediaKind kind = MediaKind::photo;
+    std::string contentKey; // lower-case hexadecimal hash of the file's bytes: names the derivative
+                            // and remembers a file that killed its reader
+    std::function<UniqueFd()> open;           // opens the file for reading; an empty answer: it cannot
+    std::function<int()> derivativesFolder;   // descriptor of the folder "derivatives", borrowed;
+                                              // -1: there is none
+};
+
+// A picture that covers the target (in pixels) with its aspect ratio kept, upright, enlarged
+// when the source is smaller, within a cap on pixels; (-1, -1) is full size; any other size with
+// a side not above zero gives nothing. Served from the kept derivative when that is enough;
+// otherwise decoded, and a derivative is made later, when no caller is waiting.
+std::optional<Pixels> coverPicture(const PictureSource& source, double targetWidth,
+                                   double targetHeight);
+
+// A complete JPEG stream at a quality of 1 to 100; nothing when it cannot be encoded.
+std::optional<std::vector<std::uint8_t>> encodeJpeg(const Pixels& pixels, int quality);
+
+} // namespace local

@@ -1,0 +1,114 @@
+// What passes between the host and photos-kit-imaging over a SOCK_SEQPACKET pair.
+//
+// The worker says Hello once its sandbox is up. Then, for each request: the host sends one
+// Request with the file as its only SCM_RIGHTS descriptor; the worker sends one Answer, with the
+// pixels in a memfd as its only descriptor when a picture was asked for and made. Both ends come
+// from one build, so the structs travel as they lie in memory; still neither end believes the
+// other: answer.h is the host's check, request.h the worker's.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+namespace local::imaging {
+
+inline constexpr std::uint32_t kRequestMark = 0x504b5131;
+inline constexpr std::uint32_t kAnswerMark = 0x504b4131;
+inline constexpr std::uint32_t kHelloMark = 0x504b4831;
+
+// A picture has at most this many pixels (a 108 megapixel camera's, 324 MB of RGB) and, because a
+// JPEG can hold no more, this many to a side.
+inline constexpr std::uint64_t kMaxPixels = 108'000'000;
+inline constexpr std::uint32_t kMaxSide = 65'500;
+
+enum class Task : std::uint32_t { inspectPhoto, inspectVideo, photoPicture, videoPicture };
+inline constexpr auto kLastTask = Task::videoPicture;
+
+enum RequestFlag : std::uint32_t {
+    kCoveredOnly = 1, // fail rather than enlarge, and rather than show a damaged picture
+};
+
+enum class FileFormat : std::uint32_t {
+    unknown,
+    jpeg,
+    png,
+    gif,
+    webp,
+    tiff,
+    heic,
+    heif,
+    avif,
+    jpegXl,
+    dng,
+    canonCr2,
+    canonCr3,
+    nikonRaw,
+    sonyRaw,
+    fujiRaw,
+    olympusRaw,
+    panasonicRaw,
+    otherRaw,
+    quickTime,
+    mpeg4,
+    appleMpeg4,
+    threeGpp,
+    threeGpp2,
+    matroska,
+    webm,
+    avi,
+    mpegTransport,
+    mpegProgram,
+    windowsMedia,
+    flashVideo,
+    ogg,
+};
+inline constexpr auto kLastFormat = FileFormat::ogg;
+
+enum class Outcome : std::uint32_t {
+    done,
+    notAPicture,  // no decoder knows the bytes, or its header cannot be read
+    notAVideo,    // no demuxer knows the bytes
+    noVideoTrack, // it opens but holds no moving picture
+    damaged,      // the header reads, the picture does not
+    tooLarge,     // more memory than this process may have
+    notCovered,   // kCoveredOnly, and the picture is too small
+};
+inline constexpr auto kLastOutcome = Outcome::notCovered;
+
+enum AnswerFlag : std::uint32_t {
+    kAnimated = 1,
+    kRaw = 2,
+    kScreenshot = 4,
+    kSelfie = 8,
+    kHasCaptureTime = 16,
+    kHasOffset = 32,
+};
+
+struct Request {
+    std::uint32_t mark;
+    Task task;
+    std::uint32_t flags;
+    std::uint32_t reserved;
+    double targetWidth; // pictures only: (-1, -1), or both above zero
+    double targetHeight;
+};
+
+struct Answer {
+    std::uint32_t mark;
+    Outcome outcome;
+    std::uint32_t width; // inspection: as displayed; picture: what the memfd holds
+    std::uint32_t height;
+    std::uint32_t sourceWidth; // pictures: the file's own size as displayed
+    std::uint32_t sourceHeight;
+    std::uint32_t residentKiB; // memory of the worker after the request
+    FileFormat format;
+    std::uint32_t flags;
+    std::int32_t year, month, day, hour, minute, second, millisecond;
+    std::int32_t offsetMinutes;
+    double durationSeconds;
+};
+
+static_assert(std::is_trivially_copyable_v<Request> && std::is_trivially_copyable_v<Answer>);
+static_assert(sizeof(Request) == 32 && sizeof(Answer) == 80);
+
+} // namespace local::imaging

@@ -1,0 +1,159 @@
+// The way of one file into the store. What makes it durable, in this order: the bytes are written
+// and synced, the file is renamed to its place, the place's folder is synced; only then may the
+// catalogue name it.
+#include "platform/local/file_store.h"
+
+// Inlined, so that no library has to be loaded into the host for it.
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace local {
+
+namespace {
+
+constexpr std::size_t chunkSize = std::size_t{1} << 20;
+
+struct FreeHash {
+    void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
+};
+
+[[noreturn]] void copyFailed(const std::string& what, int error) {
+    throw systemError("The file could not be copied into the photo library (" + what + ")", error);
+}
+
+std::size_t readChunk(int source, std::uint8_t* buffer) {
+    for (;;) {
+        const ssize_t got = read(source, buffer, chunkSize);
+        if (got >= 0)
+            return static_cast<std::size_t>(got);
+        if (errno != EINTR)
+            copyFailed("reading", errno);
+    }
+}
+
+void writeChunk(int target, const std::uint8_t* bytes, std::size_t size) {
+    while (size > 0) {
+        const ssize_t put = write(target, bytes, size);
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put < 0)
+            copyFailed("writing", errno);
+        bytes += put;
+        size -= static_cast<std::size_t>(put);
+    }
+}
+
+} // namespace
+
+IncomingOriginal::IncomingOriginal(const FileStore& store, const Uuid& uuid,
+                                   const std::string& name, int source)
+    : store_(store) {
+    const std::string shelf = uppercaseText(uuid).substr(0, 2);
+    partPath_ = "incoming/" + name;
+    markerPath_ = partPath_ + ".importing";
+    finalFolder_ = "originals/" + shelf;
+    finalPath_ = finalFolder_ + "/" + name;
+    makeMarker();
+    try {
+        const int part = openat(store_.folder(), partPath_.c_str(),
+                                O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+        if (part < 0)
+            copyFailed("creating", errno);
+        writable_.reset(part);
+        readable_.reset(openat(store_.folder(), partPath_.c_str(), O_RDONLY | O_CLOEXEC));
+        if (!readable_)
+            copyFailed("opening", errno);
+
+        // Where the file system can share the blocks, the copy costs nothing but its hash.
+        const bool shared = ioctl(part, FICLONE, source) == 0;
+        const std::unique_ptr<XXH3_state_t, FreeHash> hashing(XXH3_createState());
+        const std::unique_ptr<std::uint8_t[]> chunk(new std::uint8_t[chunkSize]);
+        XXH3_128bits_reset(hashing.get());
+        const int from = shared ? readable_.get() : source;
+        posix_fadvise(from, 0, 0, POSIX_FADV_SEQUENTIAL);
+        while (const std::size_t got = readChunk(from, chunk.get())) {
+            XXH3_128bits_update(hashing.get(), chunk.get(), got);
+            if (!shared) {
+                writeChunk(part, chunk.get(), got);
+                // Lets the disk begin while the next chunk is read.
+                sync_file_range(part, size_, static_cast<off_t>(got), SYNC_FILE_RANGE_WRITE);
+            }
+            size_ += static_cast<std::int64_t>(got);
+        }
+        lseek(readable_.get(), 0, SEEK_SET);
+        XXH128_canonical_t canonical;
+        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(hashing.get()));
+        std::memcpy(hash_.data(), canonical.digest, hash_.size());
+    } catch (...) {
+        remove();
+        throw;
+    }
+}
+
+IncomingOriginal::~IncomingOriginal() {
+    if (removable_)
+        remove();
+}
+
+void IncomingOriginal::makeMarker() {
+    for (;;) {
+        marker_.reset(openat(store_.folder(), markerPath_.c_str(),
+                             O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+        if (!marker_)
+            copyFailed("creating", errno);
+        // A sweeping process may take the marker for a dead one's before it is locked.
+        struct stat made {};
+        if (flock(marker_.get(), LOCK_EX | LOCK_NB) == 0 && fstat(marker_.get(), &made) == 0 &&
+            made.st_nlink > 0)
+            return;
+        unlinkat(store_.folder(), markerPath_.c_str(), 0);
+    }
+}
+
+void IncomingOriginal::writeThrough() {
+    if (fdatasync(writable_.get()) != 0)
+        copyFailed("writing through", errno);
+    if (close(std::exchange(writable_, UniqueFd()).release()) != 0)
+        copyFailed("closing", errno);
+}
+
+void IncomingOriginal::place() {
+    const bool newShelf = mkdirat(store_.folder(), finalFolder_.c_str(), 0700) == 0;
+    if (!newShelf && errno != EEXIST)
+        copyFailed("making its folder", errno);
+    if (renameat(store_.folder(), partPath_.c_str(), store_.folder(), finalPath_.c_str()) != 0)
+        copyFailed("renaming", errno);
+    placed_ = true;
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    const UniqueFd shelf(openat(store_.folder(), finalFolder_.c_str(), flags));
+    if (!shelf || fsync(shelf.get()) != 0)
+        copyFailed("syncing its folder", errno);
+    if (!newShelf)
+        return;
+    const UniqueFd shelves(openat(store_.folder(), "originals", flags));
+    if (!shelves || fsync(shelves.get()) != 0)
+        copyFailed("syncing its folder", errno);
+}
+
+void IncomingOriginal::committed() {
+    unlinkat(store_.folder(), markerPath_.c_str(), 0);
+    marker_.reset();
+}
+
+void IncomingOriginal::remove() noexcept {
+    unlinkat(store_.folder(), (placed_ ? finalPath_ : partPath_).c_str(), 0);
+    unlinkat(store_.folder(), markerPath_.c_str(), 0);
+    marker_.reset();
+}
+
+} // namespace local

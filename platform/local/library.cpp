@@ -1,0 +1,217 @@
+#include "platform/local/library.h"
+
+#include "platform/local/catalogue_schema.h"
+#include "platform/local/library_location.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+
+namespace local {
+
+namespace {
+
+// More than a host's threads use at once would only hold memory.
+constexpr std::size_t mostIdleConnections = 8;
+
+// Makes the folder and those above it; only the library's own is kept from other users.
+void makeFolder(const std::string& path) {
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
+    if (error && error != std::errc::file_exists)
+        throw systemError("The photo library's place " + path + " could not be made",
+                          error.value());
+    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
+        throw systemError("The photo library " + path + " could not be made", errno);
+}
+
+UniqueFd openFolder(const std::string& path) {
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    UniqueFd folder(::open(path.c_str(), flags));
+    if (!folder && errno == ENOENT) {
+        makeFolder(path);
+        folder.reset(::open(path.c_str(), flags));
+    }
+    if (!folder && errno == ENOTDIR)
+        throw LibraryError(posixErrorDomain, ENOTDIR,
+                           path + " is not a folder, so it cannot be the photo library; nothing "
+                                  "was changed.");
+    if (!folder)
+        throw systemError("The photo library " + path + " could not be opened", errno);
+    return folder;
+}
+
+bool catalogueExists(int folder) {
+    struct stat file {};
+    if (fstatat(folder, "library.db", &file, 0) == 0)
+        return file.st_size > 0;
+    if (errno != ENOENT)
+        throw systemError("The library's catalogue could not be examined", errno);
+    return false;
+}
+
+// Reads the catalogue's version without a trace: no log, no shared memory, no lock.
+void refuseNewerVersion(int folder) {
+    try {
+        CatalogueConnection peek(folder, CatalogueConnection::Mode::immutable);
+        if (peek.integer("PRAGMA application_id") == catalogueApplicationId)
+            checkCatalogueIsOurs(peek, schemaSteps().size());
+    } catch (const LibraryError& refused) {
+        // A writer at work can make any other reading of this kind go wrong.
+        if (refused.error().code == SQLITE_SCHEMA)
+            throw;
+    }
+}
+
+// Makes the names of a new library's files, and its own, durable.
+void syncNewLibrary(int folder) {
+    const UniqueFd parent(openat(folder, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fsync(folder) != 0 || !parent || fsync(parent.get()) != 0)
+        throw systemError("The new photo library could not be made durable", errno);
+}
+
+bool logIsEmpty(int folder) {
+    struct stat log {};
+    return fstatat(folder, "library.db-wal", &log, 0) != 0 || log.st_size == 0;
+}
+
+} // namespace
+
+ConnectionLease::ConnectionLease(std::shared_ptr<Library> library,
+                                 std::unique_ptr<CatalogueConnection> made)
+    : library_(std::move(library)), connection_(std::move(made)) {}
+
+ConnectionLease::~ConnectionLease() {
+    if (connection_)
+        library_->giveBack(std::move(connection_));
+}
+
+std::shared_ptr<Library> Library::open() {
+    const std::optional<std::string> path = libraryPath();
+    if (!path)
+        throw LibraryError(posixErrorDomain, ENOENT,
+                           "There is no photo library, because the home folder is not known "
+                           "(HOME is not set).");
+    // Never destroyed: worker threads may outlive the end of the process's main function.
+    static std::mutex* const mutex = new std::mutex;
+    static std::shared_ptr<Library>* const kept = new std::shared_ptr<Library>;
+    const std::scoped_lock lock(*mutex);
+    if (!*kept || !(*kept)->stillAt(*path)) {
+        kept->reset();
+        *kept = std::make_shared<Library>(*path);
+    }
+    return *kept;
+}
+
+Library::Library(const std::string& path) : folder_(openFolder(path)), files_(folder_.get()) {
+    prepareCatalogue(path);
+    if (fstatat(folder_.get(), "library.db", &catalogueFile_, 0) != 0)
+        throw systemError("The library's catalogue could not be examined", errno);
+    if (readOnly_)
+        return;
+    try {
+        const std::unique_ptr<CatalogueConnection> connection = connect();
+        files_.sweep(
+            [&](const Uuid& uuid) {
+                Statement found = connection->statement("SELECT 1 FROM asset WHERE uuid = ?1");
+                return found.bindBlob(1, uuid).step();
+            },
+            [&] {
+                // A dead importer's commit may lie complete in the log without being in force; a
+                // commit after it makes sure that it never will be.
+                WriteTransaction transaction(*connection);
+                connection->execute("UPDATE counter SET value = value WHERE name = 'listed'");
+                transaction.commit();
+            });
+    } catch (const LibraryError&) {
+        // What is left over waits for a better day; it is in nobody's way.
+    }
+}
+
+bool Library::stillAt(const std::string& path) const {
+    // A disk that took no writes may take them again.
+    if (readOnly_ && std::chrono::steady_clock::now() - opened_ > std::chrono::seconds(2))
+        return false;
+    struct stat now {};
+    return stat((path + "/library.db").c_str(), &now) == 0 && now.st_dev == catalogueFile_.st_dev &&
+           now.st_ino == catalogueFile_.st_ino;
+}
+
+void Library::prepareCatalogue(const std::string& path) {
+    // In this order: another process may be making the library at this moment, and makes its
+    // catalogue before its first original.
+    bool exists = catalogueExists(folder_.get());
+    if (!exists && files_.holdsOriginals() && !(exists = catalogueExists(folder_.get())))
+        throw LibraryError(posixErrorDomain, ENOENT,
+                           "The photo library " + path +
+                               " holds originals but no catalogue; nothing was changed.");
+    if (exists)
+        refuseNewerVersion(folder_.get());
+    try {
+        CatalogueConnection connection(folder_.get(), CatalogueConnection::Mode::readWrite,
+                                       !exists);
+        readOnly_ = connection.isReadOnly();
+        if (!exists) {
+            files_.create();
+            connection.execute("PRAGMA journal_mode=WAL");
+        }
+        if (readOnly_)
+            checkCatalogueIsOurs(connection, schemaSteps().size());
+        else
+            prepareSchema(connection, schemaSteps());
+        connection.integer("SELECT value FROM counter");
+        if (!exists)
+            syncNewLibrary(folder_.get());
+    } catch (const LibraryError& error) {
+        const int code = static_cast<int>(error.error().code) & 0xff;
+        const bool noRoom = code == SQLITE_FULL || code == SQLITE_CANTOPEN ||
+                            code == SQLITE_IOERR || code == SQLITE_READONLY;
+        if (!exists || error.error().domain != sqliteErrorDomain || !noRoom ||
+            !logIsEmpty(folder_.get()))
+            throw;
+        // SQLite found no room for its own files beside the catalogue. All that was ever
+        // committed is in the catalogue itself, and nobody can add to it.
+        mode_ = CatalogueConnection::Mode::immutable;
+        readOnly_ = true;
+        CatalogueConnection connection(folder_.get(), mode_);
+        checkCatalogueIsOurs(connection, schemaSteps().size());
+    }
+}
+
+std::unique_ptr<CatalogueConnection> Library::connect() {
+    return std::make_unique<CatalogueConnection>(folder_.get(), mode_);
+}
+
+ConnectionLease Library::connection() {
+    {
+        const std::scoped_lock lock(poolMutex_);
+        if (!idle_.empty()) {
+            auto connection = std::move(idle_.back());
+            idle_.pop_back();
+            return {shared_from_this(), std::move(connection)};
+        }
+    }
+    return {shared_from_this(), connect()};
+}
+
+void Library::giveBack(std::unique_ptr<CatalogueConnection> connection) {
+    if (!sqlite3_get_autocommit(connection->handle()))
+        return; // a transaction that could not be ended: the connection is of no more use
+    // An immutable connection would not see what others write once there is room again.
+    if (mode_ == CatalogueConnection::Mode::immutable)
+        return;
+    const std::scoped_lock lock(poolMutex_);
+    if (idle_.size() < mostIdleConnections)
+        idle_.push_back(std::move(connection));
+}
+
+std::unique_lock<std::mutex> Library::writeLock() {
+    if (readOnly_)
+        throw LibraryError(posixErrorDomain, EROFS,
+                           "The photo library cannot be changed, because it is read-only.");
+    return std::unique_lock(writer_);
+}
+
+} // namespace local

@@ -1,0 +1,78 @@
+// The one photo library of this user, as this process sees it: its folder, its catalogue
+// connections, and what is kept between calls.
+//
+// Everything here may be used from any thread. Failures are thrown as LibraryError.
+#pragma once
+
+#include "platform/local/catalogue_connection.h"
+#include "platform/local/file_store.h"
+#include "platform/local/listing_markers.h"
+#include "platform/local/unique_fd.h"
+
+#include <sys/stat.h>
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace local {
+
+class Library;
+
+// A catalogue connection for one thread's use; goes back to the library's pool at the end.
+class ConnectionLease {
+public:
+    ConnectionLease(std::shared_ptr<Library> library, std::unique_ptr<CatalogueConnection> made);
+    ConnectionLease(ConnectionLease&&) noexcept = default;
+    ConnectionLease& operator=(ConnectionLease&&) = delete;
+    ~ConnectionLease();
+
+    CatalogueConnection& operator*() const { return *connection_; }
+    CatalogueConnection* operator->() const { return connection_.get(); }
+    Library& library() const { return *library_; }
+
+private:
+    std::shared_ptr<Library> library_;
+    std::unique_ptr<CatalogueConnection> connection_;
+};
+
+class Library : public std::enable_shared_from_this<Library> {
+public:
+    // The library at the user's place, opened; created on first use. Kept for later calls as
+    // long as the same folder stands there.
+    static std::shared_ptr<Library> open();
+
+    ConnectionLease connection();
+    FileStore& files() { return files_; }
+    SharedListingMarkers& listingMarkers() { return markers_; }
+
+    // Throws when the library takes no changes. Held by a thread from before it begins a write
+    // transaction until that is over, so that the threads of one process queue here instead of
+    // polling.
+    std::unique_lock<std::mutex> writeLock();
+
+    explicit Library(const std::string& path);
+
+private:
+    friend class ConnectionLease;
+
+    bool stillAt(const std::string& path) const;
+    std::unique_ptr<CatalogueConnection> connect();
+    void prepareCatalogue(const std::string& path);
+    void giveBack(std::unique_ptr<CatalogueConnection> connection);
+
+    UniqueFd folder_;
+    struct stat catalogueFile_ {};
+    CatalogueConnection::Mode mode_ = CatalogueConnection::Mode::readWrite;
+    bool readOnly_ = false;
+    std::chrono::steady_clock::time_point opened_ = std::chrono::steady_clock::now();
+    FileStore files_;
+    SharedListingMarkers markers_;
+    std::mutex writer_;
+    std::mutex poolMutex_;
+    std::vector<std::unique_ptr<CatalogueConnection>> idle_;
+};
+
+} // namespace local
