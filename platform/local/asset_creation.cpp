@@ -58,11 +58,14 @@ bool isPanorama(const MediaInfo& info) {
 
 std::int64_t traitsOf(const MediaInfo& info, MediaKind kind) {
     std::int64_t traits = 0;
-    traits |= info.animated ? traitAnimated : 0;
-    traits |= info.raw ? traitRaw : 0;
-    traits |= info.screenshot ? traitScreenshot : 0;
-    traits |= info.selfie ? traitSelfie : 0;
-    traits |= kind == MediaKind::photo && isPanorama(info) ? traitPanorama : 0;
+    const auto add = [&](AssetTrait trait, bool holds) {
+        traits |= holds ? std::int64_t{trait} : 0;
+    };
+    add(traitAnimated, info.animated);
+    add(traitRaw, info.raw);
+    add(traitScreenshot, info.screenshot);
+    add(traitSelfie, info.selfie);
+    add(traitPanorama, kind == MediaKind::photo && isPanorama(info));
     return traits;
 }
 

@@ -24,6 +24,7 @@ void shortenListingLog(CatalogueConnection& connection) {
 
 void carryOut(const ChangeTransaction& changes) {
     const std::shared_ptr<Library> library = Library::open();
+    library->requireWritable();
     const ConnectionLease connection = library->connection();
     requireChangeAccess(*connection);
 

@@ -207,11 +207,10 @@ void Library::giveBack(std::unique_ptr<CatalogueConnection> connection) {
         idle_.push_back(std::move(connection));
 }
 
-std::unique_lock<std::mutex> Library::writeLock() {
+void Library::requireWritable() const {
     if (readOnly_)
         throw LibraryError(posixErrorDomain, EROFS,
                            "The photo library cannot be changed, because it is read-only.");
-    return std::unique_lock(writer_);
 }
 
 } // namespace local

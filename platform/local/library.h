@@ -48,10 +48,12 @@ public:
     FileStore& files() { return files_; }
     SharedListingMarkers& listingMarkers() { return markers_; }
 
-    // Throws when the library takes no changes. Held by a thread from before it begins a write
-    // transaction until that is over, so that the threads of one process queue here instead of
-    // polling.
-    std::unique_lock<std::mutex> writeLock();
+    // Throws when the library takes no changes.
+    void requireWritable() const;
+
+    // Held by a thread from before it begins a write transaction until that is over, so that the
+    // threads of one process queue here instead of polling.
+    std::unique_lock<std::mutex> writeLock() { return std::unique_lock(writer_); }
 
     explicit Library(const std::string& path);
 

@@ -1,0 +1,270 @@
+// Files becoming assets: what is kept of them, what is refused, and that nothing is half made.
+#include "tests/local/support.h"
+
+#include "platform/local/asset_record.h"
+#include "platform/local/capture_date.h"
+#include "platform/local/file_store.h"
+#include "platform/local/library.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <thread>
+
+using namespace support;
+using testing::HasSubstr;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+namespace {
+
+void expectNothingKept(const ScratchHome& home) {
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM asset"), 0);
+    EXPECT_THAT(filesBelow(home.library() / "originals"), IsEmpty());
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+}
+
+fs::path originalOf(const ScratchHome& home, const std::string& identifier) {
+    const std::string stored = local::recordOf(assetWith(identifier).value()).storedAs;
+    return home.library() / "originals" / stored.substr(0, 2) / stored;
+}
+
+} // namespace
+
+TEST(AssetImport, KeepsTheBytesTheNameAndTheType) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("Üb \"er's %s\n.JPG"), 90, 60);
+    const auto outcome = importFile(picture);
+    ASSERT_TRUE(outcome.identifier) << outcome.sentence();
+    EXPECT_TRUE(fs::exists(picture));
+    const auto asset = assetWith(*outcome.identifier).value();
+    EXPECT_EQ(asset.pixelWidth, 90u);
+    EXPECT_EQ(asset.pixelHeight, 60u);
+    EXPECT_EQ(asset.mediaType, platform::PHAssetMediaTypeImage);
+    const auto resources = platform::assetResourcesForAsset(asset);
+    ASSERT_EQ(resources.size(), 1u);
+    EXPECT_EQ(resources[0].type, platform::PHAssetResourceTypePhoto);
+    EXPECT_EQ(resources[0].originalFilename, picture.filename().string());
+    EXPECT_EQ(resources[0].uniformTypeIdentifier, "public.jpeg");
+    const fs::path original = originalOf(home, *outcome.identifier);
+    EXPECT_EQ(readBytes(original), readBytes(picture));
+    EXPECT_EQ(fs::status(original).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+}
+
+TEST(AssetImport, TheSameFileTwiceIsTwoAssets) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("a.jpg"));
+    EXPECT_NE(importFile(picture).identifier, importFile(picture).identifier);
+    EXPECT_EQ(listed().count(), 2u);
+}
+
+TEST(AssetImport, WithoutAnEndingTheBytesGiveTheTypeAndTheFilesTimeTheDate) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("scan"));
+    const timespec times[2] = {{1'000'000'007, 250'000'000}, {1'000'000'007, 250'000'000}};
+    utimensat(AT_FDCWD, picture.c_str(), times, 0);
+    const auto asset = assetWith(importFile(picture).identifier.value()).value();
+    EXPECT_EQ(platform::assetResourcesForAsset(asset)[0].uniformTypeIdentifier, "public.jpeg");
+    EXPECT_EQ(asset.creationDate, 1'000'000'007.25);
+}
+
+TEST(AssetImport, WhatCannotBeAnAssetIsRefusedWithASentence) {
+    const ScratchHome home;
+    platform::fetchAssetsWithOptions({});
+    writeText(home.file("empty.jpg"), "");
+    writeText(home.file("text.jpg"), "these are not the bytes of a picture");
+    writeText(home.file("noise.mov"), std::string(5000, '\x5a'));
+    mkfifo(home.file("pipe.jpg").c_str(), 0600);
+    fs::create_directory(home.file("folder.jpg"));
+    fs::create_symlink("/nowhere/at/all", home.file("broken.jpg"));
+    const local::UniqueFd listening(socket(AF_UNIX, SOCK_STREAM, 0));
+    sockaddr_un address{AF_UNIX, {}};
+    home.file("socket.jpg").string().copy(address.sun_path, sizeof address.sun_path - 1);
+    bind(listening.get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
+
+    for (const char* name : {"empty.jpg", "text.jpg", "noise.mov", "pipe.jpg", "folder.jpg",
+                             "broken.jpg", "socket.jpg", "missing.jpg"}) {
+        const bool movie = std::string_view(name).ends_with(".mov");
+        const auto outcome =
+            importFile(home.file(name), movie ? platform::PHAssetResourceTypeVideo
+                                              : platform::PHAssetResourceTypePhoto);
+        EXPECT_FALSE(outcome.identifier) << name;
+        EXPECT_THAT(outcome.sentence(), testing::EndsWith(".")) << name;
+    }
+    const auto text = importFile(home.file("text.jpg"));
+    EXPECT_EQ(text.error.domain, platform::PHPhotosErrorDomain);
+    EXPECT_EQ(text.error.code, 3302);
+    const auto picture = writePicture(home.file("picture.mov"));
+    EXPECT_EQ(importFile(picture, platform::PHAssetResourceTypeVideo).error.code, 3302);
+    expectNothingKept(home);
+}
+
+TEST(AssetImport, AFullDiskCostsOnlyTheFileThatDoesNotFit) {
+    const ScratchHome home;
+    if (!mountSmallDisk(home.path() / "Pictures", "size=2m"))
+        GTEST_SKIP() << "this system does not let the test mount a disk";
+    const auto small = writePicture(home.file("small.jpg"));
+    const auto first = importFile(small).identifier;
+    ASSERT_TRUE(first);
+    fs::copy_file(small, home.file("large.jpg"));
+    fs::resize_file(home.file("large.jpg"), 8 << 20);
+    const auto refused = importFile(home.file("large.jpg"));
+    EXPECT_FALSE(refused.identifier);
+    EXPECT_THAT(refused.sentence(), HasSubstr("No space left"));
+    EXPECT_TRUE(importFile(small).identifier);
+    EXPECT_EQ(listed().count(), 2u);
+    EXPECT_EQ(readBytes(originalOf(home, *first)), readBytes(small));
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+}
+
+TEST(AssetImport, AKilledImporterLeavesEveryReturnedAssetWholeAndNothingElse) {
+    for (const int after : {1, 3, 8}) {
+        const ScratchHome home;
+        std::vector<fs::path> pictures;
+        for (int i = 0; i < 40; ++i)
+            pictures.push_back(writePicture(home.file(std::to_string(i) + ".jpg"), 500, 400, i));
+        int channel[2];
+        ASSERT_EQ(pipe(channel), 0);
+        const pid_t importer = fork();
+        if (importer == 0) {
+            for (const auto& picture : pictures) {
+                const std::string line = importFile(picture).identifier.value() + "\n";
+                if (write(channel[1], line.data(), line.size()) < 0)
+                    break;
+            }
+            _exit(0);
+        }
+        close(channel[1]);
+        std::string told;
+        char byte = 0;
+        while (std::count(told.begin(), told.end(), '\n') < after &&
+               read(channel[0], &byte, 1) == 1)
+            told.push_back(byte);
+        std::this_thread::sleep_for(std::chrono::microseconds(700 * after));
+        kill(importer, SIGKILL);
+        while (read(channel[0], &byte, 1) == 1)
+            told.push_back(byte);
+        close(channel[0]);
+        waitpid(importer, nullptr, 0);
+
+        std::size_t returned = 0;
+        for (std::size_t at = 0, end; (end = told.find('\n', at)) != std::string::npos;
+             at = end + 1) {
+            const std::string identifier = told.substr(at, end - at);
+            ASSERT_TRUE(assetWith(identifier)) << identifier;
+            EXPECT_EQ(readBytes(originalOf(home, identifier)), readBytes(pictures[returned]));
+            ++returned;
+        }
+        EXPECT_GE(returned, static_cast<std::size_t>(after));
+        EXPECT_LT(returned, pictures.size());
+        const std::size_t assets = listed().count();
+        EXPECT_LE(assets, returned + 1) << "one may have been committed but not told";
+        EXPECT_EQ(filesBelow(home.library() / "originals").size(), assets);
+        EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+        for (const std::string& identifier : listedIdentifiers())
+            EXPECT_TRUE(fs::exists(originalOf(home, identifier)));
+    }
+}
+
+TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
+    const ScratchHome home;
+    platform::fetchAssetsWithOptions({});
+    const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
+    const local::FileStore store(folder.get());
+    const auto none = [](const local::Uuid&) { return false; };
+    const auto all = [](const local::Uuid&) { return true; };
+    const auto ready = [] {};
+    const auto picture = writePicture(home.file("a.jpg"));
+    const local::UniqueFd source(open(picture.c_str(), O_RDONLY));
+    const local::Uuid uuid = local::randomUuid();
+    const std::string name = local::uppercaseText(uuid) + ".jpg";
+    writeText(home.library() / "incoming/notes.txt", "not ours");
+    {
+        local::IncomingOriginal incoming(store, uuid, name, source.get());
+        incoming.writeThrough();
+        store.sweep(none, ready);
+        incoming.place();
+        store.sweep(none, ready);
+        EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
+        incoming.commitBegins();
+    }
+    // Its process is as good as dead now, and whether it committed is the catalogue's to say.
+    EXPECT_THROW(store.sweep(none, [] { throw local::systemError("no", EROFS); }),
+                 local::LibraryError);
+    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
+    store.sweep(all, ready);
+    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
+    EXPECT_EQ(filesBelow(home.library() / "incoming"), std::vector<std::string>{"notes.txt"});
+
+    lseek(source.get(), 0, SEEK_SET);
+    const local::Uuid lost = local::randomUuid();
+    {
+        local::IncomingOriginal incoming(store, lost, local::uppercaseText(lost), source.get());
+        incoming.writeThrough();
+        incoming.place();
+        incoming.commitBegins();
+    }
+    store.sweep(none, ready);
+    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
+    EXPECT_EQ(filesBelow(home.library() / "incoming"), std::vector<std::string>{"notes.txt"});
+}
+
+TEST(AssetImport, ProcessesAndThreadsImportSideBySide) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("a.jpg"));
+    std::vector<pid_t> children;
+    for (int p = 0; p < 3; ++p) {
+        const pid_t child = fork();
+        if (child == 0) {
+            std::vector<std::thread> threads;
+            std::atomic<int> failed = 0;
+            for (int t = 0; t < 3; ++t)
+                threads.emplace_back([&] {
+                    for (int i = 0; i < 10; ++i)
+                        failed += !importFile(picture).identifier;
+                });
+            for (std::thread& thread : threads)
+                thread.join();
+            _exit(failed == 0 ? 0 : 1);
+        }
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int outcome = -1;
+        waitpid(child, &outcome, 0);
+        EXPECT_EQ(outcome, 0);
+    }
+    EXPECT_EQ(listedIdentifiers().size(), 90u);
+    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 90u);
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM pragma_integrity_check "
+                               "WHERE integrity_check = 'ok'"),
+              1);
+}
+
+TEST(CaptureDates, FollowTheOffsetOrTheLocalZoneAndMustExist) {
+    setenv("TZ", "America/New_York", 1);
+    tzset();
+    using local::millisecondsSince1970;
+    EXPECT_EQ(millisecondsSince1970({1970, 1, 1, 2, 0, 0, 5, 120}), 5);
+    EXPECT_EQ(millisecondsSince1970({1969, 12, 31, 19, 0, 1, 0, std::nullopt}), 1000);
+    EXPECT_EQ(millisecondsSince1970({2024, 2, 29, 0, 0, 0, 0, 0}), 1'709'164'800'000);
+    EXPECT_EQ(millisecondsSince1970({1969, 12, 31, 18, 59, 59, 0, std::nullopt}), -1000);
+    EXPECT_EQ(millisecondsSince1970({1969, 12, 31, 19, 0, 0, 0, 100'000}), 0)
+        << "an offset that does not exist is none";
+    for (const local::CaptureTime& impossible : {local::CaptureTime{2023, 2, 29, 0, 0, 0},
+                                                 {2023, 13, 1, 0, 0, 0},
+                                                 {0, 0, 0, 0, 0, 0},
+                                                 {2023, 1, 1, 24, 0, 0},
+                                                 {2023, 1, 1, 0, 60, 0},
+                                                 {2023, 1, 32, 0, 0, 0}})
+        EXPECT_FALSE(millisecondsSince1970(impossible));
+}

@@ -1,0 +1,206 @@
+// The order of the whole library, its counts and its snapshots, against what the rows say.
+#include "tests/local/support.h"
+
+#include "platform/local/asset_record.h"
+#include "platform/local/listing_markers.h"
+#include "platform/photo_library.h"
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+using namespace support;
+using platform::PHAsset;
+
+namespace {
+
+std::vector<std::int64_t> listedNumbers(std::size_t start, std::size_t end) {
+    std::vector<std::int64_t> numbers;
+    const auto assets = listed();
+    for (std::size_t i = start; i < std::min(end, assets.count()); ++i)
+        numbers.push_back(local::recordOf(assets.objectAtIndex(i).value()).n);
+    return numbers;
+}
+
+std::vector<std::int64_t> trueOrder(const ScratchHome& home) {
+    std::vector<std::int64_t> numbers;
+    sqlite3* database = nullptr;
+    sqlite3_open((home.library() / "library.db").c_str(), &database);
+    sqlite3_exec(
+        database,
+        "SELECT n FROM asset NOT INDEXED WHERE hidden = 0 AND trashed_at IS NULL "
+        "ORDER BY created DESC, n DESC",
+        [](void* out, int, char** values, char**) {
+            static_cast<std::vector<std::int64_t>*>(out)->push_back(std::stoll(values[0]));
+            return 0;
+        },
+        &numbers, nullptr);
+    sqlite3_close(database);
+    return numbers;
+}
+
+} // namespace
+
+TEST(AssetListing, AnyPageIsRightWhateverChangesBetweenPages) {
+    const ScratchHome home;
+    platform::authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 3000, 1'000'000, 10);
+    std::mt19937 random(7);
+    for (int round = 0; round < 60; ++round) {
+        const std::string n = std::to_string(random() % 3500);
+        const std::string when = std::to_string(900'000 + random() % 200'000);
+        switch (random() % 6) {
+        case 0: // many at one place, so that a stretch grows and is cut
+            addBareAssets(home, 700, static_cast<std::int64_t>(random() % 1'100'000), 0);
+            break;
+        case 1:
+            runSql(home, "DELETE FROM asset WHERE n BETWEEN " + n + " AND " + n + " + 400");
+            break;
+        case 2:
+            runSql(home, "UPDATE asset SET hidden = 1 - hidden WHERE n % 7 = " + n + " % 7");
+            break;
+        case 3:
+            runSql(home, "UPDATE asset SET created = " + when + " WHERE n % 50 = " + n + " % 50");
+            break;
+        case 4:
+            runSql(home, "UPDATE asset SET trashed_at = iif(trashed_at IS NULL, 5, NULL) "
+                         "WHERE n % 11 = " +
+                             n + " % 11");
+            break;
+        default:
+            break;
+        }
+        const auto truth = trueOrder(home);
+        ASSERT_EQ(listed().count(), truth.size());
+        const std::size_t start = random() % (truth.size() + 1);
+        const std::size_t end = std::min(truth.size(), start + 100);
+        ASSERT_EQ(listedNumbers(start, end),
+                  std::vector(truth.begin() + static_cast<std::ptrdiff_t>(start),
+                              truth.begin() + static_cast<std::ptrdiff_t>(end)))
+            << "round " << round << ", page at " << start;
+    }
+    EXPECT_EQ(listedNumbers(0, SIZE_MAX), trueOrder(home));
+}
+
+TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBack) {
+    const ScratchHome home;
+    platform::authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 2000, 0, 1);
+    EXPECT_EQ(listedNumbers(1500, 1501).size(), 1u);
+    addBareAssets(home, 500, 100, 1);
+    runSql(home, "DELETE FROM listing_change WHERE seq < (SELECT max(seq) FROM listing_change)");
+    EXPECT_EQ(listedNumbers(0, SIZE_MAX), trueOrder(home));
+}
+
+TEST(AssetListing, AFetchIsASnapshot) {
+    const ScratchHome home;
+    platform::authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 10, 0, 1);
+    const auto before = listed();
+    const std::string first = before.objectAtIndex(0)->localIdentifier;
+    addBareAssets(home, 5, 1000, 1);
+    runSql(home, "DELETE FROM asset WHERE created < 5");
+    EXPECT_EQ(before.count(), 10u);
+    EXPECT_EQ(before.objectAtIndex(9)->creationDate, 0.0);
+    EXPECT_EQ(before.objectAtIndex(0)->localIdentifier, first);
+    EXPECT_FALSE(before.objectAtIndex(10));
+    EXPECT_EQ(listed().count(), 10u);
+}
+
+TEST(AssetListing, EveryThreadSeesAWholeOrderWhileOthersWrite) {
+    const ScratchHome home;
+    platform::authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 2000, 0, 5);
+    std::atomic<bool> stop = false;
+    std::atomic<int> walks = 0;
+    std::vector<std::thread> readers;
+    for (int i = 0; i < 4; ++i) {
+        readers.emplace_back([&, i] {
+            std::mt19937 random(static_cast<unsigned>(i));
+            while (!stop) {
+                const auto assets = listed();
+                const std::size_t start = random() % assets.count();
+                std::optional<PHAsset> previous;
+                std::size_t at = start;
+                for (; at < assets.count() && at < start + 50; ++at) {
+                    const auto asset = assets.objectAtIndex(at);
+                    ASSERT_TRUE(asset) << at << " of " << assets.count();
+                    if (previous) {
+                        ASSERT_LE(asset->creationDate, previous->creationDate);
+                    }
+                    previous = asset;
+                }
+                if (at == assets.count()) {
+                    ASSERT_FALSE(assets.objectAtIndex(at));
+                }
+                ++walks;
+            }
+        });
+    }
+    for (int i = 0; i < 150; ++i) {
+        addBareAssets(home, 7, i * 13, 1);
+        runSql(home, "DELETE FROM asset WHERE n IN (SELECT n FROM asset ORDER BY n LIMIT 3)");
+    }
+    stop = true;
+    for (std::thread& reader : readers)
+        reader.join();
+    EXPECT_GT(walks, 4);
+    EXPECT_EQ(sqlInteger(home, "SELECT value FROM counter WHERE name = 'listed'"),
+              sqlInteger(home, "SELECT count(*) FROM asset"));
+}
+
+TEST(AssetListing, HiddenAndTrashedAssetsAreLeftOutAndHiddenOnesFoundByIdentifier) {
+    const ScratchHome home;
+    platform::authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 3, 1000, 1000);
+    const auto all = listedIdentifiers();
+    runSql(home, "UPDATE asset SET hidden = 1 WHERE created = 2000;"
+                 "UPDATE asset SET trashed_at = 1 WHERE created = 1000;"
+                 "INSERT INTO favorite SELECT n FROM asset WHERE created >= 2000");
+    EXPECT_EQ(listedIdentifiers(), std::vector{all[0]});
+    EXPECT_EQ(platform::fetchAssetsWithOptions({}).count(), 1u);
+    EXPECT_TRUE(listed().objectAtIndex(0)->isFavorite);
+    EXPECT_FALSE(listed().objectAtIndex(0)->isHidden);
+    EXPECT_TRUE(assetWith(all[1])->isHidden);
+    EXPECT_FALSE(assetWith(all[2]));
+    const auto found =
+        platform::fetchAssetsWithLocalIdentifiers({all[0], "nobody", all[1], "", all[0], all[2]});
+    EXPECT_EQ(found.count(), 2u);
+}
+
+TEST(Access, DecidesWhatIsSeenAndChanged) {
+    const ScratchHome home;
+    platform::authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 4, 1000, 1000);
+    const auto all = listedIdentifiers();
+    const auto picture = writePicture(home.file("mine.jpg"));
+
+    runSql(home, "UPDATE access SET status = 4; INSERT INTO limited_choice "
+                 "SELECT n FROM asset WHERE created IN (1000, 3000)");
+    EXPECT_EQ(platform::authorizationStatusForAccessLevel(2), 4);
+    EXPECT_EQ(listedIdentifiers(), (std::vector{all[1], all[3]}));
+    EXPECT_FALSE(assetWith(all[0]));
+    EXPECT_TRUE(assetWith(all[1]));
+    const auto own = importFile(picture).identifier.value();
+    EXPECT_EQ(listed().count(), 3u);
+    EXPECT_TRUE(assetWith(own));
+
+    for (const char* refused : {"1", "2"}) {
+        runSql(home, std::string("UPDATE access SET status = ") + refused);
+        EXPECT_EQ(listed().count(), 0u);
+        EXPECT_FALSE(assetWith(all[1]));
+        const auto outcome = importFile(picture);
+        EXPECT_EQ(outcome.error.domain, platform::PHPhotosErrorDomain);
+        EXPECT_EQ(outcome.error.code, 3311);
+        EXPECT_NE(outcome.sentence(), "");
+    }
+}
+
+TEST(CreationDates, KeepEveryMillisecond) {
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 200'000; ++i) {
+        const auto ms = static_cast<std::int64_t>(random() % 8'000'000'000'000) - 4'000'000'000'000;
+        ASSERT_EQ(static_cast<std::int64_t>(local::exactSeconds(ms) * 1000.0), ms);
+    }
+    EXPECT_EQ(local::exactSeconds(0), 0.0);
+}

@@ -1,0 +1,220 @@
+// How the library comes to be, and what is refused instead of being touched.
+#include "tests/local/support.h"
+
+#include "platform/local/catalogue_schema.h"
+#include "platform/local/unique_fd.h"
+#include "platform/photo_library.h"
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <map>
+
+using namespace support;
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+namespace {
+
+long status() {
+    return platform::authorizationStatusForAccessLevel(platform::PHAccessLevelReadWrite);
+}
+
+std::map<std::string, std::string> contents(const fs::path& folder) {
+    std::map<std::string, std::string> bytes;
+    for (const std::string& name : filesBelow(folder))
+        bytes[name] = readBytes(folder / name);
+    return bytes;
+}
+
+// The library answers nothing, explains itself, and changes nothing on disk.
+void expectRefused(const ScratchHome& home, const std::string& reason) {
+    const auto before = contents(home.path());
+    EXPECT_EQ(status(), platform::PHAuthorizationStatusRestricted);
+    EXPECT_EQ(listed().count(), 0u);
+    EXPECT_THAT(importFile("/nowhere.jpg").sentence(), HasSubstr(reason));
+    EXPECT_EQ(contents(home.path()), before);
+}
+
+} // namespace
+
+TEST(LibraryOpening, FirstUseMakesAPrivateLibraryAndGrantsFullAccess) {
+    const ScratchHome home;
+    EXPECT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+    struct stat folder {};
+    ASSERT_EQ(stat(home.library().c_str(), &folder), 0);
+    EXPECT_EQ(folder.st_mode & 0777, 0700u);
+    EXPECT_EQ(sqlInteger(home, "PRAGMA application_id"), local::catalogueApplicationId);
+    EXPECT_EQ(sqlInteger(home, "PRAGMA user_version"),
+              static_cast<std::int64_t>(local::schemaSteps().size()));
+}
+
+TEST(LibraryOpening, UsesThePicturesFolderOfTheUsersSettings) {
+    const ScratchHome home;
+    fs::create_directories(home.path() / ".config");
+    writeText(
+        home.path() / ".config/user-dirs.dirs",
+        "# comment\nXDG_MUSIC_DIR=\"$HOME/Musik\"\n XDG_PICTURES_DIR=\"$HOME/Meine Bilder\"\n");
+    EXPECT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+    EXPECT_TRUE(fs::exists(home.path() / "Meine Bilder/Lumatrice Library/library.db"));
+    EXPECT_FALSE(fs::exists(home.library()));
+}
+
+TEST(LibraryOpening, WithoutHomeThereIsNoLibrary) {
+    const ScratchHome home;
+    unsetenv("HOME");
+    expectRefused(home, "HOME is not set");
+}
+
+TEST(LibraryOpening, AFileInTheLibrarysPlaceIsLeftAlone) {
+    const ScratchHome home;
+    fs::create_directories(home.path() / "Pictures");
+    writeText(home.library(), "somebody's notes");
+    expectRefused(home, "is not a folder");
+}
+
+TEST(LibraryOpening, ACatalogueThatIsNoDatabaseIsLeftAlone) {
+    const ScratchHome home;
+    fs::create_directories(home.library());
+    writeText(home.library() / "library.db", std::string(8192, 'x'));
+    expectRefused(home, "not a catalogue");
+}
+
+TEST(LibraryOpening, ACatalogueOfANewerVersionIsLeftAlone) {
+    const ScratchHome home;
+    ASSERT_EQ(inChild([] { status(); }), 0);
+    runSql(home, "PRAGMA user_version = 4711");
+    expectRefused(home, "newer version");
+}
+
+TEST(LibraryOpening, AnotherProgramsDatabaseIsLeftAlone) {
+    const ScratchHome home;
+    fs::create_directories(home.library());
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open((home.library() / "library.db").c_str(), &other), SQLITE_OK);
+    sqlite3_exec(other, "CREATE TABLE recipe (name)", nullptr, nullptr, nullptr);
+    sqlite3_close(other);
+    expectRefused(home, "another program");
+}
+
+TEST(LibraryOpening, OriginalsWithoutACatalogueAreNotBuiltOver) {
+    const ScratchHome home;
+    fs::create_directories(home.library() / "originals/AB");
+    writeText(home.library() / "originals/AB/picture.jpg", "bytes");
+    expectRefused(home, "no catalogue");
+}
+
+TEST(LibraryOpening, AHomeWithAVeryLongPathWorks) {
+    const ScratchHome home;
+    fs::path deep = home.path();
+    for (int i = 0; i < 8; ++i)
+        deep /= std::string(200, static_cast<char>('a' + i));
+    fs::create_directories(deep);
+    setenv("HOME", deep.c_str(), 1);
+    ASSERT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+    const auto picture = writePicture(home.file("a.jpg"));
+    EXPECT_TRUE(importFile(picture).identifier);
+    EXPECT_EQ(listed().count(), 1u);
+}
+
+TEST(LibraryOpening, ALibraryReplacedUnderARunningProcessIsOpenedAnew) {
+    const ScratchHome home;
+    status();
+    addBareAssets(home, 3, 0, 1);
+    EXPECT_EQ(listed().count(), 3u);
+    fs::rename(home.library(), home.path() / "elsewhere");
+    EXPECT_EQ(listed().count(), 0u);
+    fs::remove_all(home.library());
+    fs::rename(home.path() / "elsewhere", home.library());
+    EXPECT_EQ(listed().count(), 3u);
+}
+
+TEST(LibraryOpening, ManyProcessesMayMakeTheLibraryAtOnce) {
+    const ScratchHome home;
+    std::vector<pid_t> children;
+    for (int i = 0; i < 12; ++i) {
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(status() == platform::PHAuthorizationStatusAuthorized ? 0 : 1);
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int outcome = -1;
+        waitpid(child, &outcome, 0);
+        EXPECT_EQ(outcome, 0);
+    }
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM access"), 1);
+}
+
+TEST(LibraryOpening, AReadOnlyLibraryCanBeReadAndSaysSoWhenChanged) {
+    // A process that closes the library in order takes SQLite's log with it; one that dies
+    // leaves it behind.
+    for (const bool closedInOrder : {true, false}) {
+        const int outcome = inChild([&] {
+            const ScratchHome home;
+            const fs::path disk = home.path() / "Pictures";
+            if (!mountSmallDisk(disk, "size=4m"))
+                _exit(notPossibleHere);
+            const auto picture = writePicture(home.file("a.jpg"));
+            EXPECT_EQ(inChild([&] {
+                          const auto open = listed();
+                          addBareAssets(home, 5, 0, 1);
+                      }),
+                      0);
+            if (closedInOrder)
+                runSql(home, "SELECT 1 FROM asset");
+            EXPECT_EQ(fs::exists(home.library() / "library.db-wal"), !closedInOrder);
+            if (mount("none", disk.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0)
+                _exit(notPossibleHere);
+            EXPECT_EQ(listedIdentifiers().size(), 5u);
+            EXPECT_THAT(importFile(picture).sentence(), HasSubstr("read-only"));
+        });
+        if (outcome == notPossibleHere)
+            GTEST_SKIP() << "this system does not let the test mount a disk";
+        EXPECT_EQ(outcome, 0) << (closedInOrder ? "closed in order" : "left open");
+    }
+}
+
+TEST(LibraryOpening, AFullDiskCanBeRead) {
+    const int outcome = inChild([] {
+        const ScratchHome home;
+        const fs::path disk = home.path() / "Pictures";
+        if (!mountSmallDisk(disk, "size=1m"))
+            _exit(notPossibleHere);
+        const auto picture = writePicture(home.file("a.jpg"));
+        EXPECT_EQ(inChild([] { status(); }), 0);
+        addBareAssets(home, 5, 0, 1); // and closes in order, so that SQLite's own files are gone
+        std::ofstream(disk / "filler") << std::string(1 << 20, 'x');
+        EXPECT_EQ(listedIdentifiers().size(), 5u);
+        EXPECT_NE(importFile(picture).sentence(), "");
+        EXPECT_EQ(listedIdentifiers().size(), 5u);
+    });
+    if (outcome == notPossibleHere)
+        GTEST_SKIP() << "this system does not let the test mount a disk";
+    EXPECT_EQ(outcome, 0);
+}
+
+TEST(SchemaSteps, AnOlderCatalogueIsBroughtUpToDateAndKeepsItsRows) {
+    const ScratchHome home;
+    status();
+    addBareAssets(home, 4, 1000, 1);
+    const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
+    local::CatalogueConnection connection(folder.get(),
+                                          local::CatalogueConnection::Mode::readWrite);
+    std::vector<const char*> steps(local::schemaSteps().begin(), local::schemaSteps().end());
+    const auto released = static_cast<std::int64_t>(steps.size());
+    steps.push_back("CREATE TABLE later (x) STRICT"); // refused: a STRICT column needs a type
+    EXPECT_THROW(local::prepareSchema(connection, steps), local::LibraryError);
+    EXPECT_EQ(sqlInteger(home, "PRAGMA user_version"), released);
+
+    steps.back() = "CREATE TABLE later (x INTEGER) STRICT; INSERT INTO later SELECT n FROM asset";
+    local::prepareSchema(connection, steps);
+    local::prepareSchema(connection, steps);
+    EXPECT_EQ(sqlInteger(home, "PRAGMA user_version"), released + 1);
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM later"), 4);
+    EXPECT_THROW(local::prepareSchema(connection, local::schemaSteps()), local::LibraryError);
+}

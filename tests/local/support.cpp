@@ -1,0 +1,162 @@
+#include "tests/local/support.h"
+
+#include "platform/change_requests.h"
+#include "platform/local/imaging/imaging.h"
+#include "platform/photo_library.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+namespace support {
+
+namespace fs = std::filesystem;
+
+ScratchHome::ScratchHome() : ScratchHome(fs::temp_directory_path()) {}
+
+ScratchHome::ScratchHome(fs::path below) {
+    std::string name = (below / "photos-kit-test-XXXXXX").string();
+    if (!mkdtemp(name.data()))
+        ADD_FAILURE() << "no scratch folder in " << below;
+    path_ = name;
+    setenv("HOME", name.c_str(), 1);
+}
+
+ScratchHome::~ScratchHome() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+bool mountSmallDisk(const fs::path& at, const std::string& options) {
+    fs::create_directories(at);
+    return unshare(CLONE_NEWNS) == 0 &&
+           mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("tmpfs", at.c_str(), "tmpfs", 0, options.c_str()) == 0;
+}
+
+int inChild(const std::function<void()>& body) {
+    const pid_t child = fork();
+    if (child == 0) {
+        body();
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int outcome = -1;
+    waitpid(child, &outcome, 0);
+    EXPECT_TRUE(WIFEXITED(outcome)) << "ended by signal " << WTERMSIG(outcome);
+    return WEXITSTATUS(outcome);
+}
+
+fs::path writePicture(const fs::path& path, int width, int height, int seed) {
+    local::Pixels pixels;
+    pixels.width = static_cast<std::uint32_t>(width);
+    pixels.height = static_cast<std::uint32_t>(height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            pixels.rgb.push_back(static_cast<std::uint8_t>(x * 255 / width));
+            pixels.rgb.push_back(static_cast<std::uint8_t>(y * 255 / height));
+            pixels.rgb.push_back(static_cast<std::uint8_t>(seed * 37));
+        }
+    }
+    const auto jpeg = local::encodeJpeg(pixels, 90);
+    EXPECT_TRUE(jpeg);
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(jpeg->data()),
+               static_cast<std::streamsize>(jpeg->size()));
+    return path;
+}
+
+void writeText(const fs::path& path, std::string_view text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string readBytes(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+ImportOutcome importFile(const fs::path& path, long type) {
+    std::optional<std::string> identifier;
+    std::optional<platform::NSError> error;
+    const bool done = platform::performChangesAndWait(
+        [&] {
+            const auto request = platform::creationRequestForAsset();
+            platform::PHAssetResourceCreationOptions options;
+            options.originalFilename = path.filename().string();
+            platform::addResourceWithType(request, type, platform::fileURLWithPath(path.string()),
+                                          options);
+            identifier = platform::placeholderForCreatedAsset(request)->localIdentifier;
+        },
+        error);
+    if (done)
+        return {identifier, {}};
+    EXPECT_TRUE(error) << "a refused import says why";
+    return {std::nullopt, error.value_or(platform::NSError{})};
+}
+
+platform::PHFetchResult<platform::PHAsset> listed() {
+    platform::PHFetchOptions options;
+    options.sortDescriptors.push_back({"creationDate", false});
+    return platform::fetchAssetsWithOptions(options);
+}
+
+std::vector<std::string> listedIdentifiers() {
+    std::vector<std::string> identifiers;
+    const auto assets = listed();
+    for (std::size_t i = 0; i < assets.count(); ++i)
+        identifiers.push_back(assets.objectAtIndex(i).value().localIdentifier);
+    return identifiers;
+}
+
+std::optional<platform::PHAsset> assetWith(const std::string& identifier) {
+    return platform::fetchAssetsWithLocalIdentifiers({identifier}).objectAtIndex(0);
+}
+
+namespace {
+
+// The connection needs the folder's descriptor as long as it lives.
+struct Catalogue {
+    explicit Catalogue(const ScratchHome& home)
+        : folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+          connection(folder.get(), local::CatalogueConnection::Mode::readWrite) {}
+
+    local::UniqueFd folder;
+    local::CatalogueConnection connection;
+};
+
+} // namespace
+
+void runSql(const ScratchHome& home, const std::string& sql) {
+    Catalogue(home).connection.execute(sql.c_str());
+}
+
+std::int64_t sqlInteger(const ScratchHome& home, const std::string& sql) {
+    return Catalogue(home).connection.integer(sql.c_str());
+}
+
+void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
+                   std::int64_t step) {
+    runSql(home, "WITH RECURSIVE s(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM s WHERE i + 1 < " +
+                     std::to_string(count) +
+                     ") INSERT INTO asset (uuid, created, media, width, height, filename, "
+                     "content_type, stored_as, hash, size, added) SELECT randomblob(16), " +
+                     std::to_string(firstCreated) + " + i * " + std::to_string(step) +
+                     ", 1, 10, 10, 'bare ' || i, 'public.jpeg', 'none', zeroblob(16), 0, 0 FROM s");
+}
+
+std::vector<std::string> filesBelow(const fs::path& folder) {
+    std::vector<std::string> found;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        if (!entry.is_directory())
+            found.push_back(fs::relative(entry.path(), folder).string());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+} // namespace support

@@ -1,0 +1,73 @@
+// What the tests of the embedded library share: a home of their own, pictures, imports.
+#pragma once
+
+#include "platform/asset.h"
+#include "platform/local/catalogue_connection.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace support {
+
+// A new folder that is HOME, with the library inside it, until the end of the test.
+class ScratchHome {
+public:
+    ScratchHome();
+    explicit ScratchHome(std::filesystem::path below);
+    ~ScratchHome();
+    ScratchHome(const ScratchHome&) = delete;
+    ScratchHome& operator=(const ScratchHome&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path library() const { return path_ / "Pictures" / "Lumatrice Library"; }
+    std::filesystem::path file(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+// A small disk of its own below `at`, in this process's view only; skips the test where the
+// system does not allow it. Call before any thread is started.
+bool mountSmallDisk(const std::filesystem::path& at, const std::string& options);
+
+// Runs `body` in a process of its own, which starts without an open library if this one has
+// none; answers its exit code: 0, or 1 when an expectation failed in it. A signal is a failure.
+inline constexpr int notPossibleHere = 77;
+int inChild(const std::function<void()>& body);
+
+// Writes a JPEG with a gradient; `seed` makes its bytes differ.
+std::filesystem::path writePicture(const std::filesystem::path& path, int width = 64,
+                                   int height = 48, int seed = 0);
+void writeText(const std::filesystem::path& path, std::string_view text);
+std::string readBytes(const std::filesystem::path& path);
+
+struct ImportOutcome {
+    std::optional<std::string> identifier; // when done
+    platform::NSError error;               // when not
+    std::string sentence() const { return error.localizedDescription.value_or(""); }
+};
+ImportOutcome importFile(const std::filesystem::path& path,
+                         long type = platform::PHAssetResourceTypePhoto);
+
+platform::PHFetchResult<platform::PHAsset> listed();
+std::vector<std::string> listedIdentifiers();
+std::optional<platform::PHAsset> assetWith(const std::string& identifier);
+
+// Runs statements on the catalogue as another program would.
+void runSql(const ScratchHome& home, const std::string& sql);
+std::int64_t sqlInteger(const ScratchHome& home, const std::string& sql);
+
+// Adds rows for assets without files: n, and a creation time for each.
+void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
+                   std::int64_t step);
+
+// Paths below `folder`, relative to it, files only.
+std::vector<std::string> filesBelow(const std::filesystem::path& folder);
+
+} // namespace support
