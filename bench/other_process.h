@@ -1,0 +1,17 @@
+// Another process that changes a catalogue. SQL of the benchmark itself is run there: this
+// process must not open a catalogue that the product has open, with a second copy of SQLite.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace bench {
+
+// Call once, before there are threads.
+void startOtherProcess();
+
+// Runs the statements on the catalogue in the other process and waits until they are committed.
+// Ends this program when they fail.
+void runElsewhere(const std::filesystem::path& catalogue, const std::string& sql);
+
+} // namespace bench
