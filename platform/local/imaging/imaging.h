@@ -35,12 +35,12 @@ struct MediaInfo {
     std::uint32_t width = 0; // pixels as displayed, orientation applied; above zero
     std::uint32_t height = 0;
     std::optional<CaptureTime> captured; // nothing: no date, or one that does not exist
-    std::string contentType;             // uniform type identifier told from the bytes; may be empty
-    bool animated = false;               // more than one frame to be shown in time
-    bool raw = false;                    // camera RAW
-    bool screenshot = false;             // the metadata says so
-    bool selfie = false;                 // the metadata says so (a front camera's lens)
-    double durationSeconds = 0;          // videos
+    std::string contentType;    // uniform type identifier told from the bytes; may be empty
+    bool animated = false;      // more than one frame to be shown in time
+    bool raw = false;           // camera RAW
+    bool screenshot = false;    // the metadata says so
+    bool selfie = false;        // the metadata says so (a front camera's lens)
+    double durationSeconds = 0; // videos
 };
 
 struct ImagingFailure {
@@ -83,9 +83,9 @@ struct PictureSource {
     MediaKind kind = MediaKind::photo;
     std::string contentKey; // lower-case hexadecimal hash of the file's bytes: names the derivative
                             // and remembers a file that killed its reader
-    std::function<UniqueFd()> open;           // opens the file for reading; an empty answer: it cannot
-    std::function<int()> derivativesFolder;   // descriptor of the folder "derivatives", borrowed;
-                                              // -1: there is none
+    std::function<UniqueFd()> open; // opens the file for reading; an empty answer: it cannot
+    std::function<int()> derivativesFolder; // descriptor of the folder "derivatives", borrowed;
+                                            // -1: there is none
 };
 
 // A picture that covers the target (in pixels) with its aspect ratio kept, upright, enlarged

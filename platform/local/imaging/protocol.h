@@ -12,6 +12,14 @@
 
 namespace local::imaging {
 
+// Sanitizers slow everything down, reserve terabytes of addresses and want to write reports, so
+// the bounds that would stop them are wider under them.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kSanitized = true;
+#else
+inline constexpr bool kSanitized = false;
+#endif
+
 inline constexpr std::uint32_t kRequestMark = 0x504b5131;
 inline constexpr std::uint32_t kAnswerMark = 0x504b4131;
 inline constexpr std::uint32_t kHelloMark = 0x504b4831;

@@ -43,9 +43,8 @@ struct SpawnSettings {
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-#ifndef PHOTOS_KIT_SANITIZED // whose reports go to standard error
-        posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-#endif
+        if (!kSanitized) // whose reports go to standard error
+            posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, socket, kWorkerSocket);
         // Descriptors that the host's other code forgot to mark are none of the worker's.
         posix_spawn_file_actions_addclosefrom_np(&actions, kWorkerSocket + 1);
@@ -94,7 +93,7 @@ bool waitUntilReadable(int fd, Clock::time_point deadline) {
 // Copies the pixels out with pread: a worker that shrinks its memfd meanwhile cannot hurt us as
 // it could through a mapping.
 std::optional<Pixels> copyPixels(int memory, const CheckedPicture& picture) {
-    struct stat status{};
+    struct stat status {};
     if (fstat(memory, &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
     Pixels pixels{picture.width, picture.height, {}};
@@ -120,8 +119,7 @@ WorkerProcess::WorkerProcess(pid_t pid, UniqueFd processFd, UniqueFd socket)
 std::unique_ptr<WorkerProcess> WorkerProcess::start(bool background) {
     std::string program = programPath();
     std::array<int, 2> pair{};
-    if (program.empty() ||
-        socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
+    if (program.empty() || socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
         return nullptr;
     UniqueFd ours(pair[0]);
     UniqueFd theirs(pair[1]);

@@ -1,0 +1,118 @@
+#include "platform/local/imaging/derivative_maker.h"
+
+#include "platform/local/imaging/derivative_file.h"
+#include "platform/local/imaging/read_only.h"
+#include "platform/local/imaging/worker_pool.h"
+
+#include <algorithm>
+#include <csignal>
+#include <exception>
+#include <thread>
+#include <utility>
+
+#include <sys/resource.h>
+
+namespace local::imaging {
+
+namespace {
+
+constexpr std::size_t kQueueLimit = 512;
+constexpr std::chrono::milliseconds kQuiet{100};
+constexpr std::chrono::seconds kWorkerKept{10}; // its memory is better used elsewhere
+constexpr std::chrono::minutes kPatience{2};    // at the lowest priority a job may starve
+constexpr int kQuality = 90;
+
+} // namespace
+
+DerivativeMaker& DerivativeMaker::shared() {
+    static auto* const maker = new DerivativeMaker;
+    return *maker;
+}
+
+void DerivativeMaker::enqueue(const PictureSource& source) {
+    const std::lock_guard lock(mutex_);
+    const bool known = std::any_of(queue_.begin(), queue_.end(), [&](const PictureSource& other) {
+        return other.contentKey == source.contentKey;
+    });
+    if (known || queue_.size() >= kQueueLimit || failed_.contains(source.contentKey))
+        return;
+    queue_.push_back(source);
+    if (!started_)
+        startThread();
+    arrived_.notify_one();
+}
+
+void DerivativeMaker::startThread() {
+    // The host's signals are for the host's threads.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    try {
+        std::thread([this] { run(); }).detach();
+        started_ = true;
+    } catch (const std::exception&) {
+        queue_.clear();
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void DerivativeMaker::run() {
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
+    for (;;) {
+        const PictureSource source = next();
+        WorkerPool::shared().waitUntilQuiet(kQuiet);
+        try {
+            make(source);
+        } catch (const std::exception&) {
+            failed_.insert(source.contentKey);
+        }
+    }
+}
+
+PictureSource DerivativeMaker::next() {
+    std::unique_lock lock(mutex_);
+    const auto hasWork = [this] { return !queue_.empty(); };
+    if (!arrived_.wait_for(lock, kWorkerKept, hasWork)) {
+        lock.unlock();
+        worker_.reset();
+        lock.lock();
+        arrived_.wait(lock, hasWork);
+    }
+    PictureSource source = std::move(queue_.front());
+    queue_.pop_front();
+    return source;
+}
+
+void DerivativeMaker::make(const PictureSource& source) {
+    const int folder = source.derivativesFolder ? source.derivativesFolder() : -1;
+    if (folder < 0 || openDerivative(folder, source.contentKey))
+        return;
+    const UniqueFd opened = source.open();
+    const UniqueFd file = readOnlyDescriptor(opened.get());
+    const auto pixels = file ? decode(source, file.get()) : std::nullopt;
+    // Under the cap on sizes an extreme panorama does not cover the square: it would serve nobody.
+    const bool covers = pixels && std::min(pixels->width, pixels->height) >= kDerivativeSide;
+    const auto jpeg = covers ? encodeJpeg(*pixels, kQuality) : std::nullopt;
+    if (jpeg)
+        writeDerivative(folder, source.contentKey, *jpeg);
+    else
+        failed_.insert(source.contentKey);
+}
+
+std::optional<Pixels> DerivativeMaker::decode(const PictureSource& source, int file) {
+    if (!worker_ || !worker_->isWaiting())
+        worker_ = WorkerProcess::start(true);
+    const Task task = source.kind == MediaKind::video ? Task::videoPicture : Task::photoPicture;
+    const Request request{kRequestMark, task, 0, 0, kDerivativeSide, kDerivativeSide};
+    if (!worker_ || !worker_->send(request, file)) {
+        worker_.reset();
+        return std::nullopt;
+    }
+    Reply reply = worker_->receive(task, Clock::now() + kPatience);
+    if (!reply.answer || isTooLarge(*reply.answer))
+        worker_.reset();
+    return std::move(reply.pixels);
+}
+
+} // namespace local::imaging
