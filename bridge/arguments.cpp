@@ -1,0 +1,41 @@
+#include "bridge/arguments.h"
+
+#include "bridge/utf8.h"
+
+#include <cstddef>
+
+std::optional<std::string> stringArgument(JNIEnv* env, jstring string) {
+    if (string == nullptr)
+        return std::nullopt;
+    return textOfString(env, string);
+}
+
+std::optional<std::string> textOfString(JNIEnv* env, jstring string) {
+    const char* const characters = env->GetStringUTFChars(string, nullptr);
+    if (characters == nullptr)
+        return std::nullopt;
+    std::optional<std::string> text(characters);
+    env->ReleaseStringUTFChars(string, characters);
+    if (!isValidUtf8(*text))
+        text.reset();
+    return text;
+}
+
+std::vector<std::string> stringArrayArgument(JNIEnv* env, jobjectArray strings) {
+    if (strings == nullptr)
+        return {};
+    const jsize length = env->GetArrayLength(strings);
+    if (length < 1)
+        return {};
+    std::vector<std::string> texts;
+    texts.reserve(static_cast<std::size_t>(length));
+    for (jsize index = 0; index < length; ++index) {
+        const auto element = static_cast<jstring>(env->GetObjectArrayElement(strings, index));
+        if (element == nullptr)
+            continue;
+        if (auto text = textOfString(env, element))
+            texts.push_back(std::move(*text));
+        env->DeleteLocalRef(element);
+    }
+    return texts;
+}
