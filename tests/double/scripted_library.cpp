@@ -1,0 +1,60 @@
+#include "tests/double/scripted_library.h"
+
+#include <stdexcept>
+
+namespace scripted {
+
+namespace {
+Library* g_library = nullptr;
+} // namespace
+
+void Library::note(const std::string& line) {
+    const std::lock_guard lock(notesMutex);
+    notes.push_back(line);
+}
+
+std::vector<std::string> Library::operations() {
+    for (std::thread& thread : handlerThreads)
+        thread.join();
+    handlerThreads.clear();
+    const std::lock_guard lock(notesMutex);
+    return notes;
+}
+
+Library& library() {
+    if (g_library == nullptr)
+        throw std::logic_error("no scripted library is installed");
+    return *g_library;
+}
+
+InstalledLibrary::InstalledLibrary() : previous(g_library) {
+    g_library = this;
+}
+
+InstalledLibrary::~InstalledLibrary() {
+    for (std::thread& thread : handlerThreads)
+        thread.join();
+    g_library = previous;
+}
+
+platform::NSError errorSaying(const std::string& sentence) {
+    return {.domain = std::string(platform::PHPhotosErrorDomain),
+            .code = 3302,
+            .localizedDescription = sentence};
+}
+
+platform::PHAsset imageAsset(const std::string& identifier) {
+    platform::PHAsset asset;
+    asset.localIdentifier = identifier;
+    asset.mediaType = platform::PHAssetMediaTypeImage;
+    return asset;
+}
+
+platform::PHAssetResource resourceNamed(long type, std::optional<std::string> originalFilename) {
+    platform::PHAssetResource resource;
+    resource.type = type;
+    resource.originalFilename = std::move(originalFilename);
+    return resource;
+}
+
+} // namespace scripted
