@@ -65,9 +65,9 @@ std::optional<Pixels> fromSource(const PictureSource& source, double width, doub
             badFiles().insert(source.contentKey);
         return std::nullopt;
     }
-    if (const auto* picture = std::get_if<CheckedPicture>(&reply->answer->result))
-        if (deservesDerivative(source, *picture))
-            DerivativeMaker::shared().enqueue(source);
+    const auto* picture = std::get_if<CheckedPicture>(&reply->answer->result);
+    if (picture && deservesDerivative(source, *picture) && derivativesFolderOf(source) >= 0)
+        DerivativeMaker::shared().enqueue(source);
     return std::move(reply->pixels);
 }
 

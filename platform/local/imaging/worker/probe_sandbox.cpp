@@ -56,15 +56,11 @@ bool signalParent() {
 bool deleteFile() {
     return unlink("/tmp/photos-kit-probe") == 0;
 }
-bool traceable() {
-    return prctl(PR_GET_DUMPABLE) == 1;
-}
 
 constexpr Attempt kAttempts[] = {
     {"open a file", openFile},     {"create a file", createFile}, {"delete a file", deleteFile},
     {"open a socket", openSocket}, {"pair sockets", pairSockets}, {"start a process", startProcess},
     {"run a program", runProgram}, {"map code", mapCode},         {"signal another", signalParent},
-    {"be traced", traceable},
 };
 
 constexpr int kNoSandbox = 3;

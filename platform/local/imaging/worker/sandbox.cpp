@@ -96,6 +96,7 @@ constexpr Refused kRefused[] = {
     {SCMP_SYS(clone3), ENOSYS},
     {SCMP_SYS(uname), EACCES},
     {SCMP_SYS(socket), EACCES},
+    {SCMP_SYS(getpeername), ENOTSOCK},
     {SCMP_SYS(prctl), EPERM},
     {SCMP_SYS(getpriority), EPERM},
     {SCMP_SYS(setpriority), EPERM},

@@ -187,10 +187,10 @@ void convert(const AVFrame& frame, Picture& picture) {
     const AVPixelFormat format = withoutRange(static_cast<AVPixelFormat>(frame.format), full);
     const auto width = static_cast<int>(picture.size.width);
     const auto height = static_cast<int>(picture.size.height);
-    const Scaler scaler(sws_getContext(frame.width, frame.height, format, width, height,
-                                       AV_PIX_FMT_RGB24, SWS_AREA | SWS_ACCURATE_RND, nullptr,
-                                       nullptr, nullptr),
-                        &sws_freeContext);
+    const Scaler scaler(
+        sws_getContext(frame.width, frame.height, format, width, height, AV_PIX_FMT_RGB24,
+                       SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr, nullptr, nullptr),
+        &sws_freeContext);
     if (!scaler)
         throw Failure{Outcome::damaged};
     const int* matrix = sws_getCoefficients(colourMatrix(frame));

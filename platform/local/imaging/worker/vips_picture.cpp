@@ -118,9 +118,34 @@ void makeRgb(Image& image) {
         throw Failure{Outcome::damaged};
 }
 
-// Pictures without a profile are taken for sRGB, or for the system's idea of CMYK.
-const char* fallbackProfile(VipsImage* header) {
-    return vips_image_get_interpretation(header) == VIPS_INTERPRETATION_CMYK ? "cmyk" : "srgb";
+// How to convert to sRGB. Pictures without a profile are taken for sRGB already, or for the usual
+// idea of CMYK. Grey ones have no profile to fall back on and need none.
+struct ColourPlan {
+    const char* from = nullptr;
+    const char* to = nullptr;
+};
+
+ColourPlan colourPlan(VipsImage* header) {
+    const bool stated = vips_image_get_typeof(header, VIPS_META_ICC_NAME) != 0;
+    switch (vips_image_get_interpretation(header)) {
+    case VIPS_INTERPRETATION_CMYK:
+        return {"cmyk", "srgb"};
+    case VIPS_INTERPRETATION_B_W:
+    case VIPS_INTERPRETATION_GREY16:
+        return {nullptr, stated ? "srgb" : nullptr};
+    default:
+        return {"srgb", "srgb"};
+    }
+}
+
+// Null when it cannot be done.
+Image thumbnail(const Source& source, Size size, const ColourPlan& colours) {
+    VipsImage* result = nullptr;
+    vips_thumbnail_source(source.get(), &result, static_cast<int>(size.width), "height",
+                          static_cast<int>(size.height), "size", VIPS_SIZE_FORCE, "import_profile",
+                          colours.from, "export_profile", colours.to, nullptr);
+    vips_error_clear();
+    return Image(result);
 }
 
 std::vector<std::uint8_t> pixelsOf(const Image& image) {
@@ -133,6 +158,13 @@ std::vector<std::uint8_t> pixelsOf(const Image& image) {
     const auto* first = static_cast<const std::uint8_t*>(bytes.get());
     return {first, first + size};
 }
+
+// GLib's warnings are about strangers' files and would go to the host's standard error.
+GLogWriterOutput dropWarning(GLogLevelFlags, const GLogField*, gsize, void*) {
+    return G_LOG_WRITER_HANDLED;
+}
+
+void dropMessage(const char*, GLogLevelFlags, const char*, void*) {}
 
 bool loadModule(const std::string& folder, const char* name) {
     GModule* module = g_module_open((folder + name).c_str(), G_MODULE_BIND_LOCAL);
@@ -154,6 +186,8 @@ std::string moduleFolder() {
 } // namespace
 
 bool startVips() {
+    g_log_set_writer_func(dropWarning, nullptr, nullptr);
+    g_log_set_default_handler(dropMessage, nullptr);
     if (vips_init("photos-kit-imaging") != 0)
         return false;
     const std::string folder = moduleFolder();
@@ -190,25 +224,22 @@ Picture pictureWithVips(const FileInput& input, const Target& target, FileFormat
     constexpr std::uint64_t kMostPixels = 512'000'000; // some seconds of decoding
     const Source source(input);
     Picture picture;
-    const char* profile = nullptr;
+    ColourPlan colours;
     {
         const Image header = openHeader(source);
         picture.source = displayedSize(header.get());
-        profile = fallbackProfile(header.get());
+        colours = colourPlan(header.get());
     }
     if (std::uint64_t{picture.source.width} * picture.source.height > kMostPixels)
         throw Failure{Outcome::tooLarge};
     const Size wanted = outputSize(picture.source, target);
 
-    VipsImage* result = nullptr;
-    const int failed =
-        vips_thumbnail_source(source.get(), &result, static_cast<int>(wanted.width), "height",
-                              static_cast<int>(wanted.height), "size", VIPS_SIZE_FORCE,
-                              "import_profile", profile, "export_profile", "srgb", nullptr);
-    vips_error_clear();
-    if (failed)
+    Image image = thumbnail(source, wanted, colours);
+    // A profile that is for another kind of picture.
+    if (!image && !colours.from && colours.to)
+        image = thumbnail(source, wanted, {});
+    if (!image)
         throw Failure{Outcome::damaged};
-    Image image(result);
     makeRgb(image);
     picture.size = {static_cast<std::uint32_t>(vips_image_get_width(image.get())),
                     static_cast<std::uint32_t>(vips_image_get_height(image.get()))};
