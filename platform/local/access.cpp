@@ -6,7 +6,7 @@
 namespace local {
 
 bool requireChangeAccess(CatalogueConnection& connection) {
-    const std::int64_t status = connection.integer("SELECT status FROM access");
+    const std::int64_t status = connection.integer("SELECT access FROM library");
     if (seesEverything(status) || seesChoice(status))
         return seesChoice(status);
     throw LibraryError(platform::PHPhotosErrorDomain, accessDeniedCode,
@@ -21,7 +21,7 @@ long authorizationStatusForAccessLevel(long) {
     // A library that cannot be opened is one that this user may not have now.
     return local::orElse<long>(PHAuthorizationStatusRestricted, [] {
         return static_cast<long>(
-            local::Library::open()->connection()->integer("SELECT status FROM access"));
+            local::Library::open()->connection()->integer("SELECT access FROM library"));
     });
 }
 

@@ -23,14 +23,14 @@ class ListedAssets {
 public:
     // `forWalking`: somebody will ask for more than the count.
     explicit ListedAssets(bool forWalking)
-        : connection_(Library::open()->connection()), snapshot_(*connection_) {
-        readState();
+        : connection_(Library::open()->connection()),
+          state_(connection_->statement("SELECT access, listed, listing_changes FROM library")) {
+        takeSnapshot();
         SharedListingMarkers& shared = connection_.library().listingMarkers();
         while (forWalking && shared.areKept() && !(markers_ = shared.at(*connection_, sequence_))) {
             // Another thread has moved the markers beyond this snapshot: take a newer one rather
             // than walk without markers.
-            snapshot_.renew();
-            readState();
+            takeSnapshot();
         }
     }
 
@@ -49,16 +49,16 @@ public:
     }
 
 private:
-    void readState() {
-        Statement state =
-            connection_->statement("SELECT (SELECT status FROM access), "
-                                   "(SELECT value FROM counter WHERE name = 'listed'), "
-                                   "ifnull((SELECT max(seq) FROM listing_change), 0)");
-        state.step();
-        status_ = static_cast<long>(state.integer(0));
-        count_ = seesEverything(status_) ? state.integer(1) : 0;
-        sequence_ = state.integer(2);
-        if (!seesChoice(status_))
+    // A statement that has begun and is not reset holds its snapshot open, and what else runs on
+    // the connection reads the same: this costs less than a transaction around it.
+    void takeSnapshot() {
+        state_.reset();
+        if (!state_.step())
+            throw LibraryError(sqliteErrorDomain, SQLITE_CORRUPT, "The catalogue is incomplete.");
+        access_ = static_cast<long>(state_.integer(0));
+        count_ = seesEverything(access_) ? state_.integer(1) : 0;
+        sequence_ = state_.integer(2);
+        if (!seesChoice(access_))
             return;
         count_ = connection_->integer("SELECT count(*) FROM limited_choice AS choice "
                                       "CROSS JOIN asset ON asset.n = choice.asset "
@@ -68,21 +68,21 @@ private:
     void seek(std::int64_t index) {
         rows_.reset();
         next_ = index;
-        if (seesChoice(status_)) {
-            rows_.emplace(connection_->statement(
-                "SELECT " PHOTOS_KIT_ASSET_COLUMNS " FROM limited_choice AS choice "
-                "CROSS JOIN asset ON asset.n = choice.asset "
-                "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
-                "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?1"));
+        if (seesChoice(access_)) {
+            rows_.emplace(connection_->statement("SELECT " PHOTOS_KIT_ASSET_COLUMNS(
+                "0") " FROM limited_choice AS choice "
+                     "CROSS JOIN asset ON asset.n = choice.asset "
+                     "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
+                     "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?1"));
             rows_->bind(1, index);
             return;
         }
         const ListingMarkers::Place place = locate(index);
-        rows_.emplace(connection_->statement(
-            "SELECT " PHOTOS_KIT_ASSET_COLUMNS " FROM asset INDEXED BY asset_listing "
-            "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
-            "AND (asset.created, asset.n) <= (?1, ?2) "
-            "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?3"));
+        rows_.emplace(connection_->statement("SELECT " PHOTOS_KIT_ASSET_COLUMNS(
+            "0") " FROM asset INDEXED BY asset_listing "
+                 "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
+                 "AND (asset.created, asset.n) <= (?1, ?2) "
+                 "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?3"));
         rows_->bind(1, place.key.created).bind(2, place.key.n).bind(3, place.skip);
     }
 
@@ -95,9 +95,9 @@ private:
     }
 
     ConnectionLease connection_;
-    Snapshot snapshot_;
-    std::optional<Statement> rows_; // before the snapshot and the connection in destruction
-    long status_ = 0;
+    Statement state_;
+    std::optional<Statement> rows_; // both are done before the connection goes back
+    long access_ = 0;
     std::int64_t count_ = 0;
     std::int64_t sequence_ = 0;
     std::int64_t next_ = 0;
@@ -108,8 +108,8 @@ std::vector<PHAsset> assetsWithIdentifiers(const std::vector<std::string>& ident
     std::vector<PHAsset> found;
     const ConnectionLease connection = Library::open()->connection();
     const Snapshot snapshot(*connection);
-    const std::int64_t status = connection->integer("SELECT status FROM access");
-    if (!seesEverything(status) && !seesChoice(status))
+    const std::int64_t access = connection->integer("SELECT access FROM library");
+    if (!seesEverything(access) && !seesChoice(access))
         return found;
     std::vector<Uuid> wanted;
     for (const std::string& identifier : identifiers) {
@@ -119,11 +119,12 @@ std::vector<PHAsset> assetsWithIdentifiers(const std::vector<std::string>& ident
     std::sort(wanted.begin(), wanted.end());
     wanted.erase(std::unique(wanted.begin(), wanted.end()), wanted.end());
     for (const Uuid& uuid : wanted) {
-        Statement row = connection->statement(
-            "SELECT " PHOTOS_KIT_ASSET_COLUMNS " FROM asset WHERE asset.uuid = ?1 "
-            "AND asset.trashed_at IS NULL "
-            "AND (?2 OR asset.n IN (SELECT choice.asset FROM limited_choice AS choice))");
-        row.bindBlob(1, uuid).bind(2, static_cast<std::int64_t>(seesEverything(status)));
+        Statement row = connection->statement("SELECT " PHOTOS_KIT_ASSET_COLUMNS(
+            "asset.hidden") " FROM asset WHERE asset.uuid = ?1 "
+                            "AND asset.trashed_at IS NULL "
+                            "AND (?2 OR asset.n IN (SELECT choice.asset FROM limited_choice AS "
+                            "choice))");
+        row.bindBlob(1, uuid).bind(2, static_cast<std::int64_t>(seesEverything(access)));
         if (row.step())
             found.push_back(assetFromRow(row));
     }

@@ -39,9 +39,6 @@ platform::PHAsset assetFromRow(const Statement& row) {
     record->media = static_cast<long>(row.integer(3));
     record->filename = row.text(8);
     record->contentType = row.text(9);
-    record->storedAs = row.text(10);
-    const auto hash = row.blob(11);
-    std::copy_n(hash.begin(), std::min(hash.size(), record->hash.size()), record->hash.begin());
 
     Uuid uuid{};
     const auto bytes = row.blob(1);

@@ -22,15 +22,14 @@ struct AssetRecord {
     long media = 0;
     std::string filename;
     std::string contentType;
-    std::string storedAs; // the original's name in the file store
-    ContentHash hash{};
 };
 
-// The columns that assetFromRow reads, in its order; the table must be named "asset".
-#define PHOTOS_KIT_ASSET_COLUMNS                                                                   \
-    "asset.n, asset.uuid, asset.created, asset.media, asset.width, asset.height, asset.hidden, "   \
-    "EXISTS (SELECT 1 FROM favorite WHERE favorite.asset = asset.n), asset.filename, "             \
-    "asset.content_type, asset.stored_as, asset.hash"
+// The columns that assetFromRow reads, in its order; the table must be named "asset". All but
+// asset.hidden are in the index of the listing, whose fetches read a constant in its place.
+#define PHOTOS_KIT_ASSET_COLUMNS(hidden)                                                           \
+    "asset.n, asset.uuid, asset.created, asset.media, asset.width, asset.height, " hidden          \
+    ", EXISTS (SELECT 1 FROM favorite WHERE favorite.asset = asset.n), asset.filename, "           \
+    "asset.content_type"
 
 platform::PHAsset assetFromRow(const Statement& row);
 

@@ -174,11 +174,6 @@ Snapshot::~Snapshot() {
     }
 }
 
-void Snapshot::renew() {
-    connection_.statement("ROLLBACK").run();
-    connection_.statement("BEGIN").run();
-}
-
 WriteTransaction::WriteTransaction(CatalogueConnection& connection) : connection_(connection) {
     connection_.statement("BEGIN IMMEDIATE").run();
 }

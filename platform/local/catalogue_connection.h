@@ -40,6 +40,8 @@ public:
 
     // Steps to the next row; false after the last.
     bool step();
+    // Back to before the first row; what was bound stays.
+    void reset() { sqlite3_reset(statement_); }
     // Steps through a statement that answers no rows.
     void run();
 
@@ -93,8 +95,6 @@ public:
     ~Snapshot();
     Snapshot(const Snapshot&) = delete;
     Snapshot& operator=(const Snapshot&) = delete;
-    // Gives the snapshot up and takes the present one.
-    void renew();
 
 private:
     CatalogueConnection& connection_;

@@ -6,10 +6,20 @@ namespace local {
 
 namespace {
 
-// Listed assets are those that are neither hidden nor in the trash. Two things are kept for them
-// by triggers: their number, and a log of every key that entered or left their order, from which
-// each process keeps its markers into that order up to date.
+// Listed assets are those that are neither hidden nor in the trash. Their index holds all that a
+// listing shows, so that a page reads a few neighbouring pages of the file instead of one for each
+// asset. Two things are kept for them by triggers: their number, and a log of every key that
+// entered or left their order, from which each process keeps its markers into that order up to
+// date. What every call reads stands in one row.
 constexpr const char* firstVersion = R"sql(
+CREATE TABLE library (
+    only_row        INTEGER PRIMARY KEY CHECK (only_row = 1),
+    access          INTEGER NOT NULL CHECK (access IN (1, 2, 3, 4)),
+    listed          INTEGER NOT NULL DEFAULT 0,
+    listing_changes INTEGER NOT NULL DEFAULT 0
+) STRICT;
+INSERT INTO library (only_row, access) VALUES (1, 3);
+
 CREATE TABLE asset (
     n            INTEGER PRIMARY KEY,
     uuid         BLOB NOT NULL UNIQUE CHECK (length(uuid) = 16),
@@ -28,28 +38,17 @@ CREATE TABLE asset (
     traits       INTEGER NOT NULL DEFAULT 0
 ) STRICT;
 
-CREATE INDEX asset_listing ON asset (created DESC, n DESC)
+CREATE INDEX asset_listing
+    ON asset (created DESC, n DESC, uuid, media, width, height, filename, content_type)
     WHERE hidden = 0 AND trashed_at IS NULL;
 
 CREATE TABLE favorite (
     asset INTEGER PRIMARY KEY REFERENCES asset (n) ON DELETE CASCADE
 ) STRICT;
 
-CREATE TABLE access (
-    only_row INTEGER PRIMARY KEY CHECK (only_row = 1),
-    status   INTEGER NOT NULL CHECK (status IN (1, 2, 3, 4))
-) STRICT;
-INSERT INTO access VALUES (1, 3);
-
 CREATE TABLE limited_choice (
     asset INTEGER PRIMARY KEY REFERENCES asset (n) ON DELETE CASCADE
 ) STRICT;
-
-CREATE TABLE counter (
-    name  TEXT PRIMARY KEY,
-    value INTEGER NOT NULL
-) STRICT, WITHOUT ROWID;
-INSERT INTO counter VALUES ('listed', 0);
 
 CREATE TABLE listing_change (
     seq         INTEGER PRIMARY KEY,
@@ -61,27 +60,32 @@ CREATE TABLE listing_change (
 CREATE TRIGGER asset_listed AFTER INSERT ON asset
 WHEN new.hidden = 0 AND new.trashed_at IS NULL
 BEGIN
-    UPDATE counter SET value = value + 1 WHERE name = 'listed';
-    INSERT INTO listing_change (new_created, asset) VALUES (new.created, new.n);
+    UPDATE library SET listed = listed + 1, listing_changes = listing_changes + 1;
+    INSERT INTO listing_change (seq, new_created, asset)
+    SELECT listing_changes, new.created, new.n FROM library;
 END;
 
 CREATE TRIGGER asset_unlisted AFTER DELETE ON asset
 WHEN old.hidden = 0 AND old.trashed_at IS NULL
 BEGIN
-    UPDATE counter SET value = value - 1 WHERE name = 'listed';
-    INSERT INTO listing_change (old_created, asset) VALUES (old.created, old.n);
+    UPDATE library SET listed = listed - 1, listing_changes = listing_changes + 1;
+    INSERT INTO listing_change (seq, old_created, asset)
+    SELECT listing_changes, old.created, old.n FROM library;
 END;
 
 CREATE TRIGGER asset_relisted AFTER UPDATE OF created, hidden, trashed_at ON asset
 WHEN (old.hidden = 0 AND old.trashed_at IS NULL) <> (new.hidden = 0 AND new.trashed_at IS NULL)
      OR (old.created <> new.created AND new.hidden = 0 AND new.trashed_at IS NULL)
 BEGIN
-    UPDATE counter SET value = value + (new.hidden = 0 AND new.trashed_at IS NULL)
-                                     - (old.hidden = 0 AND old.trashed_at IS NULL)
-     WHERE name = 'listed';
-    INSERT INTO listing_change (old_created, new_created, asset)
-    VALUES (iif(old.hidden = 0 AND old.trashed_at IS NULL, old.created, NULL),
-            iif(new.hidden = 0 AND new.trashed_at IS NULL, new.created, NULL), new.n);
+    UPDATE library
+       SET listed = listed + (new.hidden = 0 AND new.trashed_at IS NULL)
+                           - (old.hidden = 0 AND old.trashed_at IS NULL),
+           listing_changes = listing_changes + 1;
+    INSERT INTO listing_change (seq, old_created, new_created, asset)
+    SELECT listing_changes,
+           iif(old.hidden = 0 AND old.trashed_at IS NULL, old.created, NULL),
+           iif(new.hidden = 0 AND new.trashed_at IS NULL, new.created, NULL), new.n
+      FROM library;
 END;
 )sql";
 

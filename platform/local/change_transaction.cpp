@@ -18,7 +18,7 @@ thread_local ChangeTransaction* currentTransaction = nullptr;
 void shortenListingLog(CatalogueConnection& connection) {
     connection
         .statement("DELETE FROM listing_change "
-                   "WHERE seq <= (SELECT max(seq) FROM listing_change) - 65536")
+                   "WHERE seq <= (SELECT listing_changes FROM library) - 65536")
         .run();
 }
 

@@ -122,7 +122,7 @@ Library::Library(const std::string& path) : folder_(openFolder(path)), files_(fo
                 // A dead importer's commit may lie complete in the log without being in force; a
                 // commit after it makes sure that it never will be.
                 WriteTransaction transaction(*connection);
-                connection->execute("UPDATE counter SET value = value WHERE name = 'listed'");
+                connection->execute("UPDATE library SET access = access");
                 transaction.commit();
             });
     } catch (const LibraryError&) {
@@ -161,7 +161,7 @@ void Library::prepareCatalogue(const std::string& path) {
             checkCatalogueIsOurs(connection, schemaSteps().size());
         else
             prepareSchema(connection, schemaSteps());
-        connection.integer("SELECT value FROM counter");
+        connection.integer("SELECT access FROM library");
         if (!exists)
             syncNewLibrary(folder_.get());
     } catch (const LibraryError& error) {

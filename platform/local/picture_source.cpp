@@ -4,7 +4,26 @@
 #include "platform/local/guarded.h"
 #include "platform/local/library.h"
 
+#include <algorithm>
+
 namespace local {
+
+namespace {
+
+bool readPlace(std::int64_t n, std::string& storedAs, std::string& contentKey) {
+    const ConnectionLease connection = Library::open()->connection();
+    Statement row = connection->statement("SELECT stored_as, hash FROM asset WHERE n = ?1");
+    if (!row.bind(1, n).step())
+        return false;
+    storedAs = row.text(0);
+    ContentHash hash{};
+    const auto bytes = row.blob(1);
+    std::copy_n(bytes.begin(), std::min(bytes.size(), hash.size()), hash.begin());
+    contentKey = hexadecimal(hash);
+    return true;
+}
+
+} // namespace
 
 std::optional<PictureSource> pictureSourceForAsset(const platform::PHAsset& asset) {
     if (!asset.object)
@@ -13,8 +32,10 @@ std::optional<PictureSource> pictureSourceForAsset(const platform::PHAsset& asse
     PictureSource source;
     source.kind =
         record.media == platform::PHAssetMediaTypeVideo ? MediaKind::video : MediaKind::photo;
-    source.contentKey = hexadecimal(record.hash);
-    source.open = [storedAs = record.storedAs] {
+    std::string storedAs;
+    if (!orElse(false, [&] { return readPlace(record.n, storedAs, source.contentKey); }))
+        return std::nullopt;
+    source.open = [storedAs] {
         return orElse<UniqueFd>({},
                                 [&] { return Library::open()->files().openOriginal(storedAs); });
     };

@@ -33,7 +33,7 @@ void expectNothingKept(const ScratchHome& home) {
 }
 
 fs::path originalOf(const ScratchHome& home, const std::string& identifier) {
-    const std::string stored = local::recordOf(assetWith(identifier).value()).storedAs;
+    const std::string stored = storedAs(home, identifier);
     return home.library() / "originals" / stored.substr(0, 2) / stored;
 }
 

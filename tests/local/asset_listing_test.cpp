@@ -145,7 +145,7 @@ TEST(AssetListing, EveryThreadSeesAWholeOrderWhileOthersWrite) {
     for (std::thread& reader : readers)
         reader.join();
     EXPECT_GT(walks, 4);
-    EXPECT_EQ(sqlInteger(home, "SELECT value FROM counter WHERE name = 'listed'"),
+    EXPECT_EQ(sqlInteger(home, "SELECT listed FROM library"),
               sqlInteger(home, "SELECT count(*) FROM asset"));
 }
 
@@ -175,7 +175,7 @@ TEST(Access, DecidesWhatIsSeenAndChanged) {
     const auto all = listedIdentifiers();
     const auto picture = writePicture(home.file("mine.jpg"));
 
-    runSql(home, "UPDATE access SET status = 4; INSERT INTO limited_choice "
+    runSql(home, "UPDATE library SET access = 4; INSERT INTO limited_choice "
                  "SELECT n FROM asset WHERE created IN (1000, 3000)");
     EXPECT_EQ(platform::authorizationStatusForAccessLevel(2), 4);
     EXPECT_EQ(listedIdentifiers(), (std::vector{all[1], all[3]}));
@@ -186,7 +186,7 @@ TEST(Access, DecidesWhatIsSeenAndChanged) {
     EXPECT_TRUE(assetWith(own));
 
     for (const char* refused : {"1", "2"}) {
-        runSql(home, std::string("UPDATE access SET status = ") + refused);
+        runSql(home, std::string("UPDATE library SET access = ") + refused);
         EXPECT_EQ(listed().count(), 0u);
         EXPECT_FALSE(assetWith(all[1]));
         const auto outcome = importFile(picture);

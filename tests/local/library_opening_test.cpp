@@ -147,7 +147,7 @@ TEST(LibraryOpening, ManyProcessesMayMakeTheLibraryAtOnce) {
         waitpid(child, &outcome, 0);
         EXPECT_EQ(outcome, 0);
     }
-    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM access"), 1);
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM library"), 1);
 }
 
 TEST(LibraryOpening, AReadOnlyLibraryCanBeReadAndSaysSoWhenChanged) {

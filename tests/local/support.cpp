@@ -1,6 +1,7 @@
 #include "tests/local/support.h"
 
 #include "platform/change_requests.h"
+#include "platform/local/asset_record.h"
 #include "platform/local/imaging/imaging.h"
 #include "platform/photo_library.h"
 
@@ -137,6 +138,18 @@ void runSql(const ScratchHome& home, const std::string& sql) {
 
 std::int64_t sqlInteger(const ScratchHome& home, const std::string& sql) {
     return Catalogue(home).connection.integer(sql.c_str());
+}
+
+std::string sqlText(const ScratchHome& home, const std::string& sql) {
+    Catalogue catalogue(home);
+    local::Statement row = catalogue.connection.statement(sql.c_str());
+    return row.step() ? std::string(row.text(0)) : "";
+}
+
+std::string storedAs(const ScratchHome& home, const std::string& identifier) {
+    const auto asset = assetWith(identifier).value();
+    return sqlText(home, "SELECT stored_as FROM asset WHERE n = " +
+                             std::to_string(local::recordOf(asset).n));
 }
 
 void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,

@@ -61,7 +61,11 @@ std::optional<platform::PHAsset> assetWith(const std::string& identifier);
 
 // Runs statements on the catalogue as another program would.
 void runSql(const ScratchHome& home, const std::string& sql);
+std::string sqlText(const ScratchHome& home, const std::string& sql);
 std::int64_t sqlInteger(const ScratchHome& home, const std::string& sql);
+
+// The file name of an asset's original in the file store.
+std::string storedAs(const ScratchHome& home, const std::string& identifier);
 
 // Adds rows for assets without files: n, and a creation time for each.
 void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
