@@ -34,7 +34,7 @@ void photosLogLine(const char* message) {
 
 void photosLogFormatted(const char* format, ...) {
     char message[2048];
-    std::va_list values;
+    va_list values;
     va_start(values, format);
     std::vsnprintf(message, sizeof message, format, values);
     va_end(values);

@@ -28,6 +28,7 @@ struct AssetImport : CoreTest {
 
     Texts importPaths(const std::vector<std::string>& paths) {
         std::vector<jstring> strings;
+        strings.reserve(paths.size());
         for (const std::string& path : paths)
             strings.push_back(jvm.string(path));
         const jobjectArray identifiers = import(jvm.array(strings));

@@ -50,7 +50,7 @@ std::string standardErrorOf(const std::function<void()>& action) {
     dup2(standardError, STDERR_FILENO);
     close(standardError);
     close(file);
-    const std::string text = readFile(pattern);
+    std::string text = readFile(pattern);
     fs::remove(pattern);
     return text;
 }

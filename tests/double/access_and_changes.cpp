@@ -1,6 +1,8 @@
 // The library as a whole: scopes, access, transactions and what is asked for inside them.
 #include "tests/double/scripted_library.h"
 
+#include <utility>
+
 namespace platform {
 
 using scripted::HandlerCalls;
@@ -18,7 +20,7 @@ void objc_autoreleasePoolPop(void* pool) {
 void requestAuthorizationForAccessLevel(long accessLevel, std::function<void(long)> handler) {
     auto& script = library();
     script.note("request authorization, level " + std::to_string(accessLevel));
-    const auto callAll = [answers = script.authorizationAnswers, handler] {
+    const auto callAll = [answers = script.authorizationAnswers, handler = std::move(handler)] {
         for (const long answer : answers)
             handler(answer);
     };
