@@ -126,42 +126,65 @@ bool JpegDecoder::start(unsigned denominator) {
     info_.scale_denom = denominator;
     info_.out_color_space = JCS_RGB;
     info_.do_block_smoothing = FALSE;
-    // At an eighth a block becomes one pixel, its mean, which progressive files send first.
-    const bool coarse = denominator == 8 && jpeg_has_multiple_scans(&info_);
+    const bool coarse = denominator == 8 && firstScanSuffices();
+    if (coarse)
+        keepFewRowsOfBlocks();
     info_.buffered_image = coarse ? TRUE : FALSE;
     if (!jpeg_start_decompress(&info_))
         return false;
-    return !coarse || readCoarseScans();
+    return !coarse || jpeg_start_output(&info_, 1) != FALSE;
 }
 
-bool JpegDecoder::readCoarseScans() {
-    int status = JPEG_REACHED_SOS;
-    while (status != JPEG_REACHED_EOI) {
-        status = jpeg_consume_input(&info_);
-        if (status == JPEG_SUSPENDED)
-            return false;
-        if (status == JPEG_SCAN_COMPLETED && coarseScansSuffice())
-            break;
-        if (info_.input_scan_number > kMostScans)
-            return false;
-    }
-    return jpeg_start_output(&info_, info_.input_scan_number) != FALSE;
-}
-
-// Whether every component's means are there, and what later scans add to them is below what the
-// eye or a JPEG of the result could show.
-bool JpegDecoder::coarseScansSuffice() const {
+// At an eighth of the size a block becomes one pixel, its mean. Most progressive files send the
+// means of all components first, perhaps without their last bits. Whether what later scans would
+// add is below what the eye or a JPEG of the result can show.
+bool JpegDecoder::firstScanSuffices() const {
     constexpr double kUnseen = 2; // of 255
+    if (!info_.progressive_mode || info_.comps_in_scan != info_.num_components || info_.Ss != 0 ||
+        info_.Se != 0 || info_.Ah != 0)
+        return false;
     for (int i = 0; i < info_.num_components; ++i) {
-        const int missingBits = info_.coef_bits ? info_.coef_bits[i][0] : -1;
-        if (missingBits < 0)
-            return false;
-        const JQUANT_TBL* table = info_.comp_info[i].quant_table;
-        const double step = table ? table->quantval[0] / 8.0 : 1;
-        if (step * ((1 << missingBits) - 1) > kUnseen)
+        const JQUANT_TBL* table = info_.quant_tbl_ptrs[info_.comp_info[i].quant_tbl_no];
+        if (!table || table->quantval[0] / 8.0 * ((1 << info_.Al) - 1) > kUnseen)
             return false;
     }
     return true;
+}
+
+// For a progressive file the library keeps the coefficients of the whole picture, 144 MB of 24
+// megapixels, and filling that memory takes longer than the decoding. Of a single scan it shows
+// each row of blocks as soon as it has read it and never returns to it, so a few rows, used in
+// turn, will do.
+void JpegDecoder::keepFewRowsOfBlocks() {
+    info_.mem->request_virt_barray = requestBlocks;
+    info_.mem->access_virt_barray = accessBlocks;
+}
+
+jvirt_barray_ptr JpegDecoder::requestBlocks(j_common_ptr info, int pool, boolean, JDIMENSION width,
+                                            JDIMENSION, JDIMENSION together) {
+    const std::size_t bytes = std::size_t{width} * together * sizeof(JBLOCK);
+    auto* rows = static_cast<BlockRows*>(info->mem->alloc_small(info, pool, sizeof(BlockRows)));
+    rows->blocks = static_cast<JBLOCKROW>(info->mem->alloc_large(info, pool, bytes));
+    rows->asked =
+        static_cast<JBLOCKROW*>(info->mem->alloc_small(info, pool, together * sizeof(JBLOCKROW)));
+    rows->width = width;
+    rows->together = together;
+    std::memset(rows->blocks, 0, bytes);
+    return reinterpret_cast<jvirt_barray_ptr>(rows);
+}
+
+JBLOCKARRAY JpegDecoder::accessBlocks(j_common_ptr info, jvirt_barray_ptr opaque, JDIMENSION first,
+                                      JDIMENSION count, boolean writable) {
+    BlockRows& rows = *reinterpret_cast<BlockRows*>(opaque);
+    if (count > rows.together)
+        giveUp(info);
+    for (JDIMENSION i = 0; i < count; ++i) {
+        rows.asked[i] = rows.blocks + (first + i) % rows.together * rows.width;
+        // Where the file breaks off nothing is written, and grey is better than an earlier row.
+        for (std::size_t x = 0; writable && x < rows.width; ++x)
+            rows.asked[i][x][0] = 0;
+    }
+    return rows.asked;
 }
 
 bool JpegDecoder::pushRows(RowResizer& resizer, std::uint8_t* row) {

@@ -16,6 +16,14 @@ namespace local::imaging {
 
 class RowResizer;
 
+// Rows of coefficient blocks that stand for a whole picture's; see keepFewRowsOfBlocks.
+struct BlockRows {
+    JBLOCKROW blocks; // `together` rows of `width`
+    JBLOCKROW* asked; // room for `together` pointers
+    std::size_t width;
+    JDIMENSION together;
+};
+
 class JpegDecoder {
 public:
     explicit JpegDecoder(const Input& input);
@@ -39,10 +47,14 @@ public:
     bool sawDamage() const { return errors_.num_warnings > 0; }
 
 private:
-    bool readCoarseScans();
-    bool coarseScansSuffice() const;
+    bool firstScanSuffices() const;
+    void keepFewRowsOfBlocks();
 
     static JpegDecoder& of(j_common_ptr info);
+    static jvirt_barray_ptr requestBlocks(j_common_ptr info, int pool, boolean zeroed,
+                                          JDIMENSION width, JDIMENSION height, JDIMENSION together);
+    static JBLOCKARRAY accessBlocks(j_common_ptr info, jvirt_barray_ptr rows, JDIMENSION first,
+                                    JDIMENSION count, boolean writable);
     static void giveUp(j_common_ptr info);
     static void countWarning(j_common_ptr info, int level);
     static void watchProgress(j_common_ptr info);
