@@ -45,7 +45,10 @@ public:
         if (!rows_->step())
             return std::nullopt;
         ++next_;
-        return assetFromRow(*rows_);
+        PHAsset asset = assetFromRow(*rows_);
+        if (favorites_)
+            asset.isFavorite = isNextFavorite({rows_->integer(2), rows_->integer(0)});
+        return asset;
     }
 
 private:
@@ -67,23 +70,46 @@ private:
 
     void seek(std::int64_t index) {
         rows_.reset();
+        favorites_.reset();
         next_ = index;
         if (seesChoice(access_)) {
             rows_.emplace(connection_->statement("SELECT " PHOTOS_KIT_ASSET_COLUMNS(
-                "0") " FROM limited_choice AS choice "
-                     "CROSS JOIN asset ON asset.n = choice.asset "
-                     "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
-                     "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?1"));
+                "0", PHOTOS_KIT_IS_FAVORITE) " FROM limited_choice AS choice "
+                                             "CROSS JOIN asset ON asset.n = choice.asset "
+                                             "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
+                                             "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 "
+                                             "OFFSET ?1"));
             rows_->bind(1, index);
             return;
         }
         const ListingMarkers::Place place = locate(index);
         rows_.emplace(connection_->statement("SELECT " PHOTOS_KIT_ASSET_COLUMNS(
-            "0") " FROM asset INDEXED BY asset_listing "
-                 "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
-                 "AND (asset.created, asset.n) <= (?1, ?2) "
-                 "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?3"));
+            "0", "0") " FROM asset INDEXED BY asset_listing "
+                      "WHERE asset.hidden = 0 AND asset.trashed_at IS NULL "
+                      "AND (asset.created, asset.n) <= (?1, ?2) "
+                      "ORDER BY asset.created DESC, asset.n DESC LIMIT -1 OFFSET ?3"));
         rows_->bind(1, place.key.created).bind(2, place.key.n).bind(3, place.skip);
+        favorites_.emplace(connection_->statement("SELECT created, asset FROM favorite "
+                                                  "WHERE (created, asset) <= (?1, ?2) "
+                                                  "ORDER BY created DESC, asset DESC"));
+        favorite_.reset();
+    }
+
+    // Whether the asset with this key is a favourite. Favourites stand in the listing's order:
+    // both are walked side by side, from the first asset that is asked for.
+    bool isNextFavorite(const ListingKey& key) {
+        if (!favorite_) {
+            favorites_->bind(1, key.created).bind(2, key.n);
+            stepFavorites();
+        }
+        while (favorite_->before(key))
+            stepFavorites();
+        return !key.before(*favorite_);
+    }
+
+    void stepFavorites() {
+        const bool more = favorites_->step();
+        favorite_ = more ? ListingKey{favorites_->integer(0), favorites_->integer(1)} : listingEnd;
     }
 
     ListingMarkers::Place locate(std::int64_t index) {
@@ -96,7 +122,9 @@ private:
 
     ConnectionLease connection_;
     Statement state_;
-    std::optional<Statement> rows_; // both are done before the connection goes back
+    std::optional<Statement> rows_; // statements are done before the connection goes back
+    std::optional<Statement> favorites_;
+    std::optional<ListingKey> favorite_; // the next one; nothing before the first is looked up
     long access_ = 0;
     std::int64_t count_ = 0;
     std::int64_t sequence_ = 0;
@@ -120,10 +148,11 @@ std::vector<PHAsset> assetsWithIdentifiers(const std::vector<std::string>& ident
     wanted.erase(std::unique(wanted.begin(), wanted.end()), wanted.end());
     for (const Uuid& uuid : wanted) {
         Statement row = connection->statement("SELECT " PHOTOS_KIT_ASSET_COLUMNS(
-            "asset.hidden") " FROM asset WHERE asset.uuid = ?1 "
-                            "AND asset.trashed_at IS NULL "
-                            "AND (?2 OR asset.n IN (SELECT choice.asset FROM limited_choice AS "
-                            "choice))");
+            "asset.hidden", PHOTOS_KIT_IS_FAVORITE) " FROM asset WHERE asset.uuid = ?1 "
+                                                    "AND asset.trashed_at IS NULL "
+                                                    "AND (?2 OR asset.n IN (SELECT choice.asset "
+                                                    "FROM limited_choice AS "
+                                                    "choice))");
         row.bindBlob(1, uuid).bind(2, static_cast<std::int64_t>(seesEverything(access)));
         if (row.step())
             found.push_back(assetFromRow(row));

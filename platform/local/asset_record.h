@@ -24,12 +24,14 @@ struct AssetRecord {
     std::string contentType;
 };
 
-// The columns that assetFromRow reads, in its order; the table must be named "asset". All but
-// asset.hidden are in the index of the listing, whose fetches read a constant in its place.
-#define PHOTOS_KIT_ASSET_COLUMNS(hidden)                                                           \
+// The columns that assetFromRow reads, in its order; the table must be named "asset". The listing's
+// index holds all of them but the two that are parameters: its fetches give constants for these.
+#define PHOTOS_KIT_ASSET_COLUMNS(hidden, favorite)                                                 \
     "asset.n, asset.uuid, asset.created, asset.media, asset.width, asset.height, " hidden          \
-    ", EXISTS (SELECT 1 FROM favorite WHERE favorite.asset = asset.n), asset.filename, "           \
-    "asset.content_type"
+    ", " favorite ", asset.filename, asset.content_type"
+
+#define PHOTOS_KIT_IS_FAVORITE                                                                     \
+    "EXISTS (SELECT 1 FROM favorite AS f WHERE f.created = asset.created AND f.asset = asset.n)"
 
 platform::PHAsset assetFromRow(const Statement& row);
 

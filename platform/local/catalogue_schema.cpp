@@ -11,6 +11,9 @@ namespace {
 // asset. Two things are kept for them by triggers: their number, and a log of every key that
 // entered or left their order, from which each process keeps its markers into that order up to
 // date. What every call reads stands in one row.
+//
+// Favourites are a table of their own in the same order: setting the flag on many assets then
+// writes few pages, and a listing finds the favourites of its page side by side.
 constexpr const char* firstVersion = R"sql(
 CREATE TABLE library (
     only_row        INTEGER PRIMARY KEY CHECK (only_row = 1),
@@ -43,8 +46,21 @@ CREATE INDEX asset_listing
     WHERE hidden = 0 AND trashed_at IS NULL;
 
 CREATE TABLE favorite (
-    asset INTEGER PRIMARY KEY REFERENCES asset (n) ON DELETE CASCADE
-) STRICT;
+    created INTEGER NOT NULL,
+    asset   INTEGER NOT NULL REFERENCES asset (n),
+    PRIMARY KEY (created DESC, asset DESC)
+) STRICT, WITHOUT ROWID;
+
+CREATE TRIGGER favorite_deleted BEFORE DELETE ON asset
+BEGIN
+    DELETE FROM favorite WHERE created = old.created AND asset = old.n;
+END;
+
+CREATE TRIGGER favorite_moved AFTER UPDATE OF created ON asset
+WHEN old.created <> new.created
+BEGIN
+    UPDATE favorite SET created = new.created WHERE created = old.created AND asset = old.n;
+END;
 
 CREATE TABLE limited_choice (
     asset INTEGER PRIMARY KEY REFERENCES asset (n) ON DELETE CASCADE

@@ -1,33 +1,50 @@
 #include "platform/local/listing_markers.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace local {
 
 namespace {
 
-constexpr std::int64_t stretchSize = 256;
-constexpr std::int64_t longestStretch = 2 * stretchSize;
+constexpr std::int32_t stretchSize = 256;
+constexpr std::int32_t longestStretch = 2 * stretchSize;
+
+// Cuts an order of keys into stretches as it is walked.
+struct Stretches {
+    std::vector<ListingKey> starts;
+    std::vector<std::int32_t> counts;
+
+    void begin(const ListingKey& start, std::int32_t count) {
+        starts.push_back(start);
+        counts.push_back(count);
+    }
+
+    void walk(Statement& rows) {
+        while (rows.step()) {
+            if (counts.back() == stretchSize)
+                begin({rows.integer(0), rows.integer(1)}, 0);
+            ++counts.back();
+        }
+    }
+};
 
 } // namespace
 
 ListingMarkers::ListingMarkers(CatalogueConnection& connection, std::int64_t sequence)
     : sequence_(sequence) {
-    stretches_.push_back({listingStart});
+    Stretches stretches;
+    stretches.begin(listingStart, 0);
     Statement rows = connection.statement("SELECT created, n FROM asset INDEXED BY asset_listing "
                                           "WHERE hidden = 0 AND trashed_at IS NULL "
                                           "ORDER BY created DESC, n DESC");
-    while (rows.step()) {
-        if (stretches_.back().count == stretchSize)
-            stretches_.push_back({{rows.integer(0), rows.integer(1)}});
-        ++stretches_.back().count;
-    }
+    stretches.walk(rows);
+    starts_ = std::make_shared<const std::vector<ListingKey>>(std::move(stretches.starts));
+    counts_ = std::move(stretches.counts);
     renumber();
 }
 
 bool ListingMarkers::bringUpTo(CatalogueConnection& connection, std::int64_t sequence) {
-    if (sequence == sequence_)
-        return true;
     Statement log = connection.statement("SELECT seq, old_created, new_created, asset "
                                          "FROM listing_change WHERE seq > ?1 ORDER BY seq");
     log.bind(1, sequence_);
@@ -36,72 +53,61 @@ bool ListingMarkers::bringUpTo(CatalogueConnection& connection, std::int64_t seq
             return false;
         ++sequence_;
         const std::int64_t n = log.integer(3);
-        if (!log.isNull(1) && --stretches_[stretchOf({log.integer(1), n})].count < 0)
+        if (!log.isNull(1) && --counts_[stretchOf({log.integer(1), n})] < 0)
             return false;
         if (!log.isNull(2))
-            ++stretches_[stretchOf({log.integer(2), n})].count;
+            ++counts_[stretchOf({log.integer(2), n})];
     }
     if (sequence_ != sequence)
         return false;
-    divide(connection);
+    const auto outgrown = [](std::int32_t count) { return count == 0 || count > longestStretch; };
+    if (counts_.front() > longestStretch ||
+        std::any_of(counts_.begin() + 1, counts_.end(), outgrown))
+        divide(connection);
     renumber();
     return true;
 }
 
 std::size_t ListingMarkers::stretchOf(const ListingKey& key) const {
     const auto next =
-        std::upper_bound(stretches_.begin() + 1, stretches_.end(), key,
-                         [](const ListingKey& k, const Stretch& s) { return k.before(s.start); });
-    return static_cast<std::size_t>(next - stretches_.begin()) - 1;
+        std::upper_bound(starts_->begin() + 1, starts_->end(), key,
+                         [](const ListingKey& k, const ListingKey& s) { return k.before(s); });
+    return static_cast<std::size_t>(next - starts_->begin()) - 1;
 }
 
 // Cuts stretches that have grown long and drops empty ones.
 void ListingMarkers::divide(CatalogueConnection& connection) {
-    const auto needsWork = [](const Stretch& s) {
-        return s.count == 0 || s.count > longestStretch;
-    };
-    if (std::none_of(stretches_.begin() + 1, stretches_.end(), needsWork) &&
-        stretches_.front().count <= longestStretch)
-        return;
-    std::vector<Stretch> divided;
-    divided.reserve(stretches_.size() + 1);
-    for (const Stretch& stretch : stretches_) {
-        if (stretch.count == 0 && !divided.empty())
+    Stretches divided;
+    for (std::size_t i = 0; i < counts_.size(); ++i) {
+        const ListingKey& start = (*starts_)[i];
+        if (counts_[i] == 0 && i > 0)
             continue;
-        if (stretch.count <= longestStretch) {
-            divided.push_back(stretch);
+        if (counts_[i] <= longestStretch) {
+            divided.begin(start, counts_[i]);
             continue;
         }
         Statement rows = connection.statement(
             "SELECT created, n FROM asset INDEXED BY asset_listing "
             "WHERE hidden = 0 AND trashed_at IS NULL AND (created, n) <= (?1, ?2) "
             "ORDER BY created DESC, n DESC LIMIT ?3");
-        rows.bind(1, stretch.start.created).bind(2, stretch.start.n).bind(3, stretch.count);
-        divided.push_back({stretch.start});
-        while (rows.step()) {
-            if (divided.back().count == stretchSize)
-                divided.push_back({{rows.integer(0), rows.integer(1)}});
-            ++divided.back().count;
-        }
+        rows.bind(1, start.created).bind(2, start.n).bind(3, std::int64_t{counts_[i]});
+        divided.begin(start, 0);
+        divided.walk(rows);
     }
-    stretches_ = std::move(divided);
+    starts_ = std::make_shared<const std::vector<ListingKey>>(std::move(divided.starts));
+    counts_ = std::move(divided.counts);
 }
 
 void ListingMarkers::renumber() {
-    std::int64_t before = 0;
-    for (Stretch& stretch : stretches_) {
-        stretch.offset = before;
-        before += stretch.count;
-    }
-    total_ = before;
+    offsets_.resize(counts_.size());
+    std::exclusive_scan(counts_.begin(), counts_.end(), offsets_.begin(), 0);
+    total_ = std::int64_t{offsets_.back()} + counts_.back();
 }
 
 ListingMarkers::Place ListingMarkers::locate(std::int64_t offset) const {
-    const auto next =
-        std::upper_bound(stretches_.begin() + 1, stretches_.end(), offset,
-                         [](std::int64_t o, const Stretch& s) { return o < s.offset; });
-    const Stretch& stretch = *(next - 1);
-    return {stretch.start, offset - stretch.offset};
+    const auto next = std::upper_bound(offsets_.begin() + 1, offsets_.end(), offset);
+    const auto stretch = static_cast<std::size_t>(next - offsets_.begin()) - 1;
+    return {(*starts_)[stretch], offset - offsets_[stretch]};
 }
 
 std::shared_ptr<const ListingMarkers> SharedListingMarkers::at(CatalogueConnection& connection,

@@ -27,6 +27,9 @@ struct ListingKey {
 inline constexpr ListingKey listingStart{std::numeric_limits<std::int64_t>::max(),
                                          std::numeric_limits<std::int64_t>::max()};
 
+inline constexpr ListingKey listingEnd{std::numeric_limits<std::int64_t>::min(),
+                                       std::numeric_limits<std::int64_t>::min()};
+
 class ListingMarkers {
 public:
     // Reads the whole order once; within the caller's snapshot.
@@ -48,18 +51,16 @@ public:
     Place locate(std::int64_t offset) const;
 
 private:
-    // A stretch of the order: from `start` up to the next stretch's start.
-    struct Stretch {
-        ListingKey start;
-        std::int64_t count = 0;
-        std::int64_t offset = 0; // number of assets before this stretch
-    };
-
+    // Stretch i of the order goes from starts_[i] up to the next one's start, holds counts_[i]
+    // assets, and offsets_[i] assets come before it. The starts change rarely: versions of the
+    // set share them.
     std::size_t stretchOf(const ListingKey& key) const;
     void divide(CatalogueConnection& connection);
     void renumber();
 
-    std::vector<Stretch> stretches_;
+    std::shared_ptr<const std::vector<ListingKey>> starts_;
+    std::vector<std::int32_t> counts_;
+    std::vector<std::int32_t> offsets_;
     std::int64_t total_ = 0;
     std::int64_t sequence_ = 0;
 };

@@ -156,7 +156,7 @@ TEST(AssetListing, HiddenAndTrashedAssetsAreLeftOutAndHiddenOnesFoundByIdentifie
     const auto all = listedIdentifiers();
     runSql(home, "UPDATE asset SET hidden = 1 WHERE created = 2000;"
                  "UPDATE asset SET trashed_at = 1 WHERE created = 1000;"
-                 "INSERT INTO favorite SELECT n FROM asset WHERE created >= 2000");
+                 "INSERT INTO favorite SELECT created, n FROM asset WHERE created >= 2000");
     EXPECT_EQ(listedIdentifiers(), std::vector{all[0]});
     EXPECT_EQ(platform::fetchAssetsWithOptions({}).count(), 1u);
     EXPECT_TRUE(listed().objectAtIndex(0)->isFavorite);
