@@ -90,12 +90,11 @@ PreparedAsset::PreparedAsset(const FileStore& store, const AssetCreation& creati
     original_ = std::make_unique<IncomingOriginal>(store, creation_.uuid, storedAs_, source.get());
     // The imaging process reads the header while the disk takes the bytes.
     Inspection inspection(original_->readable(), kind);
-    original_->writeThrough();
+    original_->place();
     auto answer = inspection.finish();
     if (const auto* failure = std::get_if<ImagingFailure>(&answer))
         throw invalidResource(failure->sentence);
     info_ = std::get<MediaInfo>(std::move(answer));
-    original_->place();
 
     contentType_ = contentTypeOfName(called).value_or(info_.contentType);
     const auto captured = info_.captured ? millisecondsSince1970(*info_.captured) : std::nullopt;

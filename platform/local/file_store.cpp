@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <memory>
 
 namespace local {
@@ -108,7 +109,16 @@ void FileStore::create() const {
                                   "\" could not be made",
                               errno);
     }
-    fsync(folder_);
+    // All shelves at once, so that no import has to make one and sync its name.
+    for (int shelf = 0; shelf < 256; ++shelf) {
+        char name[16];
+        std::snprintf(name, sizeof name, "originals/%02X", static_cast<unsigned>(shelf));
+        if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
+            throw systemError("The photo library's folders could not be made", errno);
+    }
+    const UniqueFd originals(openat(folder_, "originals", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!originals || fsync(originals.get()) != 0 || fsync(folder_) != 0)
+        throw systemError("The photo library's folders could not be made durable", errno);
 }
 
 UniqueFd FileStore::openOriginal(const std::string& name) const {

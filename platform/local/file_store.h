@@ -71,8 +71,7 @@ public:
     const ContentHash& hash() const { return hash_; }
     std::int64_t size() const { return size_; }
 
-    // Makes the copy durable at its final place.
-    void writeThrough();
+    // Moves the copy to its final place and makes both durable.
     void place();
 
     // From here on the file stays: whether the commit took effect is for the catalogue to say,
@@ -83,6 +82,7 @@ public:
 
 private:
     void makeMarker();
+    void syncFolder(const std::string& path) const;
     void remove() noexcept;
 
     const FileStore& store_;

@@ -1,6 +1,7 @@
-// The way of one file into the store. What makes it durable, in this order: the bytes are written
-// and synced, the file is renamed to its place, the place's folder is synced; only then may the
-// catalogue name it.
+// The way of one file into the store: its bytes are written, it is renamed to its place, and both
+// its bytes and its place's folder are synced; only then may the catalogue name it. The rename
+// comes before the syncs so that a journalling file system commits all of it at once; a crash in
+// between leaves a file that nobody names, with its marker.
 #include "platform/local/file_store.h"
 
 // Inlined, so that no library has to be loaded into the host for it.
@@ -120,13 +121,6 @@ void IncomingOriginal::makeMarker() {
     }
 }
 
-void IncomingOriginal::writeThrough() {
-    if (fdatasync(writable_.get()) != 0)
-        copyFailed("writing through", errno);
-    if (close(std::exchange(writable_, UniqueFd()).release()) != 0)
-        copyFailed("closing", errno);
-}
-
 void IncomingOriginal::place() {
     const bool newShelf = mkdirat(store_.folder(), finalFolder_.c_str(), 0700) == 0;
     if (!newShelf && errno != EEXIST)
@@ -134,14 +128,19 @@ void IncomingOriginal::place() {
     if (renameat(store_.folder(), partPath_.c_str(), store_.folder(), finalPath_.c_str()) != 0)
         copyFailed("renaming", errno);
     placed_ = true;
-    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    const UniqueFd shelf(openat(store_.folder(), finalFolder_.c_str(), flags));
-    if (!shelf || fsync(shelf.get()) != 0)
-        copyFailed("syncing its folder", errno);
-    if (!newShelf)
-        return;
-    const UniqueFd shelves(openat(store_.folder(), "originals", flags));
-    if (!shelves || fsync(shelves.get()) != 0)
+    if (fdatasync(writable_.get()) != 0)
+        copyFailed("writing through", errno);
+    if (close(writable_.release()) != 0)
+        copyFailed("closing", errno);
+    syncFolder(finalFolder_);
+    if (newShelf)
+        syncFolder("originals");
+}
+
+void IncomingOriginal::syncFolder(const std::string& path) const {
+    const UniqueFd folder(
+        openat(store_.folder(), path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder || fsync(folder.get()) != 0)
         copyFailed("syncing its folder", errno);
 }
 

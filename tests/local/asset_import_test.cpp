@@ -190,7 +190,6 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     writeText(home.library() / "incoming/notes.txt", "not ours");
     {
         local::IncomingOriginal incoming(store, uuid, name, source.get());
-        incoming.writeThrough();
         store.sweep(none, ready);
         incoming.place();
         store.sweep(none, ready);
@@ -209,7 +208,6 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     const local::Uuid lost = local::randomUuid();
     {
         local::IncomingOriginal incoming(store, lost, local::uppercaseText(lost), source.get());
-        incoming.writeThrough();
         incoming.place();
         incoming.commitBegins();
     }
