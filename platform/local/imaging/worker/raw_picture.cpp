@@ -2,6 +2,7 @@
 
 #include "platform/local/imaging/capture_time.h"
 #include "platform/local/imaging/worker/jpeg_picture.h"
+#include "platform/local/imaging/worker/mapping.h"
 #include "platform/local/imaging/worker/resize.h"
 
 #include <cmath>
@@ -10,31 +11,10 @@
 #include <string_view>
 
 #include <libraw/libraw.h>
-#include <sys/mman.h>
 
 namespace local::imaging {
 
 namespace {
-
-class Mapping {
-public:
-    explicit Mapping(const FileInput& input) : size_(input.size()) {
-        if (size_ > 0)
-            bytes_ = mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, input.descriptor(), 0);
-    }
-    Mapping(const Mapping&) = delete;
-    Mapping& operator=(const Mapping&) = delete;
-    ~Mapping() {
-        if (bytes_ != MAP_FAILED)
-            munmap(bytes_, size_);
-    }
-    void* bytes() const { return bytes_ == MAP_FAILED ? nullptr : bytes_; }
-    std::size_t size() const { return size_; }
-
-private:
-    void* bytes_ = MAP_FAILED;
-    std::size_t size_;
-};
 
 struct OpenRaw {
     Mapping mapping;
