@@ -1,0 +1,40 @@
+package com.morrowfen.lumatrice.tour;
+
+import java.time.Instant;
+import java.time.ZoneId;
+import java.time.format.DateTimeFormatter;
+import java.util.List;
+import java.util.Locale;
+
+/** What both contact sheets show of an asset. */
+final class Cell {
+    /** The size of the picture, in pixels. */
+    static final int WIDTH = 320;
+
+    static final int HEIGHT = 240;
+
+    private static final DateTimeFormatter DATE =
+            DateTimeFormatter.ofPattern("d MMM yyyy", Locale.ENGLISH)
+                    .withZone(ZoneId.systemDefault());
+
+    private Cell() {}
+
+    /** Date and size. */
+    static String details(Asset asset) {
+        String date = asset.createdMs() == 0
+                ? "no date"
+                : DATE.format(Instant.ofEpochMilli(asset.createdMs()));
+        return date + " · " + asset.width() + " × " + asset.height();
+    }
+
+    /** How many of each kind. */
+    static String totals(List<Thumbnail> thumbnails) {
+        long videos = thumbnails.stream().filter(one -> one.asset().isVideo()).count();
+        long photos = thumbnails.size() - videos;
+        return counted(photos, "photo") + ", " + counted(videos, "video") + " · newest first";
+    }
+
+    private static String counted(long number, String noun) {
+        return String.format(Locale.ROOT, "%,d %s%s", number, noun, number == 1 ? "" : "s");
+    }
+}
