@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <libexif/exif-data.h>
 
@@ -111,6 +112,14 @@ ExifFacts readExif(std::span<const std::uint8_t> block) {
                                                                      &exif_data_unref);
     if (!data || block.size() > (1 << 20))
         return facts;
+    // libexif wants the prefix that HEIF and PNG leave out.
+    constexpr std::string_view kPrefix("Exif\0\0", 6);
+    std::vector<std::uint8_t> prefixed;
+    if (block.size() < kPrefix.size() || block[0] != 'E') {
+        prefixed.assign(kPrefix.begin(), kPrefix.end());
+        prefixed.insert(prefixed.end(), block.begin(), block.end());
+        block = prefixed;
+    }
     // Reading as it stands: "fixing" would add tags, DateTime with the present time among them.
     exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
     exif_data_unset_option(data.get(), EXIF_DATA_OPTION_IGNORE_UNKNOWN_TAGS);

@@ -16,7 +16,8 @@ struct ExifFacts {
     bool selfie = false;
 };
 
-// `block` starts with "Exif\0\0". Never fails: what cannot be read is not told.
+// `block` may start with "Exif\0\0", as it does in a JPEG. Never fails: what cannot be read is not
+// told.
 ExifFacts readExif(std::span<const std::uint8_t> block);
 
 // From EXIF's texts: "2024:05:06 07:08:09", "+02:00" and "123" (a fraction of a second). Nothing

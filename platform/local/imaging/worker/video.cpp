@@ -15,9 +15,15 @@ namespace local::imaging {
 
 namespace {
 
-FileFormat formatOfBrand(std::string_view brand) {
-    if (brand.empty() || brand.substr(0, 2) == "qt")
-        return FileFormat::quickTime; // files without a brand are older than brands
+// The tags that libav reads can hold another file's brand, so the bytes themselves.
+FileFormat formatOfFileTypeBox(const FileInput& input) {
+    std::array<char, 12> head{};
+    const std::string_view text(head.data(), input.readAt(0, head.data(), head.size()));
+    if (text.size() < 12 || text.substr(4, 4) != "ftyp")
+        return FileFormat::quickTime; // older than brands
+    const std::string_view brand = text.substr(8);
+    if (brand == "qt  ")
+        return FileFormat::quickTime;
     if (brand.substr(0, 3) == "M4V")
         return FileFormat::appleMpeg4;
     if (brand.substr(0, 3) == "3g2")
@@ -37,7 +43,7 @@ FileFormat matroskaOrWebm(const FileInput& input) {
 FileFormat formatOf(const VideoFile& video, const FileInput& input) {
     const std::string_view demuxer = video.format()->iformat->name;
     if (demuxer.find("mp4") != std::string_view::npos)
-        return formatOfBrand(video.metadata("major_brand"));
+        return formatOfFileTypeBox(input);
     if (demuxer.find("matroska") != std::string_view::npos)
         return matroskaOrWebm(input);
     struct Known {

@@ -1,0 +1,308 @@
+// Files made to hurt, and workers that die: the host stays well and serves the next caller.
+#include "imaging_support.h"
+
+#include "platform/local/imaging/worker/request.h"
+#include "platform/local/imaging/worker_pool.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <random>
+#include <thread>
+
+#include <sys/wait.h>
+
+using namespace imaging_test;
+using namespace local::imaging;
+using local::MediaKind;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+namespace {
+
+double secondsFor(const std::function<void()>& work) {
+    const auto start = Clock::now();
+    work();
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// The worker processes of this process.
+std::vector<pid_t> workers() {
+    std::vector<pid_t> found;
+    for (const auto& thread : fs::directory_iterator("/proc/self/task")) {
+        std::ifstream children(thread.path() / "children");
+        for (pid_t child = 0; children >> child;)
+            found.push_back(child);
+    }
+    return found;
+}
+
+std::size_t openDescriptors() {
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+}
+
+class ImagingHostile : public testing::Test {
+protected:
+    const Folder folder;
+
+    void SetUp() override { writeJpeg(folder / "good.jpg", quarters(640, 480)); }
+
+    // Ends in time, with or without a picture, and the next caller is served.
+    void survives(const fs::path& path, MediaKind kind = MediaKind::photo) {
+        EXPECT_LT(secondsFor([&] {
+                      inspect(path, kind);
+                      cover(path, 256, 256, kind);
+                      cover(path, -1, -1, kind);
+                  }),
+                  kSanitized ? 300 : 60)
+            << path;
+        EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48") << "after " << path;
+    }
+};
+
+TEST_F(ImagingHostile, FilesThatAreNoPicturesSaySo) {
+    write(folder / "empty.jpg", "");
+    write(folder / "text.jpg", "This is not a picture, whatever its name says.");
+    write(folder / "drawing.png", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
+    write(folder / "page.jpg", "%PDF-1.4\n1 0 obj<<>>endobj trailer<<>>\n");
+    write(folder / "header.png", blackPng(8, 8).substr(0, 20));
+    write(folder / "zero.png", blackPng(0, 8));
+    for (const char* name :
+         {"empty.jpg", "text.jpg", "drawing.png", "page.jpg", "header.png", "zero.png"}) {
+        EXPECT_EQ(failureOf(folder / name), "The file is not a picture that can be read.") << name;
+        EXPECT_EQ(sizeOf(cover(folder / name, 64, 64)), "none") << name;
+    }
+    EXPECT_EQ(failureOf("/dev/null"), "The file cannot be opened.");
+    EXPECT_EQ(failureOf(folder.path()), "The file cannot be opened.");
+}
+
+TEST_F(ImagingHostile, VideosThatNameOtherFilesAreRefused) {
+    run(folder, "ffmpeg -v error -f lavfi -i testsrc=s=320x240:d=1 -c:v mpeg4 real.mp4");
+    const std::string real = (folder / "real.mp4").string();
+    write(folder / "list.mp4", "ffconcat version 1.0\nfile '" + real + "'\n");
+    write(folder / "play.mp4", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n" + real + "\n");
+    writeJpeg(folder / "still.mp4", quarters(64, 48));
+    for (const char* name : {"list.mp4", "play.mp4", "still.mp4"}) {
+        EXPECT_NE(failureOf(folder / name, MediaKind::video), "") << name;
+        EXPECT_EQ(sizeOf(cover(folder / name, 64, 64, MediaKind::video)), "none") << name;
+    }
+}
+
+TEST_F(ImagingHostile, TruncatedFilesEndAndAJpegShowsWhatItHas) {
+    run(folder, "vips copy good.jpg a.png && vips copy good.jpg a.webp && vips copy good.jpg a.tif"
+                " && vips copy good.jpg a.gif && vips copy good.jpg a.jxl && heif-enc good.jpg -o "
+                "a.heic && vips jpegsave good.jpg p.jpg --interlace && ffmpeg -v error -f lavfi -i "
+                "testsrc=s=320x240:d=1 -c:v mpeg4 -movflags faststart a.mp4");
+    for (const char* name :
+         {"good.jpg", "p.jpg", "a.png", "a.webp", "a.tif", "a.gif", "a.jxl", "a.heic", "a.mp4"}) {
+        const std::string bytes = read(folder / name);
+        const auto kind = std::string(name) == "a.mp4" ? MediaKind::video : MediaKind::photo;
+        for (const double part : {0.1, 0.5, 0.9}) {
+            const fs::path cut = folder / ("cut-" + std::string(name));
+            write(cut, bytes.substr(0, static_cast<std::size_t>(double(bytes.size()) * part)));
+            survives(cut, kind);
+        }
+    }
+    const std::string bytes = read(folder / "good.jpg");
+    write(folder / "half.jpg", bytes.substr(0, bytes.size() / 2));
+    EXPECT_EQ(infoOf(folder / "half.jpg").width, 640U);
+    const auto half = cover(folder / "half.jpg", 64, 48);
+    ASSERT_EQ(sizeOf(half), "64x48");
+    EXPECT_TRUE(isNear(colourAt(*half, 0.2, 0.1), {255, 0, 0}, 12));
+}
+
+TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
+    write(folder / "huge.png", blackPng(60000, 60000));
+    write(folder / "large.png", blackPng(20000, 20000));
+    std::string jpeg = read(folder / "good.jpg");
+    const auto frame = jpeg.find("\xff\xc0");
+    ASSERT_NE(frame, std::string::npos);
+    jpeg.replace(frame + 5, 4, "\xea\x60\xea\x60"); // 60,000 each way
+    write(folder / "huge.jpg", jpeg);
+    jpeg[frame + 1] = '\xc2'; // and progressive
+    write(folder / "progressive.jpg", jpeg);
+    write(folder / "huge.gif", std::string("GIF89a\xff\xff\xff\xff\x80\0\0\0\0\0\xff\xff\xff,\0\0\0"
+                                           "\0\xff\xff\xff\xff\0\2\2D\1\0;",
+                                           36));
+    std::string dng = rawDng(64, 48, "2024:05:06 07:08:09");
+    std::string loop = dng;
+    std::memcpy(loop.data() + loop.size() - 4, "\x08\0\0\0", 4);
+    const auto directory = static_cast<std::size_t>(8 + 64 * 48 * 2);
+    const std::size_t next = directory + 2 + 20 * 12;
+    loop.replace(next, 4, loop.substr(4, 4)); // the directory follows itself
+    write(folder / "loop.tif", loop);
+    dng.replace(directory + 2 + 12 + 8, 4, std::string("\xff\xff\xff\x7f", 4)); // its width
+    write(folder / "wide.dng", dng);
+    for (const char* name : {"huge.png", "large.png", "huge.jpg", "progressive.jpg", "huge.gif",
+                             "loop.tif", "wide.dng"})
+        survives(folder / name);
+    EXPECT_EQ(infoOf(folder / "huge.png").width, 60000U); // it may be somebody's only copy
+    EXPECT_EQ(sizeOf(cover(folder / "huge.png", 64, 64)), "none");
+    EXPECT_EQ(sizeOf(cover(folder / "large.png", 64, 64)), "64x64");
+}
+
+TEST_F(ImagingHostile, RandomDamageIsSurvived) {
+    run(folder, "vips resize good.jpg s.jpg 0.2 && vips copy s.jpg a.png && vips copy s.jpg a.webp "
+                "&& vips copy s.jpg a.tif && vips copy s.jpg a.gif && vips copy s.jpg a.jxl && "
+                "heif-enc s.jpg -o a.heic && vips jpegsave s.jpg p.jpg --interlace && ffmpeg -v "
+                "error -f lavfi -i testsrc=s=160x120:d=1 -c:v mpeg4 a.mp4");
+    write(folder / "a.dng", rawDng(64, 48, "2024:05:06 07:08:09"));
+    std::mt19937 random(20240506);
+    for (const char* name : {"s.jpg", "p.jpg", "a.png", "a.webp", "a.tif", "a.gif", "a.jxl",
+                             "a.heic", "a.dng", "a.mp4"}) {
+        const std::string bytes = read(folder / name);
+        const auto kind = std::string(name) == "a.mp4" ? MediaKind::video : MediaKind::photo;
+        for (int i = 0; i < 12; ++i) {
+            std::string damaged = bytes;
+            for (int n = 0; n < 8; ++n)
+                damaged[random() % (n < 4 ? std::min<std::size_t>(400, bytes.size())
+                                          : bytes.size())] = static_cast<char>(random());
+            write(folder / "damaged", damaged);
+            inspect(folder / "damaged", kind);
+            cover(folder / "damaged", 64, 64, kind);
+        }
+        EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48") << "after " << name;
+    }
+}
+
+TEST_F(ImagingHostile, AFileThatKillsItsWorkerIsRememberedAndOthersAreServed) {
+    write(folder / "slow.png", blackPng(22000, 22000));
+    auto source = sourceOf(folder / "slow.png");
+    source.contentKey = "deadlyfile";
+    std::optional<local::Pixels> picture;
+    std::thread caller([&] { picture = local::coverPicture(source, 300, 300); });
+    const auto giveUpAt = Clock::now() + seconds(60);
+    std::vector<pid_t> killed;
+    while (killed.empty() && Clock::now() < giveUpAt) {
+        std::this_thread::sleep_for(milliseconds(300));
+        killed = workers();
+        for (const pid_t worker : killed)
+            kill(worker, SIGKILL);
+    }
+    caller.join();
+    EXPECT_EQ(sizeOf(picture), "none");
+    EXPECT_LT(secondsFor([&] { picture = local::coverPicture(source, 300, 300); }), 0.05);
+    EXPECT_EQ(sizeOf(picture), "none");
+    EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48");
+    for (const pid_t worker : killed)
+        EXPECT_EQ(kill(worker, 0), -1) << "a zombie remains";
+}
+
+TEST_F(ImagingHostile, IdleWorkersThatWereEndedAreReplacedUnnoticed) {
+    const std::size_t before = openDescriptors();
+    for (int i = 0; i < 3; ++i) {
+        for (const pid_t worker : workers())
+            kill(worker, SIGKILL);
+        std::this_thread::sleep_for(milliseconds(50));
+        EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48");
+    }
+    EXPECT_LE(openDescriptors(), before + 4);
+}
+
+TEST_F(ImagingHostile, AWorkerThatOverrunsIsEnded) {
+    auto worker = WorkerProcess::start(false);
+    ASSERT_TRUE(worker);
+    for (const pid_t child : workers())
+        kill(child, SIGSTOP);
+    const local::UniqueFd file = open(folder / "good.jpg");
+    const Request request{kRequestMark, Task::inspectPhoto};
+    ASSERT_TRUE(worker->send(request, file.get()));
+    EXPECT_FALSE(worker->receive(request.task, Clock::now() + milliseconds(100)).answer);
+    worker.reset();
+    for (const pid_t child : workers())
+        kill(child, SIGCONT);
+    EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48");
+}
+
+TEST_F(ImagingHostile, WorkersEndWithTheirHost) {
+    int pipeEnds[2];
+    ASSERT_EQ(pipe(pipeEnds), 0);
+    const pid_t host = fork();
+    if (host == 0) {
+        const auto worker = WorkerProcess::start(false);
+        const auto all = workers();
+        const pid_t answer = worker && !all.empty() ? all.front() : -1;
+        if (write(pipeEnds[1], &answer, sizeof answer) > 0)
+            pause();
+        _exit(1);
+    }
+    pid_t worker = -1;
+    ASSERT_EQ(::read(pipeEnds[0], &worker, sizeof worker), ssize_t(sizeof worker));
+    ASSERT_GT(worker, 0);
+    kill(host, SIGKILL);
+    waitpid(host, nullptr, 0);
+    const auto alive = [&] {
+        std::ifstream status("/proc/" + std::to_string(worker) + "/stat");
+        std::string word;
+        status >> word >> word >> word;
+        return status && word != "Z"; // whoever inherits it may be slow to reap
+    };
+    for (int i = 0; i < 200 && alive(); ++i)
+        std::this_thread::sleep_for(milliseconds(50));
+    EXPECT_FALSE(alive());
+    close(pipeEnds[0]);
+    close(pipeEnds[1]);
+}
+
+TEST_F(ImagingHostile, TheSandboxRefusesFilesNetworkAndPrograms) {
+    if (kSanitized)
+        GTEST_SKIP() << "the system call filter is off under sanitizers";
+    const fs::path program =
+        fs::read_symlink("/proc/self/exe").parent_path() / "photos-kit-imaging";
+    run(folder, program.string() + " --probe-sandbox > probe && ! grep ALLOWED probe &&"
+                                   " grep -q 'open a file: refused' probe");
+}
+
+Answer answered(Outcome outcome, std::uint32_t width, std::uint32_t height) {
+    return Answer{kAnswerMark, outcome, width, height};
+}
+
+std::optional<CheckedAnswer> check(const Answer& answer, Task task) {
+    std::array<std::byte, sizeof answer> bytes{};
+    std::memcpy(bytes.data(), &answer, sizeof answer);
+    return checkAnswer(bytes.data(), bytes.size(), task);
+}
+
+TEST(ImagingProtocol, TheHostBelievesNoImpossibleAnswer) {
+    EXPECT_TRUE(check(answered(Outcome::done, 5, 5), Task::photoPicture));
+    EXPECT_TRUE(check(answered(Outcome::done, 60000, 60000), Task::inspectPhoto));
+    EXPECT_FALSE(check(answered(Outcome::done, 0, 5), Task::inspectPhoto));
+    EXPECT_FALSE(check(answered(Outcome::done, 5, 0), Task::photoPicture));
+    EXPECT_FALSE(check(answered(Outcome::done, 20000, 20000), Task::photoPicture));
+    EXPECT_FALSE(check(answered(Outcome::done, 65501, 1), Task::photoPicture));
+    EXPECT_FALSE(check(answered(static_cast<Outcome>(99), 5, 5), Task::photoPicture));
+    Answer strange = answered(Outcome::done, 5, 5);
+    strange.flags = ~0U;
+    strange.month = 13;
+    strange.durationSeconds = -1e308;
+    const auto checked = check(strange, Task::inspectVideo);
+    ASSERT_TRUE(checked);
+    EXPECT_FALSE(std::get<local::MediaInfo>(checked->result).captured);
+    EXPECT_EQ(std::get<local::MediaInfo>(checked->result).durationSeconds, 0);
+    strange.format = static_cast<FileFormat>(1000);
+    EXPECT_FALSE(check(strange, Task::inspectVideo));
+}
+
+TEST(ImagingProtocol, AnyBytesAreAnsweredOrRefusedByEitherSide) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 200'000; ++i) {
+        std::array<std::byte, sizeof(Answer) + 8> bytes{};
+        for (auto& byte : bytes)
+            byte = random() % 2 ? std::byte(random()) : std::byte(0);
+        const auto mark = i % 2 ? kAnswerMark : kRequestMark;
+        std::memcpy(bytes.data(), &mark, sizeof mark);
+        const auto task = static_cast<Task>(random() % 4);
+        const auto checked = checkAnswer(bytes.data(), sizeof(Answer) - (i % 50 == 0), task);
+        if (checked)
+            if (const auto* picture = std::get_if<CheckedPicture>(&checked->result)) {
+                ASSERT_LE(std::uint64_t{picture->width} * picture->height, kMaxPixels);
+            }
+        if (const auto request = checkRequest(bytes.data(), sizeof(Request))) {
+            ASSERT_LE(request->task, kLastTask);
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,148 @@
+// What the header of a file tells.
+#include "imaging_support.h"
+
+#include <sstream>
+
+#include <fcntl.h>
+
+using namespace imaging_test;
+using local::MediaKind;
+
+namespace {
+
+// "2024-5-6 7:8:9.120 +120", or "none".
+std::string captured(const local::MediaInfo& info) {
+    if (!info.captured)
+        return "none";
+    const auto& time = *info.captured;
+    std::ostringstream text;
+    text << time.year << '-' << time.month << '-' << time.day << ' ' << time.hour << ':'
+         << time.minute << ':' << time.second << '.' << time.millisecond;
+    if (time.offsetMinutes)
+        text << ' ' << std::showpos << *time.offsetMinutes;
+    return text.str();
+}
+
+TEST(ImagingInspection, TellsTheTypeFromTheBytesNotTheName) {
+    const Folder folder;
+    writeJpeg(folder / "a.jpg", quarters(64, 48));
+    run(folder, "vips copy a.jpg a.png && vips copy a.jpg a.webp && vips copy a.jpg a.tif &&"
+                " vips copy a.jpg a.gif && vips copy a.jpg a.jxl && heif-enc a.jpg -o a.heic &&"
+                " heif-enc -A a.jpg -o a.avif && for f in a.*; do cp $f wrong-$f.png; done");
+    const std::pair<const char*, const char*> types[] = {
+        {"a.jpg", "public.jpeg"},           {"a.png", "public.png"},
+        {"a.webp", "org.webmproject.webp"}, {"a.tif", "public.tiff"},
+        {"a.gif", "com.compuserve.gif"},    {"a.jxl", "public.jpeg-xl"},
+        {"a.heic", "public.heic"},          {"a.avif", "public.avif"}};
+    for (const auto& [name, type] : types)
+        for (const std::string& path : {std::string(name), "wrong-" + std::string(name) + ".png"}) {
+            const auto info = infoOf(folder / path);
+            EXPECT_EQ(info.contentType, type) << path;
+            EXPECT_EQ(info.width, 64U) << path;
+            EXPECT_EQ(info.height, 48U) << path;
+            EXPECT_FALSE(info.animated || info.raw || info.screenshot || info.selfie) << path;
+        }
+}
+
+TEST(ImagingInspection, DatesFallBackAndImpossibleOnesAreNone) {
+    const Folder folder;
+    writeJpeg(folder / "plain.jpg", quarters(64, 48));
+    EXPECT_EQ(captured(infoOf(folder / "plain.jpg")), "none");
+    const std::pair<const char*, const char*> cases[] = {
+        {"-DateTimeOriginal='2024:05:06 07:08:09' -CreateDate='2020:01:01 00:00:00'",
+         "2024-5-6 7:8:9.0"},
+        {"-DateTimeOriginal='2024:02:29 07:08:09' -OffsetTimeOriginal=+05:30 "
+         "-SubSecTimeOriginal=12",
+         "2024-2-29 7:8:9.120 +330"},
+        {"-DateTimeOriginal='0000:00:00 00:00:00' -CreateDate='2020:01:02 03:04:05' "
+         "-OffsetTimeDigitized=-08:00 -OffsetTimeOriginal=+01:00",
+         "2020-1-2 3:4:5.0 -480"},
+        {"-ModifyDate='2019:12:31 23:59:59' -SubSecTime=9876", "2019-12-31 23:59:59.987"},
+        {"-DateTimeOriginal='2023:02:29 07:08:09'", "none"},
+        {"-DateTimeOriginal='2024:13:01 07:08:09'", "none"},
+        {"-DateTimeOriginal='2024:05:06 24:00:00'", "none"},
+        {"-DateTimeOriginal='    :  :     :  :  '", "none"},
+        {"-DateTimeOriginal='2024:05:06 07:08:09' -OffsetTimeOriginal=+99:00", "2024-5-6 7:8:9.0"},
+        {"-DateTimeOriginal='2024:05:06 07:08:09' -OffsetTimeOriginal=Z", "2024-5-6 7:8:9.0 +0"}};
+    int number = 0;
+    for (const auto& [tags, expected] : cases) {
+        const std::string name = std::to_string(++number) + ".jpg";
+        run(folder, "exiftool -q -n " + std::string(tags) + " plain.jpg -o " + name);
+        EXPECT_EQ(captured(infoOf(folder / name)), expected) << tags;
+    }
+    run(folder, "heif-enc 2.jpg -o 2.heic && vips copy 2.jpg 2.webp && vips copy 2.jpg 2.png &&"
+                " vips copy plain.jpg 2.tif && exiftool -q -overwrite_original -tagsfromfile 2.jpg"
+                " -exif:all 2.tif");
+    for (const char* name : {"2.heic", "2.webp", "2.png", "2.tif"})
+        EXPECT_EQ(captured(infoOf(folder / name)), "2024-2-29 7:8:9.120 +330") << name;
+}
+
+TEST(ImagingInspection, SaysWhatTheMetadataTrulyTells) {
+    const Folder folder;
+    writeJpeg(folder / "a.jpg", quarters(64, 48));
+    write(folder / "a.dng", rawDng(640, 480, "2024:05:06 07:08:09"));
+    run(folder,
+        "exiftool -q -UserComment=Screenshot a.jpg -o shot.jpg &&"
+        " exiftool -q '-LensModel=Phone 12 front camera 2.71mm f/2.2' a.jpg -o self.jpg &&"
+        " exiftool -q '-LensModel=Phone 12 back camera 4.2mm f/1.6' a.jpg -o back.jpg &&"
+        " vips copy a.jpg a.png && exiftool -q -PNG:Software=gnome-screenshot a.png -o s.png"
+        " && vips rot a.jpg b.jpg d180 && ffmpeg -v error -framerate 5 -i a.jpg -framerate 5 -i b.jpg -filter_complex"
+        " concat=n=2 -r 5 moving.gif && ffmpeg -v error -i moving.gif moving.webp");
+    EXPECT_TRUE(infoOf(folder / "shot.jpg").screenshot);
+    EXPECT_TRUE(infoOf(folder / "s.png").screenshot);
+    EXPECT_TRUE(infoOf(folder / "self.jpg").selfie);
+    EXPECT_FALSE(infoOf(folder / "back.jpg").selfie);
+    EXPECT_TRUE(infoOf(folder / "moving.gif").animated);
+    EXPECT_TRUE(infoOf(folder / "moving.webp").animated);
+    const auto raw = infoOf(folder / "a.dng");
+    EXPECT_TRUE(raw.raw);
+    EXPECT_EQ(raw.contentType, "com.adobe.raw-image");
+    EXPECT_EQ(raw.width, 480U);
+    EXPECT_EQ(captured(raw), "2024-5-6 7:8:9.0");
+}
+
+TEST(ImagingInspection, VideosTellTheirTimeAndLength) {
+    const Folder folder;
+    run(folder, "ffmpeg -v error -f lavfi -i testsrc=s=320x240:d=2 -c:v mpeg4 -metadata "
+                "creation_time=2024-05-06T07:08:09.120000Z a.mp4 && "
+                "ffmpeg -v error -i a.mp4 -c copy -movflags use_metadata_tags -metadata "
+                "com.apple.quicktime.creationdate=2024-05-06T09:08:09+0200 a.mov && "
+                "ffmpeg -v error -i a.mp4 -c copy -map_metadata -1 a.mkv && "
+                "ffmpeg -v error -i a.mp4 -c:v mpeg2video a.ts && "
+                "ffmpeg -v error -f lavfi -i sine=d=1 sound.m4a");
+    const auto mp4 = infoOf(folder / "a.mp4", MediaKind::video);
+    EXPECT_EQ(mp4.contentType, "public.mpeg-4");
+    EXPECT_NEAR(mp4.durationSeconds, 2, 0.1);
+    EXPECT_EQ(captured(mp4), "2024-5-6 7:8:9.0 +0"); // the container counts in seconds
+    const auto mov = infoOf(folder / "a.mov", MediaKind::video);
+    EXPECT_EQ(mov.contentType, "com.apple.quicktime-movie");
+    EXPECT_EQ(captured(mov), "2024-5-6 9:8:9.0 +120");
+    EXPECT_EQ(captured(infoOf(folder / "a.mkv", MediaKind::video)), "none");
+    EXPECT_EQ(infoOf(folder / "a.ts", MediaKind::video).contentType,
+              "public.mpeg-2-transport-stream");
+    EXPECT_EQ(failureOf(folder / "sound.m4a", MediaKind::video), "The file holds no video.");
+}
+
+TEST(ImagingInspection, DoesNotMoveTheCallersPlaceAndTakesWritableFiles) {
+    const Folder folder;
+    writeJpeg(folder / "a.jpg", quarters(64, 48));
+    const local::UniqueFd file(::open((folder / "a.jpg").c_str(), O_RDWR | O_CLOEXEC));
+    lseek(file.get(), 7, SEEK_SET);
+    local::Inspection inspection(file.get(), MediaKind::photo);
+    EXPECT_TRUE(std::holds_alternative<local::MediaInfo>(inspection.finish()));
+    EXPECT_EQ(lseek(file.get(), 0, SEEK_CUR), 7);
+}
+
+TEST(ImagingInspection, ManyMayBeUnfinishedAtOnce) {
+    const Folder folder;
+    writeJpeg(folder / "a.jpg", quarters(64, 48));
+    const local::UniqueFd file = open(folder / "a.jpg");
+    std::vector<std::unique_ptr<local::Inspection>> all;
+    for (int i = 0; i < 12; ++i)
+        all.push_back(std::make_unique<local::Inspection>(file.get(), MediaKind::photo));
+    { const local::Inspection abandoned(file.get(), MediaKind::photo); }
+    for (const auto& inspection : all)
+        EXPECT_TRUE(std::holds_alternative<local::MediaInfo>(inspection->finish()));
+}
+
+} // namespace
