@@ -18,7 +18,7 @@ final class ContactSheetPage {
             .picture { position: relative; aspect-ratio: 4 / 3; border-radius: 8px;
                        overflow: hidden; background: #23262c; display: grid;
                        place-items: center; color: #6d737b; }
-            img { width: 100%; height: 100%; object-fit: cover; }
+            img { position: absolute; width: 100%; height: 100%; object-fit: cover; }
             .video::after { content: "▶"; position: absolute; left: 10px; bottom: 10px;
                             width: 30px; height: 30px; border-radius: 50%; color: #fff;
                             background: #000a; font-size: 13px; line-height: 30px;

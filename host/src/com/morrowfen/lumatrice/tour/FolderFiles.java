@@ -38,7 +38,7 @@ final class FolderFiles {
 
             @Override
             public FileVisitResult visitFileFailed(Path file, IOException cause) {
-                System.out.println("  not readable: " + file);
+                System.out.println(Printable.line("  not readable: " + file));
                 return FileVisitResult.CONTINUE;
             }
         });

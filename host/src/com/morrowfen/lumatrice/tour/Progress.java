@@ -39,8 +39,8 @@ abstract class Progress {
     }
 
     private static final class Bar extends Progress {
-        private static final int BAR_WIDTH = 30;
-        private static final int NAME_WIDTH = 30;
+        private static final int BAR_WIDTH = 24;
+        private static final int NAME_WIDTH = 24;
 
         Bar(String action, int total) {
             super(action, total);
@@ -50,7 +50,7 @@ abstract class Progress {
         protected void show(String action, int done, int total, String name) {
             int filled = (int) ((long) BAR_WIDTH * done / total);
             String bar = "█".repeat(filled) + "░".repeat(BAR_WIDTH - filled);
-            String shown = name.replaceAll("\\p{Cntrl}", " ");
+            String shown = Printable.line(name);
             shown = shown.length() > NAME_WIDTH ? shown.substring(0, NAME_WIDTH) : shown;
             System.out.printf("\r%s %s %,d/%,d %-" + NAME_WIDTH + "s", action, bar, done, total,
                     shown);

@@ -11,7 +11,7 @@ final class ShortText {
      * the start of a file's name and its extension both show.
      */
     static String fitting(String text, FontMetrics metrics, int width) {
-        String line = text.replaceAll("\\p{Cntrl}", " ");
+        String line = Printable.line(text);
         if (metrics.stringWidth(line) <= width) {
             return line;
         }

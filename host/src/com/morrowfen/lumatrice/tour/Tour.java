@@ -39,8 +39,8 @@ public final class Tour {
         System.out.printf("Importing %,d files from %s%n", files.size(), folder);
         ImportResult result = new Importer(photos, ImportLog.ofHome()).importAll(files);
         result.failures().forEach(failure ->
-                System.out.println("  not imported: " + folder.relativize(failure.file()) + ": "
-                        + failure.reason()));
+                System.out.println("  not imported: " + Printable.line(
+                        folder.relativize(failure.file()) + ": " + failure.reason())));
 
         int count = photos.nativeAssetCount();
         List<Asset> assets = new Listing(photos).all();
@@ -53,9 +53,7 @@ public final class Tour {
                         .renderAll(assets, output.resolve("thumbnails"));
         Duration renderTime = rendering.elapsed();
 
-        String title = folder.toAbsolutePath().normalize().getFileName() == null
-                ? "Photos"
-                : folder.toAbsolutePath().normalize().getFileName().toString();
+        String title = titleOf(folder);
         Path page = ContactSheetPage.write(title, thumbnails, output);
         Path picture = ContactSheetPicture.write(title, thumbnails, output);
         System.out.println("Contact sheet: " + page);
@@ -63,6 +61,11 @@ public final class Tour {
         System.out.println(
                 Figures.closingLine(files.size(), result, thumbnails, renderTime));
         return result.imported() > 0;
+    }
+
+    private static String titleOf(Path folder) throws IOException {
+        Path name = folder.toRealPath().getFileName();
+        return name == null ? folder.toString() : name.toString();
     }
 
     private static String describeAccess(int access) {
