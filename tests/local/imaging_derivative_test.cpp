@@ -3,7 +3,9 @@
 
 #include "platform/local/imaging/derivative_file.h"
 
+#include <atomic>
 #include <chrono>
+#include <memory>
 #include <thread>
 
 #include <fcntl.h>
@@ -12,28 +14,31 @@ using namespace imaging_test;
 
 namespace {
 
-class ImagingDerivative : public testing::Test {
-protected:
+// What the sources' closures use: they may be called after the test has ended.
+struct Files {
     const Folder folder;
     local::UniqueFd derivatives;
+    std::atomic<int> opened = 0;
+};
+
+class ImagingDerivative : public testing::Test {
+protected:
+    const std::shared_ptr<Files> files = std::make_shared<Files>();
+    const Folder& folder = files->folder;
+    std::atomic<int>& opened = files->opened;
     local::PictureSource source;
-    int opened = 0;
 
     void SetUp() override {
         fs::create_directory(folder / "derivatives");
-        derivatives.reset(::open((folder / "derivatives").c_str(), O_DIRECTORY | O_CLOEXEC));
+        files->derivatives.reset(::open((folder / "derivatives").c_str(), O_DIRECTORY | O_CLOEXEC));
         // Another key for each test: the process remembers what it could not make.
         static int number = 10;
-        useFile("a.jpg", "abcdef00" + std::to_string(++number));
-    }
-
-    void useFile(const std::string& name, const std::string& key) {
-        source = {local::MediaKind::photo, key,
-                  [this, name] {
-                      ++opened;
-                      return open(folder / name);
+        source = {local::MediaKind::photo, "abcdef00" + std::to_string(++number),
+                  [kept = files] {
+                      ++kept->opened;
+                      return open(kept->folder / "a.jpg");
                   },
-                  [this] { return derivatives.get(); }};
+                  [kept = files] { return kept->derivatives.get(); }};
     }
 
     fs::path derivative() const {
@@ -98,8 +103,8 @@ TEST_F(ImagingDerivative, IsNotMadeWhereItWouldNotPay) {
 
 TEST_F(ImagingDerivative, NamesStayInsideTheFolderAndFailuresAreSilent) {
     for (const char* key : {"", "ab", "../../../etc", "ABCDEF0011", "abcdef00/1122"}) {
-        local::imaging::writeDerivative(derivatives.get(), key, {1, 2, 3});
-        EXPECT_FALSE(local::imaging::openDerivative(derivatives.get(), key)) << key;
+        local::imaging::writeDerivative(files->derivatives.get(), key, {1, 2, 3});
+        EXPECT_FALSE(local::imaging::openDerivative(files->derivatives.get(), key)) << key;
     }
     EXPECT_TRUE(fs::is_empty(folder / "derivatives"));
     writeJpeg(folder / "a.jpg", quarters(2400, 1600));
