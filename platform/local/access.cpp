@@ -28,7 +28,8 @@ long authorizationStatusForAccessLevel(long) {
 void requestAuthorizationForAccessLevel(long accessLevel,
                                         std::function<void(long status)> handler) {
     // The owner's access was granted when the library was made: there is nobody to ask.
-    handler(authorizationStatusForAccessLevel(accessLevel));
+    const auto answer = std::move(handler);
+    answer(authorizationStatusForAccessLevel(accessLevel));
 }
 
 } // namespace platform
