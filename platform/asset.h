@@ -51,8 +51,22 @@ struct NSSortDescriptor {
     bool ascending = true;
 };
 
+// A condition, by its format and the text bound to its "%@".
+struct NSPredicate {
+    std::string format;
+    std::string argument;
+};
+
+// The one condition that is asked for.
+inline constexpr std::string_view localIdentifierPredicateFormat = "localIdentifier == %@";
+
+inline NSPredicate predicateWithFormat(std::string_view format, std::string argument) {
+    return NSPredicate{std::string(format), std::move(argument)};
+}
+
 struct PHFetchOptions {
     std::vector<NSSortDescriptor> sortDescriptors; // empty: the library's own order
+    std::optional<NSPredicate> predicate;
 };
 
 // What a fetch found: a snapshot of the library at the moment of the fetch. Counting costs
