@@ -86,7 +86,8 @@ TEST(ImagingInspection, SaysWhatTheMetadataTrulyTells) {
         " exiftool -q '-LensModel=Phone 12 front camera 2.71mm f/2.2' a.jpg -o self.jpg &&"
         " exiftool -q '-LensModel=Phone 12 back camera 4.2mm f/1.6' a.jpg -o back.jpg &&"
         " vips copy a.jpg a.png && exiftool -q -PNG:Software=gnome-screenshot a.png -o s.png"
-        " && vips rot a.jpg b.jpg d180 && ffmpeg -v error -framerate 5 -i a.jpg -framerate 5 -i b.jpg -filter_complex"
+        " && vips rot a.jpg b.jpg d180 && ffmpeg -v error -framerate 5 -i a.jpg -framerate 5 -i "
+        "b.jpg -filter_complex"
         " concat=n=2 -r 5 moving.gif && ffmpeg -v error -i moving.gif moving.webp");
     EXPECT_TRUE(infoOf(folder / "shot.jpg").screenshot);
     EXPECT_TRUE(infoOf(folder / "s.png").screenshot);

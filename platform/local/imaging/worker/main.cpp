@@ -25,7 +25,9 @@
 
 #ifdef __SANITIZE_THREAD__
 // GLib and libvips were not built with the sanitizer, which takes their locks for missing.
-extern "C" const char* __tsan_default_options() { return "ignore_noninstrumented_modules=1"; }
+extern "C" const char* __tsan_default_options() {
+    return "ignore_noninstrumented_modules=1";
+}
 #endif
 
 namespace local::imaging {
