@@ -33,7 +33,7 @@ class WorkerPool {
 public:
     static WorkerPool& shared(); // never destroyed: the host may end while others still call
 
-    explicit WorkerPool(std::size_t limit) : limit_(limit) {}
+    explicit WorkerPool(std::size_t limit) : limit_(limit) { idle_.reserve(limit); }
 
     WorkerLease acquire();                     // waits for a free one, without limit
     std::unique_ptr<WorkerLease> tryAcquire(); // null when none is free

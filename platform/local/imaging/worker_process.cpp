@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -71,10 +72,12 @@ struct SpawnSettings {
 // The host's variables stay the host's. UTC: RAW time stamps pass through mktime and back.
 // VIPSHOME: keeps libvips from loading every module it finds; the worker loads the two it needs.
 std::array<char*, 5> workerEnvironment() {
-    static std::array<std::string, 4> variables{"TZ=UTC", "LC_ALL=C", "OMP_NUM_THREADS=1",
-                                                "VIPSHOME=/nonexistent"};
-    return {variables[0].data(), variables[1].data(), variables[2].data(), variables[3].data(),
-            nullptr};
+    // Arrays, because an object would be destroyed while the host ends and others still call.
+    static char timeZone[] = "TZ=UTC";
+    static char locale[] = "LC_ALL=C";
+    static char rawThreads[] = "OMP_NUM_THREADS=1";
+    static char noModules[] = "VIPSHOME=/nonexistent";
+    return {timeZone, locale, rawThreads, noModules, nullptr};
 }
 
 bool waitUntilReadable(int fd, Clock::time_point deadline) {
@@ -114,9 +117,17 @@ std::optional<Pixels> copyPixels(int memory, const CheckedPicture& picture) {
 } // namespace
 
 WorkerProcess::WorkerProcess(pid_t pid, UniqueFd processFd, UniqueFd socket)
-    : pid_(pid), processFd_(std::move(processFd)), socket_(std::move(socket)) {}
+    : owner_(getpid()), pid_(pid), processFd_(std::move(processFd)), socket_(std::move(socket)) {}
 
-std::unique_ptr<WorkerProcess> WorkerProcess::start(bool background) {
+std::unique_ptr<WorkerProcess> WorkerProcess::start(bool background) noexcept {
+    try {
+        return startOrThrow(background);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
+std::unique_ptr<WorkerProcess> WorkerProcess::startOrThrow(bool background) {
     std::string program = programPath();
     std::array<int, 2> pair{};
     if (program.empty() || socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
@@ -148,6 +159,8 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(bool background) {
 
 WorkerProcess::~WorkerProcess() {
     socket_.reset();
+    if (owner_ != getpid())
+        return;
     if (processFd_)
         syscall(SYS_pidfd_send_signal, processFd_.get(), SIGKILL, nullptr, 0);
     else
@@ -160,7 +173,7 @@ WorkerProcess::~WorkerProcess() {
 
 bool WorkerProcess::isWaiting() const {
     pollfd entry{socket_.get(), POLLIN, 0};
-    return poll(&entry, 1, 0) == 0;
+    return owner_ == getpid() && poll(&entry, 1, 0) == 0;
 }
 
 bool WorkerProcess::send(const Request& request, int file) {

@@ -24,7 +24,7 @@ class WorkerProcess {
 public:
     // Starts a worker and waits until its sandbox is up; null when that cannot be done. A
     // background worker runs at the lowest priority.
-    static std::unique_ptr<WorkerProcess> start(bool background);
+    static std::unique_ptr<WorkerProcess> start(bool background) noexcept;
 
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
@@ -43,7 +43,9 @@ public:
 
 private:
     WorkerProcess(pid_t pid, UniqueFd processFd, UniqueFd socket);
+    static std::unique_ptr<WorkerProcess> startOrThrow(bool background);
 
+    pid_t owner_; // a forked copy of the host has the socket too, but the worker is not its own
     pid_t pid_;
     UniqueFd processFd_; // names the process even if a stranger has reaped it
     UniqueFd socket_;

@@ -189,9 +189,9 @@ void limitResources() {
     limit(RLIMIT_FSIZE, 512 << 20); // of the memfd: the largest picture is 324 MB
     if (kSanitized)
         return;
-    // What the largest stills of today need, with room: 100 megapixels of JPEG XL take 2.4 GB
-    // while they are decoded, of a progressive JPEG at full size 1.3 GB.
-    limit(RLIMIT_AS, rlim_t{4} << 30);
+    // Twice what the largest stills of today were seen to need: 100 megapixels at full size take
+    // up 0.8 GB of addresses as JPEG, 1.5 as JPEG XL, 1.6 as AVIF.
+    limit(RLIMIT_AS, rlim_t{3} << 30);
 }
 
 void renewProcessorTime() {

@@ -28,7 +28,7 @@ using Image = std::unique_ptr<VipsImage, Unref>;
 class Source {
 public:
     explicit Source(const FileInput& input) : input_(input) {
-        constexpr std::uint64_t kMostMapped = 1 << 30; // of the 4 GiB that this process has
+        constexpr std::uint64_t kMostMapped = 1 << 30; // of the 3 GiB that this process has
         if (input.size() <= kMostMapped)
             mapping_.emplace(input);
         if (mapping_ && mapping_->bytes())
