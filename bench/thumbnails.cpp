@@ -169,11 +169,12 @@ void memory(const Settings& settings) {
 }
 
 const Registration registrations[] = {
+    // First, before peers have grown this process.
+    {"thumbnails-memory", "what the host keeps after many thumbnails", memory},
     {"thumbnails-jpeg", "first thumbnails of large JPEGs", jpeg},
     {"thumbnails-repeated", "thumbnails from a kept derivative", repeated},
     {"thumbnails-stills", "first thumbnails of other stills", stills},
     {"thumbnails-video", "posters of videos", videos},
-    {"thumbnails-memory", "what the host keeps after many thumbnails", memory},
 };
 
 } // namespace

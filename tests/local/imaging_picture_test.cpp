@@ -127,6 +127,17 @@ TEST(ImagingPicture, HeifIsTurnedOnce) {
     }
 }
 
+TEST(ImagingPicture, HeifPreviewsServeSmallTargetsOnly) {
+    const Folder folder;
+    writeJpeg(folder / "a.jpg", quarters(1280, 640));
+    run(folder, "heif-enc --thumb 320 a.jpg -o a.heic");
+    for (const double side : {100.0, 300.0}) {
+        const auto picture = cover(folder / "a.heic", side, side);
+        EXPECT_EQ(sizeOf(picture), side == 100 ? "200x100" : "600x300");
+        EXPECT_TRUE(showsCorners(picture, {kRed, kGreen, kBlue, kWhite}, 12));
+    }
+}
+
 TEST(ImagingPicture, ColoursBecomeSrgb) {
     const Folder folder;
     writeJpeg(folder / "plain.jpg", flat(400, 300, {200, 100, 50}), 100);

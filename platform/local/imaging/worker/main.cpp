@@ -136,6 +136,10 @@ void serve(const Request& request, UniqueFd file) {
 bool prepare() {
     tzset();
     mallopt(M_ARENA_MAX, 2); // each arena takes 64 MiB of the bounded addresses
+    // Pages that go back to the system after one picture have to be cleared again for the next;
+    // serve() gives back what is too much.
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 128 << 20);
     std::array<std::uint8_t, 3> black{};
     convertAdobeRgbToSrgb(black);
     g_memoryUse = UniqueFd(open("/proc/self/statm", O_RDONLY | O_CLOEXEC));

@@ -155,35 +155,64 @@ ColourPlan colourPlan(VipsImage* header) {
     }
 }
 
-// By how much to average the picture down before libvips resizes it, which is what takes its time
-// when its vector code is off; 1 where libvips has something better: a smaller version in the
-// file, a decoder that shrinks, or an alpha channel to be weighed.
-int averagingFactor(VipsImage* header, Size displayed, Size wanted, FileFormat format) {
-    const bool plain = (format == FileFormat::png || format == FileFormat::tiff ||
-                        format == FileFormat::gif || format == FileFormat::jpegXl) &&
-                       vips_image_get_n_pages(header) == 1 &&
-                       vips_image_get_n_subifds(header) == 0 && !vips_image_hasalpha(header);
-    if (!plain)
-        return 1;
+bool isHeif(FileFormat format) {
+    return format == FileFormat::heic || format == FileFormat::heif || format == FileFormat::avif;
+}
+
+// The preview in a HEIF file where it shows the whole view with enough pixels, else the picture.
+Image openEnough(const Source& source, Size wanted, FileFormat format) {
+    Image image = openHeader(source);
+    if (!isHeif(format))
+        return image;
+    Image preview(vips_image_new_from_source(source.get(), "", "access", VIPS_ACCESS_SEQUENTIAL,
+                                             "thumbnail", TRUE, nullptr));
+    vips_error_clear();
+    if (!preview)
+        return image;
+    const Size whole = displayedSize(image.get());
+    const Size small = displayedSize(preview.get());
+    const double aspects =
+        double(small.width) * whole.height / (double(small.height) * whole.width);
+    const bool enough = small.width >= wanted.width && small.height >= wanted.height &&
+                        aspects > 0.98 && aspects < 1.02;
+    return enough ? std::move(preview) : std::move(image);
+}
+
+// Whether libvips has something better than averaging: a decoder that shrinks, smaller versions
+// in the file.
+bool shrinksByItself(VipsImage* header, FileFormat format) {
+    return format == FileFormat::webp || format == FileFormat::jpeg ||
+           (format == FileFormat::tiff &&
+            (vips_image_get_n_pages(header) > 1 || vips_image_get_n_subifds(header) > 0));
+}
+
+// Averages the picture down to at least twice the size. libvips's own filters, which do the rest
+// better, take their time over a whole picture when its vector code is off. Left alone where
+// there is an alpha channel to be weighed.
+void average(Image& image, Size wanted) {
+    const Size full = displayedSize(image.get());
     const double reduction =
-        std::min(double(displayed.width) / wanted.width, double(displayed.height) / wanted.height);
-    return std::max(1, static_cast<int>(reduction / 2)); // the rest by a better filter
+        std::min(double(full.width) / wanted.width, double(full.height) / wanted.height);
+    const int factor = static_cast<int>(reduction / 2);
+    if (factor > 1 && !vips_image_hasalpha(image.get()))
+        apply(image, vips_shrink, double(factor), double(factor));
 }
 
 // Null when it cannot be done.
-Image thumbnail(const Source& source, Size size, const ColourPlan& colours, int factor) {
+Image thumbnail(const Source& source, Size size, const ColourPlan& colours, FileFormat format) {
     VipsImage* result = nullptr;
     const auto width = static_cast<int>(size.width);
     const auto height = static_cast<int>(size.height);
-    if (factor > 1) {
-        Image image = openHeader(source);
-        apply(image, vips_shrink, double(factor), double(factor));
-        vips_thumbnail_image(image.get(), &result, width, "height", height, "size", VIPS_SIZE_FORCE,
-                             "import_profile", colours.from, "export_profile", colours.to, nullptr);
-    } else {
+    Image image = openEnough(source, size, format);
+    if (shrinksByItself(image.get(), format)) {
+        image.reset();
         vips_thumbnail_source(source.get(), &result, width, "height", height, "size",
                               VIPS_SIZE_FORCE, "import_profile", colours.from, "export_profile",
                               colours.to, nullptr);
+    } else {
+        average(image, size);
+        vips_thumbnail_image(image.get(), &result, width, "height", height, "size", VIPS_SIZE_FORCE,
+                             "import_profile", colours.from, "export_profile", colours.to, nullptr);
     }
     vips_error_clear();
     return Image(result);
@@ -271,13 +300,12 @@ Picture pictureWithVips(const FileInput& input, const Target& target, FileFormat
         throw Failure{Outcome::tooLarge};
     const Size wanted = outputSize(picture.source, target);
     const ColourPlan colours = colourPlan(header.get());
-    const int factor = averagingFactor(header.get(), picture.source, wanted, format);
     header.reset();
 
-    Image image = thumbnail(source, wanted, colours, factor);
+    Image image = thumbnail(source, wanted, colours, format);
     // A profile that is for another kind of picture.
     if (!image && !colours.from && colours.to)
-        image = thumbnail(source, wanted, {}, factor);
+        image = thumbnail(source, wanted, {}, format);
     if (!image)
         throw Failure{Outcome::damaged};
     makeRgb(image);
