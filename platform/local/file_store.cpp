@@ -102,6 +102,11 @@ std::string hexadecimal(const ContentHash& hash) {
     return text;
 }
 
+bool isLinked(int file) {
+    struct stat status {};
+    return fstat(file, &status) == 0 && status.st_nlink > 0;
+}
+
 void FileStore::create() const {
     for (const char* name : {"originals", "incoming", "derivatives"}) {
         if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
@@ -165,8 +170,10 @@ void FileStore::sweep(const std::function<bool(const Uuid&)>& isCatalogued,
         const UniqueFd marker(openat(incoming.get(), markerName.c_str(), O_RDWR | O_CLOEXEC));
         if (isMarker && !marker)
             continue; // its importer has just finished
-        if (marker && flock(marker.get(), LOCK_EX | LOCK_NB) != 0)
-            continue; // its importer is at work
+        // Locked: its importer is at work. No longer linked: another sweep has been here, and an
+        // importer may have begun again under this name.
+        if (marker && (flock(marker.get(), LOCK_EX | LOCK_NB) != 0 || !isLinked(marker.get())))
+            continue;
         if (!prepared)
             beforeRemoval();
         prepared = true;

@@ -27,6 +27,9 @@ std::optional<Uuid> uuidFromText(std::string_view text);
 Uuid randomUuid();
 std::string hexadecimal(const ContentHash& hash); // 32 lower-case digits
 
+// Whether the open file still has a name.
+bool isLinked(int file);
+
 class FileStore {
 public:
     // `folder` is the library's folder; borrowed.

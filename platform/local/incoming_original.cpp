@@ -112,12 +112,14 @@ void IncomingOriginal::makeMarker() {
                              O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
         if (!marker_)
             copyFailed("creating", errno);
-        // A sweeping process may take the marker for a dead one's before it is locked.
-        struct stat made {};
-        if (flock(marker_.get(), LOCK_EX | LOCK_NB) == 0 && fstat(marker_.get(), &made) == 0 &&
-            made.st_nlink > 0)
+        // A sweeping process may take the marker for a dead one's before it is locked here. It
+        // removes by name, so this waits until it is through, and then begins again.
+        while (flock(marker_.get(), LOCK_EX) != 0) {
+            if (errno != EINTR)
+                copyFailed("locking", errno);
+        }
+        if (isLinked(marker_.get()))
             return;
-        unlinkat(store_.folder(), markerPath_.c_str(), 0);
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <thread>
 
 namespace local {
 
@@ -106,7 +107,10 @@ std::shared_ptr<Library> Library::open() {
 }
 
 Library::Library(const std::string& path) : folder_(openFolder(path)), files_(folder_.get()) {
-    prepareCatalogue(path);
+    // SQLite does not wait where two processes that change a new file to write-ahead logging could
+    // wait for each other.
+    while (!tryToPrepareCatalogue(path))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     if (fstatat(folder_.get(), "library.db", &catalogueFile_, 0) != 0)
         throw systemError("The library's catalogue could not be examined", errno);
     if (readOnly_)
@@ -137,6 +141,19 @@ bool Library::stillAt(const std::string& path) const {
     struct stat now {};
     return stat((path + "/library.db").c_str(), &now) == 0 && now.st_dev == catalogueFile_.st_dev &&
            now.st_ino == catalogueFile_.st_ino;
+}
+
+bool Library::tryToPrepareCatalogue(const std::string& path) {
+    try {
+        prepareCatalogue(path);
+        return true;
+    } catch (const LibraryError& error) {
+        const bool busy = error.error().domain == sqliteErrorDomain &&
+                          (error.error().code & 0xff) == SQLITE_BUSY;
+        if (!busy)
+            throw;
+        return false;
+    }
 }
 
 void Library::prepareCatalogue(const std::string& path) {

@@ -62,6 +62,7 @@ private:
 
     bool stillAt(const std::string& path) const;
     std::unique_ptr<CatalogueConnection> connect();
+    bool tryToPrepareCatalogue(const std::string& path); // false: another process is at it
     void prepareCatalogue(const std::string& path);
     void giveBack(std::unique_ptr<CatalogueConnection> connection);
 

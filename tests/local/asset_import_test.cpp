@@ -216,6 +216,34 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     EXPECT_EQ(filesBelow(home.library() / "incoming"), std::vector<std::string>{"notes.txt"});
 }
 
+TEST(Sweeping, DoesNotDisturbImportersThatAreJustBeginning) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("a.jpg"));
+    platform::fetchAssetsWithOptions({});
+    const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
+    const local::FileStore store(folder.get());
+    std::atomic<bool> stop = false;
+    std::vector<std::thread> sweepers;
+    for (int i = 0; i < 2; ++i) {
+        sweepers.emplace_back([&] {
+            while (!stop)
+                store.sweep(
+                    [](const local::Uuid& uuid) {
+                        return assetWith(local::assetIdentifier(uuid)).has_value();
+                    },
+                    [] {});
+        });
+    }
+    int refused = 0;
+    for (int i = 0; i < 150; ++i)
+        refused += !importFile(picture).identifier;
+    stop = true;
+    for (std::thread& sweeper : sweepers)
+        sweeper.join();
+    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 150u);
+}
+
 TEST(AssetImport, ProcessesAndThreadsImportSideBySide) {
     const ScratchHome home;
     const auto picture = writePicture(home.file("a.jpg"));
