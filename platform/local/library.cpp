@@ -148,8 +148,8 @@ bool Library::tryToPrepareCatalogue(const std::string& path) {
         prepareCatalogue(path);
         return true;
     } catch (const LibraryError& error) {
-        const bool busy = error.error().domain == sqliteErrorDomain &&
-                          (error.error().code & 0xff) == SQLITE_BUSY;
+        const bool busy =
+            error.error().domain == sqliteErrorDomain && (error.error().code & 0xff) == SQLITE_BUSY;
         if (!busy)
             throw;
         return false;
