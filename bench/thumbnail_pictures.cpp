@@ -38,7 +38,7 @@ int save(VipsImage* image, const std::string& path) {
 std::filesystem::path photograph(const Settings& settings, const std::string& name, int width,
                                  int height) {
     const auto folder = settings.folder / "pictures";
-    const auto path = folder / name;
+    auto path = folder / name;
     if (std::filesystem::exists(path))
         return path;
     std::filesystem::create_directories(folder);
@@ -57,7 +57,7 @@ std::filesystem::path photograph(const Settings& settings, const std::string& na
 }
 
 std::filesystem::path video(const Settings& settings) {
-    const auto path = settings.folder / "pictures" / "video.mp4";
+    auto path = settings.folder / "pictures" / "video.mp4";
     if (std::filesystem::exists(path))
         return path;
     std::filesystem::create_directories(path.parent_path());

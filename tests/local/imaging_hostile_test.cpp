@@ -123,9 +123,9 @@ TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
     write(folder / "huge.jpg", jpeg);
     jpeg[frame + 1] = '\xc2'; // and progressive
     write(folder / "progressive.jpg", jpeg);
-    write(folder / "huge.gif", std::string("GIF89a\xff\xff\xff\xff\x80\0\0\0\0\0\xff\xff\xff,\0\0\0"
-                                           "\0\xff\xff\xff\xff\0\2\2D\1\0;",
-                                           36));
+    using namespace std::string_literals;
+    write(folder / "huge.gif", "GIF89a\xff\xff\xff\xff\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0"
+                               "\xff\xff\xff\xff\0\2\2D\1\0;"s);
     std::string dng = rawDng(64, 48, "2024:05:06 07:08:09");
     std::string loop = dng;
     std::memcpy(loop.data() + loop.size() - 4, "\x08\0\0\0", 4);

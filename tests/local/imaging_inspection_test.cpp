@@ -138,9 +138,9 @@ TEST(ImagingInspection, ManyMayBeUnfinishedAtOnce) {
     const Folder folder;
     writeJpeg(folder / "a.jpg", quarters(64, 48));
     const local::UniqueFd file = open(folder / "a.jpg");
-    std::vector<std::unique_ptr<local::Inspection>> all;
-    for (int i = 0; i < 12; ++i)
-        all.push_back(std::make_unique<local::Inspection>(file.get(), MediaKind::photo));
+    std::vector<std::unique_ptr<local::Inspection>> all(12);
+    for (auto& inspection : all)
+        inspection = std::make_unique<local::Inspection>(file.get(), MediaKind::photo);
     { const local::Inspection abandoned(file.get(), MediaKind::photo); }
     for (const auto& inspection : all)
         EXPECT_TRUE(std::holds_alternative<local::MediaInfo>(inspection->finish()));

@@ -1,77 +1,20 @@
 #include "platform/local/imaging/worker/vips_picture.h"
 
 #include "platform/local/imaging/worker/exif.h"
-#include "platform/local/imaging/worker/mapping.h"
+#include "platform/local/imaging/worker/vips_source.h"
 
-#include <array>
 #include <memory>
-#include <new>
 #include <string>
 
-#include <dlfcn.h>
-#include <gmodule.h>
 #include <vips/vips.h>
-
-#include <vips/vector.h> // after vips.h, which it needs
 
 namespace local::imaging {
 
 namespace {
 
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
-};
 using Image = std::unique_ptr<VipsImage, Unref>;
 
-// The mapped file, which spares a copy of it; a file too large for that is read with pread (see
-// input.h).
-class Source {
-public:
-    explicit Source(const FileInput& input) : input_(input) {
-        constexpr std::uint64_t kMostMapped = 1 << 30; // of the 3 GiB that this process has
-        if (input.size() <= kMostMapped)
-            mapping_.emplace(input);
-        if (mapping_ && mapping_->bytes())
-            source_.reset(vips_source_new_from_memory(mapping_->bytes(), mapping_->size()));
-        else
-            source_.reset(readingSource());
-        if (!source_)
-            throw std::bad_alloc();
-    }
-    VipsSource* get() const { return source_.get(); }
-
-private:
-    VipsSource* readingSource() {
-        VipsSourceCustom* custom = vips_source_custom_new();
-        g_signal_connect(custom, "read", G_CALLBACK(onRead), this);
-        g_signal_connect(custom, "seek", G_CALLBACK(onSeek), this);
-        return VIPS_SOURCE(custom);
-    }
-    static gint64 onRead(VipsSourceCustom*, void* to, gint64 length, void* self) {
-        auto& source = *static_cast<Source*>(self);
-        const auto got =
-            source.input_.readAt(source.position_, to, static_cast<std::size_t>(length));
-        source.position_ += got;
-        return static_cast<gint64>(got);
-    }
-    static gint64 onSeek(VipsSourceCustom*, gint64 offset, int whence, void* self) {
-        auto& source = *static_cast<Source*>(self);
-        const auto base = static_cast<gint64>(whence == SEEK_CUR   ? source.position_
-                                              : whence == SEEK_END ? source.input_.size()
-                                                                   : 0);
-        if (offset > INT64_MAX - base || base + offset < 0)
-            return -1;
-        source.position_ = static_cast<std::uint64_t>(base + offset);
-        return base + offset;
-    }
-
-    const Input& input_;
-    std::uint64_t position_ = 0;
-    std::optional<Mapping> mapping_;
-    std::unique_ptr<VipsSource, Unref> source_;
-};
-
-Image openHeader(const Source& source) {
+Image openHeader(const VipsInput& source) {
     Image image(
         vips_image_new_from_source(source.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, nullptr));
     vips_error_clear();
@@ -160,7 +103,7 @@ bool isHeif(FileFormat format) {
 }
 
 // The preview in a HEIF file where it shows the whole view with enough pixels, else the picture.
-Image openEnough(const Source& source, Size wanted, FileFormat format) {
+Image openEnough(const VipsInput& source, Size wanted, FileFormat format) {
     Image image = openHeader(source);
     if (!isHeif(format))
         return image;
@@ -199,7 +142,7 @@ void average(Image& image, Size wanted) {
 }
 
 // Null when it cannot be done.
-Image thumbnail(const Source& source, Size size, const ColourPlan& colours, FileFormat format) {
+Image thumbnail(const VipsInput& source, Size size, const ColourPlan& colours, FileFormat format) {
     VipsImage* result = nullptr;
     const auto width = static_cast<int>(size.width);
     const auto height = static_cast<int>(size.height);
@@ -229,54 +172,10 @@ std::vector<std::uint8_t> pixelsOf(const Image& image) {
     return {first, first + size};
 }
 
-// GLib's warnings are about strangers' files and would go to the host's standard error.
-GLogWriterOutput dropWarning(GLogLevelFlags, const GLogField*, gsize, void*) {
-    return G_LOG_WRITER_HANDLED;
-}
-
-void dropMessage(const char*, GLogLevelFlags, const char*, void*) {}
-
-bool loadModule(const std::string& folder, const char* name) {
-    GModule* module = g_module_open((folder + name).c_str(), G_MODULE_BIND_LOCAL);
-    if (module)
-        g_module_make_resident(module);
-    return module != nullptr;
-}
-
-// Where libvips itself would look for its modules.
-std::string moduleFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&vips_init), &info) == 0 || !info.dli_fname)
-        return {};
-    const std::string library = info.dli_fname;
-    return library.substr(0, library.rfind('/') + 1) + "vips-modules-" +
-           std::to_string(VIPS_MAJOR_VERSION) + "." + std::to_string(VIPS_MINOR_VERSION) + "/";
-}
-
 } // namespace
 
-bool startVips() {
-    g_log_set_writer_func(dropWarning, nullptr, nullptr);
-    g_log_set_default_handler(dropMessage, nullptr);
-    if (vips_init("photos-kit-imaging") != 0)
-        return false;
-    const std::string folder = moduleFolder();
-    loadModule(folder, "vips-heif.so");
-    loadModule(folder, "vips-jxl.so");
-    vips_operation_block_set("VipsForeignLoad", TRUE);
-    for (const char* loader : {"VipsForeignLoadPng", "VipsForeignLoadWebp", "VipsForeignLoadTiff",
-                               "VipsForeignLoadNsgif", "VipsForeignLoadHeif", "VipsForeignLoadJxl",
-                               "VipsForeignLoadJpeg"})
-        vips_operation_block_set(loader, FALSE);
-    // Its vector code is compiled while running, which the sandbox does not let happen.
-    vips_vector_set_enabled(FALSE);
-    // Results of one request are nothing to the next, which may be a stranger's.
-    vips_cache_set_max(0);
-    return true;
-}
-
 Info inspectWithVips(const FileInput& input, FileFormat format) {
-    const Source source(input);
+    const VipsInput source(input);
     const Image image = openHeader(source);
     const ExifFacts exif = exifOf(image.get());
     Info info;
@@ -292,7 +191,7 @@ Info inspectWithVips(const FileInput& input, FileFormat format) {
 
 Picture pictureWithVips(const FileInput& input, const Target& target, FileFormat format) {
     constexpr std::uint64_t kMostPixels = 512'000'000; // some seconds of decoding
-    const Source source(input);
+    const VipsInput source(input);
     Picture picture;
     Image header = openHeader(source);
     picture.source = displayedSize(header.get());

@@ -1,0 +1,61 @@
+#include "platform/local/imaging/worker/vips_picture.h"
+
+#include <string>
+
+#include <dlfcn.h>
+#include <gmodule.h>
+#include <vips/vips.h>
+
+#include <vips/vector.h> // after vips.h, which it needs
+
+namespace local::imaging {
+
+namespace {
+
+// GLib's warnings are about strangers' files and would go to the host's standard error.
+GLogWriterOutput dropWarning(GLogLevelFlags, const GLogField*, gsize, void*) {
+    return G_LOG_WRITER_HANDLED;
+}
+
+void dropMessage(const char*, GLogLevelFlags, const char*, void*) {}
+
+bool loadModule(const std::string& folder, const char* name) {
+    GModule* module = g_module_open((folder + name).c_str(), G_MODULE_BIND_LOCAL);
+    if (module)
+        g_module_make_resident(module);
+    return module != nullptr;
+}
+
+// Where libvips itself would look for its modules.
+std::string moduleFolder() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&vips_init), &info) == 0 || !info.dli_fname)
+        return {};
+    const std::string library = info.dli_fname;
+    return library.substr(0, library.rfind('/') + 1) + "vips-modules-" +
+           std::to_string(VIPS_MAJOR_VERSION) + "." + std::to_string(VIPS_MINOR_VERSION) + "/";
+}
+
+} // namespace
+
+bool startVips() {
+    g_log_set_writer_func(dropWarning, nullptr, nullptr);
+    g_log_set_default_handler(dropMessage, nullptr);
+    if (vips_init("photos-kit-imaging") != 0)
+        return false;
+    const std::string folder = moduleFolder();
+    loadModule(folder, "vips-heif.so");
+    loadModule(folder, "vips-jxl.so");
+    vips_operation_block_set("VipsForeignLoad", TRUE);
+    for (const char* loader : {"VipsForeignLoadPng", "VipsForeignLoadWebp", "VipsForeignLoadTiff",
+                               "VipsForeignLoadNsgif", "VipsForeignLoadHeif", "VipsForeignLoadJxl",
+                               "VipsForeignLoadJpeg"})
+        vips_operation_block_set(loader, FALSE);
+    // Its vector code is compiled while running, which the sandbox does not let happen.
+    vips_vector_set_enabled(FALSE);
+    // Results of one request are nothing to the next, which may be a stranger's.
+    vips_cache_set_max(0);
+    return true;
+}
+
+} // namespace local::imaging
