@@ -105,7 +105,183 @@ BEGIN
 END;
 )sql";
 
-constexpr std::array steps{firstVersion};
+// Albums and folders. A member row repeats what its order and count depend on, so that an album's
+// page is a walk through one index; triggers keep it, and every count, in step with the assets.
+// `changes` numbers tell a process when markers that it keeps no longer fit.
+constexpr const char* secondVersion = R"sql(
+CREATE TABLE collection (
+    n        INTEGER PRIMARY KEY,
+    uuid     BLOB NOT NULL UNIQUE CHECK (length(uuid) = 16),
+    kind     INTEGER NOT NULL CHECK (kind IN (1, 2)),
+    title    TEXT,
+    parent   INTEGER REFERENCES collection (n),
+    position INTEGER NOT NULL,
+    held     INTEGER NOT NULL DEFAULT 0,
+    changes  INTEGER NOT NULL DEFAULT 0
+) STRICT;
+CREATE UNIQUE INDEX collection_order ON collection (ifnull(parent, 0), position);
+CREATE INDEX collection_parent ON collection (parent);
+
+CREATE TRIGGER collection_added AFTER INSERT ON collection WHEN new.parent IS NOT NULL
+BEGIN
+    UPDATE collection SET held = held + 1 WHERE n = new.parent;
+END;
+CREATE TRIGGER collection_moved AFTER UPDATE OF parent ON collection
+WHEN old.parent IS NOT new.parent
+BEGIN
+    UPDATE collection SET held = held - 1 WHERE n = old.parent;
+    UPDATE collection SET held = held + 1 WHERE n = new.parent;
+END;
+CREATE TRIGGER collection_removed AFTER DELETE ON collection WHEN old.parent IS NOT NULL
+BEGIN
+    UPDATE collection SET held = held - 1 WHERE n = old.parent;
+END;
+
+CREATE TABLE album_member (
+    album    INTEGER NOT NULL REFERENCES collection (n),
+    asset    INTEGER NOT NULL REFERENCES asset (n),
+    position INTEGER NOT NULL,
+    created  INTEGER NOT NULL,
+    listed   INTEGER NOT NULL CHECK (listed IN (0, 1)),
+    PRIMARY KEY (album, asset)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX album_listing ON album_member (album, created DESC, asset DESC) WHERE listed = 1;
+CREATE INDEX album_order ON album_member (album, position, listed);
+CREATE INDEX albums_of_asset ON album_member (asset);
+
+CREATE TRIGGER member_follows_asset AFTER UPDATE OF created, hidden, trashed_at ON asset
+WHEN (old.hidden = 0 AND old.trashed_at IS NULL) <> (new.hidden = 0 AND new.trashed_at IS NULL)
+     OR old.created <> new.created
+BEGIN
+    UPDATE collection
+       SET held = held + (new.hidden = 0 AND new.trashed_at IS NULL)
+                       - (old.hidden = 0 AND old.trashed_at IS NULL),
+           changes = changes + 1
+     WHERE n IN (SELECT album FROM album_member WHERE asset = new.n);
+    UPDATE album_member
+       SET created = new.created, listed = (new.hidden = 0 AND new.trashed_at IS NULL)
+     WHERE asset = new.n;
+END;
+CREATE TRIGGER member_leaves_with_asset BEFORE DELETE ON asset
+BEGIN
+    UPDATE collection
+       SET held = held - (old.hidden = 0 AND old.trashed_at IS NULL), changes = changes + 1
+     WHERE n IN (SELECT album FROM album_member WHERE asset = old.n);
+    DELETE FROM album_member WHERE asset = old.n;
+END;
+
+CREATE INDEX asset_videos ON asset (created DESC, n DESC)
+    WHERE hidden = 0 AND trashed_at IS NULL AND media = 2;
+CREATE INDEX asset_animated ON asset (created DESC, n DESC)
+    WHERE hidden = 0 AND trashed_at IS NULL AND traits & 1;
+CREATE INDEX asset_raw ON asset (created DESC, n DESC)
+    WHERE hidden = 0 AND trashed_at IS NULL AND traits & 2;
+CREATE INDEX asset_screenshots ON asset (created DESC, n DESC)
+    WHERE hidden = 0 AND trashed_at IS NULL AND traits & 4;
+CREATE INDEX asset_selfies ON asset (created DESC, n DESC)
+    WHERE hidden = 0 AND trashed_at IS NULL AND traits & 8;
+CREATE INDEX asset_panoramas ON asset (created DESC, n DESC)
+    WHERE hidden = 0 AND trashed_at IS NULL AND traits & 16;
+CREATE INDEX asset_hidden ON asset (created DESC, n DESC)
+    WHERE hidden = 1 AND trashed_at IS NULL;
+CREATE INDEX asset_added ON asset (added DESC, n DESC)
+    WHERE hidden = 0 AND trashed_at IS NULL;
+
+CREATE TABLE smart_album (
+    only_row    INTEGER PRIMARY KEY CHECK (only_row = 1),
+    changes     INTEGER NOT NULL DEFAULT 0,
+    favorites   INTEGER NOT NULL,
+    videos      INTEGER NOT NULL,
+    animated    INTEGER NOT NULL,
+    raw         INTEGER NOT NULL,
+    screenshots INTEGER NOT NULL,
+    selfies     INTEGER NOT NULL,
+    panoramas   INTEGER NOT NULL,
+    hidden      INTEGER NOT NULL
+) STRICT;
+INSERT INTO smart_album
+SELECT 1, 0,
+       (SELECT count(*) FROM favorite AS f CROSS JOIN asset AS a ON a.n = f.asset
+         WHERE a.hidden = 0 AND a.trashed_at IS NULL),
+       ifnull(sum(hidden = 0 AND media = 2), 0),
+       ifnull(sum(hidden = 0 AND traits & 1 <> 0), 0),
+       ifnull(sum(hidden = 0 AND traits & 2 <> 0), 0),
+       ifnull(sum(hidden = 0 AND traits & 4 <> 0), 0),
+       ifnull(sum(hidden = 0 AND traits & 8 <> 0), 0),
+       ifnull(sum(hidden = 0 AND traits & 16 <> 0), 0),
+       ifnull(sum(hidden = 1), 0)
+  FROM asset WHERE trashed_at IS NULL;
+
+CREATE TRIGGER smart_asset_added AFTER INSERT ON asset WHEN new.trashed_at IS NULL
+BEGIN
+    UPDATE smart_album
+       SET changes = changes + 1,
+           videos = videos + (new.hidden = 0 AND new.media = 2),
+           animated = animated + (new.hidden = 0 AND new.traits & 1 <> 0),
+           raw = raw + (new.hidden = 0 AND new.traits & 2 <> 0),
+           screenshots = screenshots + (new.hidden = 0 AND new.traits & 4 <> 0),
+           selfies = selfies + (new.hidden = 0 AND new.traits & 8 <> 0),
+           panoramas = panoramas + (new.hidden = 0 AND new.traits & 16 <> 0),
+           hidden = hidden + new.hidden;
+END;
+CREATE TRIGGER smart_asset_removed AFTER DELETE ON asset WHEN old.trashed_at IS NULL
+BEGIN
+    UPDATE smart_album
+       SET changes = changes + 1,
+           videos = videos - (old.hidden = 0 AND old.media = 2),
+           animated = animated - (old.hidden = 0 AND old.traits & 1 <> 0),
+           raw = raw - (old.hidden = 0 AND old.traits & 2 <> 0),
+           screenshots = screenshots - (old.hidden = 0 AND old.traits & 4 <> 0),
+           selfies = selfies - (old.hidden = 0 AND old.traits & 8 <> 0),
+           panoramas = panoramas - (old.hidden = 0 AND old.traits & 16 <> 0),
+           hidden = hidden - old.hidden;
+END;
+CREATE TRIGGER smart_asset_changed
+AFTER UPDATE OF created, media, hidden, trashed_at, traits, added ON asset
+BEGIN
+    UPDATE smart_album
+       SET changes = changes + 1,
+           favorites = favorites
+               + ((new.hidden = 0 AND new.trashed_at IS NULL)
+                  - (old.hidden = 0 AND old.trashed_at IS NULL))
+               * EXISTS (SELECT 1 FROM favorite
+                          WHERE created IN (old.created, new.created) AND asset = new.n),
+           videos = videos + (new.hidden = 0 AND new.trashed_at IS NULL AND new.media = 2)
+                           - (old.hidden = 0 AND old.trashed_at IS NULL AND old.media = 2),
+           animated = animated
+               + (new.hidden = 0 AND new.trashed_at IS NULL AND new.traits & 1 <> 0)
+               - (old.hidden = 0 AND old.trashed_at IS NULL AND old.traits & 1 <> 0),
+           raw = raw + (new.hidden = 0 AND new.trashed_at IS NULL AND new.traits & 2 <> 0)
+                     - (old.hidden = 0 AND old.trashed_at IS NULL AND old.traits & 2 <> 0),
+           screenshots = screenshots
+               + (new.hidden = 0 AND new.trashed_at IS NULL AND new.traits & 4 <> 0)
+               - (old.hidden = 0 AND old.trashed_at IS NULL AND old.traits & 4 <> 0),
+           selfies = selfies
+               + (new.hidden = 0 AND new.trashed_at IS NULL AND new.traits & 8 <> 0)
+               - (old.hidden = 0 AND old.trashed_at IS NULL AND old.traits & 8 <> 0),
+           panoramas = panoramas
+               + (new.hidden = 0 AND new.trashed_at IS NULL AND new.traits & 16 <> 0)
+               - (old.hidden = 0 AND old.trashed_at IS NULL AND old.traits & 16 <> 0),
+           hidden = hidden + (new.hidden = 1 AND new.trashed_at IS NULL)
+                           - (old.hidden = 1 AND old.trashed_at IS NULL);
+END;
+CREATE TRIGGER smart_favorite_added AFTER INSERT ON favorite
+BEGIN
+    UPDATE smart_album
+       SET changes = changes + 1,
+           favorites = favorites + (SELECT hidden = 0 AND trashed_at IS NULL FROM asset
+                                     WHERE n = new.asset);
+END;
+CREATE TRIGGER smart_favorite_removed AFTER DELETE ON favorite
+BEGIN
+    UPDATE smart_album
+       SET changes = changes + 1,
+           favorites = favorites - (SELECT hidden = 0 AND trashed_at IS NULL FROM asset
+                                     WHERE n = old.asset);
+END;
+)sql";
+
+constexpr std::array steps{firstVersion, secondVersion};
 
 bool isEmptyFile(CatalogueConnection& connection) {
     return connection.integer("PRAGMA user_version") == 0 &&

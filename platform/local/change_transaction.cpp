@@ -39,6 +39,8 @@ void carryOut(const ChangeTransaction& changes) {
         const bool limited = requireChangeAccess(*connection);
         for (const auto& asset : prepared)
             asset->insert(*connection, limited);
+        for (const auto& step : changes.steps)
+            step(*connection);
         shortenListingLog(*connection);
         for (const auto& asset : prepared)
             asset->commitBegins();

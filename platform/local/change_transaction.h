@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/change_requests.h"
+#include "platform/local/catalogue_connection.h"
 #include "platform/local/file_store.h"
 
 #include <functional>
@@ -20,6 +21,9 @@ struct AssetCreation {
 
 struct ChangeTransaction {
     std::vector<std::shared_ptr<AssetCreation>> assetCreations;
+    // Run in this order inside the write transaction, after the new assets are in; one that
+    // throws refuses all.
+    std::vector<std::function<void(CatalogueConnection&)>> steps;
 
     // The one whose block runs on this thread; null outside a block.
     static ChangeTransaction* current();

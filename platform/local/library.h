@@ -47,6 +47,7 @@ public:
     ConnectionLease connection();
     FileStore& files() { return files_; }
     SharedListingMarkers& listingMarkers() { return markers_; }
+    AlbumMarkers& albumMarkers() { return albumMarkers_; }
 
     // Throws when the library takes no changes.
     void requireWritable() const;
@@ -73,6 +74,7 @@ private:
     std::chrono::steady_clock::time_point opened_ = std::chrono::steady_clock::now();
     FileStore files_;
     SharedListingMarkers markers_;
+    AlbumMarkers albumMarkers_;
     std::mutex writer_;
     std::mutex poolMutex_;
     std::vector<std::unique_ptr<CatalogueConnection>> idle_;

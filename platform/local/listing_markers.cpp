@@ -33,12 +33,20 @@ struct Stretches {
 
 ListingMarkers::ListingMarkers(CatalogueConnection& connection, std::int64_t sequence)
     : sequence_(sequence) {
-    Stretches stretches;
-    stretches.begin(listingStart, 0);
     Statement rows = connection.statement("SELECT created, n FROM asset INDEXED BY asset_listing "
                                           "WHERE hidden = 0 AND trashed_at IS NULL "
                                           "ORDER BY created DESC, n DESC");
-    stretches.walk(rows);
+    take(rows);
+}
+
+ListingMarkers::ListingMarkers(Statement& keys, std::int64_t version) : sequence_(version) {
+    take(keys);
+}
+
+void ListingMarkers::take(Statement& keys) {
+    Stretches stretches;
+    stretches.begin(listingStart, 0);
+    stretches.walk(keys);
     starts_ = std::make_shared<const std::vector<ListingKey>>(std::move(stretches.starts));
     counts_ = std::move(stretches.counts);
     renumber();
@@ -108,6 +116,24 @@ ListingMarkers::Place ListingMarkers::locate(std::int64_t offset) const {
     const auto next = std::upper_bound(offsets_.begin() + 1, offsets_.end(), offset);
     const auto stretch = static_cast<std::size_t>(next - offsets_.begin()) - 1;
     return {(*starts_)[stretch], offset - offsets_[stretch]};
+}
+
+std::shared_ptr<const ListingMarkers>
+AlbumMarkers::at(std::int64_t album, std::int64_t version,
+                 const std::function<ListingMarkers()>& make) {
+    // More than a person pages through at a time; beyond that they are made when needed.
+    constexpr std::size_t mostKept = 16;
+    {
+        const std::scoped_lock lock(mutex_);
+        const auto kept = kept_.find(album);
+        if (kept != kept_.end() && kept->second->sequence() == version)
+            return kept->second;
+    }
+    auto made = std::make_shared<const ListingMarkers>(make());
+    const std::scoped_lock lock(mutex_);
+    if (kept_.size() >= mostKept)
+        kept_.clear();
+    return kept_[album] = std::move(made);
 }
 
 std::shared_ptr<const ListingMarkers> SharedListingMarkers::at(CatalogueConnection& connection,

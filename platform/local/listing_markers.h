@@ -6,7 +6,9 @@
 #include "platform/local/catalogue_connection.h"
 
 #include <cstdint>
+#include <functional>
 #include <limits>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -30,10 +32,17 @@ inline constexpr ListingKey listingStart{std::numeric_limits<std::int64_t>::max(
 inline constexpr ListingKey listingEnd{std::numeric_limits<std::int64_t>::min(),
                                        std::numeric_limits<std::int64_t>::min()};
 
+// Up to here a walk from the start costs no more than making markers would.
+inline constexpr std::int64_t walkedWithoutMarkers = 512;
+
 class ListingMarkers {
 public:
-    // Reads the whole order once; within the caller's snapshot.
+    // Reads the whole order of the library once; within the caller's snapshot.
     ListingMarkers(CatalogueConnection& connection, std::int64_t sequence);
+
+    // Markers into any order that descends by (key, row number), from rows of these two. They
+    // are never brought up to date: `version` tells when they no longer fit.
+    ListingMarkers(Statement& keys, std::int64_t version);
 
     // Applies the log from this set's sequence number to the snapshot's; false when the log no
     // longer reaches back that far, or does not fit.
@@ -51,6 +60,8 @@ public:
     Place locate(std::int64_t offset) const;
 
 private:
+    void take(Statement& keys);
+
     // Stretch i of the order goes from starts_[i] up to the next one's start, holds counts_[i]
     // assets, and offsets_[i] assets come before it. The starts change rarely: versions of the
     // set share them.
@@ -63,6 +74,18 @@ private:
     std::vector<std::int32_t> offsets_;
     std::int64_t total_ = 0;
     std::int64_t sequence_ = 0;
+};
+
+// Markers into the orders of a few albums, made anew when an album has changed.
+class AlbumMarkers {
+public:
+    // Those of the album with this key, if they are of this version; else what `make` makes.
+    std::shared_ptr<const ListingMarkers> at(std::int64_t album, std::int64_t version,
+                                             const std::function<ListingMarkers()>& make);
+
+private:
+    std::mutex mutex_;
+    std::map<std::int64_t, std::shared_ptr<const ListingMarkers>> kept_;
 };
 
 // This process's markers, as they fit the given snapshot's sequence number; made or brought up to

@@ -1,0 +1,66 @@
+#include "platform/local/collection_record.h"
+
+#include <algorithm>
+
+namespace local {
+
+namespace {
+
+constexpr std::string_view endingOf(CollectionKind kind) {
+    return kind == kindAlbum ? "/L0/040" : "/L0/020";
+}
+
+} // namespace
+
+const CollectionRecord& recordOf(const platform::PHAssetCollection& album) {
+    return *static_cast<const CollectionRecord*>(album.object.get());
+}
+
+const CollectionRecord& recordOf(const platform::PHCollectionList& folder) {
+    return *static_cast<const CollectionRecord*>(folder.object.get());
+}
+
+const CollectionRecord& recordOf(const platform::PHCollection& collection) {
+    return std::visit([](const auto& c) -> const CollectionRecord& { return recordOf(c); },
+                      collection);
+}
+
+std::string collectionIdentifier(const Uuid& uuid, CollectionKind kind) {
+    return uppercaseText(uuid).append(endingOf(kind));
+}
+
+std::optional<Uuid> uuidOfCollectionIdentifier(std::string_view identifier, CollectionKind kind) {
+    const std::string_view ending = endingOf(kind);
+    if (!identifier.ends_with(ending))
+        return std::nullopt;
+    return uuidFromText(identifier.substr(0, identifier.size() - ending.size()));
+}
+
+platform::PHCollection collectionFromRow(const Statement& row, bool limitedAccess) {
+    const auto record = std::make_shared<CollectionRecord>();
+    record->n = row.integer(0);
+    const auto kind = row.integer(2) == kindAlbum ? kindAlbum : kindFolder;
+    if (kind == kindFolder || !limitedAccess)
+        record->knownCount = row.integer(4);
+    Uuid uuid{};
+    const auto bytes = row.blob(1);
+    std::copy_n(bytes.begin(), std::min(bytes.size(), uuid.size()), uuid.begin());
+    std::optional<std::string> title;
+    if (!row.isNull(3))
+        title = row.text(3);
+    if (kind == kindFolder)
+        return platform::PHCollectionList{collectionIdentifier(uuid, kind), std::move(title),
+                                          record};
+    return platform::PHAssetCollection{collectionIdentifier(uuid, kind), std::move(title),
+                                       platform::PHAssetCollectionTypeAlbum, record};
+}
+
+platform::PHAssetCollection collectionOf(const SmartAlbum& album,
+                                         std::optional<std::int64_t> knownCount) {
+    const auto record = std::make_shared<CollectionRecord>();
+    record->smart = &album;
+    record->knownCount = knownCount;
+    return {identifierOf(album), album.title, platform::PHAssetCollectionTypeSmartAlbum, record};
+}
+
+} // namespace local

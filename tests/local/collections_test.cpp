@@ -1,0 +1,385 @@
+// Albums, smart albums and folders in the embedded library.
+#include "tests/local/support.h"
+
+#include "platform/collection_change_requests.h"
+#include "platform/local/asset_record.h"
+#include "platform/photo_library.h"
+
+#include <random>
+#include <thread>
+
+using namespace support;
+using namespace platform;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+using Changes = std::function<void()>;
+
+std::string change(const Changes& changes) {
+    std::optional<NSError> error;
+    if (performChangesAndWait(changes, error))
+        return "";
+    return error ? error->localizedDescription.value_or("no sentence") : "no error";
+}
+
+std::string newAlbum(const std::string& title) {
+    std::string identifier;
+    EXPECT_EQ(change([&] {
+                  const auto request = creationRequestForAssetCollectionWithTitle(title);
+                  identifier = *placeholderForCreatedAssetCollection(request)->localIdentifier;
+              }),
+              "");
+    return identifier;
+}
+
+std::string newFolder(const std::string& title) {
+    std::string identifier;
+    EXPECT_EQ(change([&] {
+                  const auto request = creationRequestForCollectionListWithTitle(title);
+                  identifier = *placeholderForCreatedCollectionList(request)->localIdentifier;
+              }),
+              "");
+    return identifier;
+}
+
+PHAssetCollection album(const std::string& identifier) {
+    return fetchAssetCollectionsWithLocalIdentifiers({identifier}).objectAtIndex(0).value();
+}
+
+PHCollectionList folder(const std::string& identifier) {
+    return fetchCollectionListsWithLocalIdentifiers({identifier}).objectAtIndex(0).value();
+}
+
+PHCollection collection(const std::string& identifier) {
+    const auto albums = fetchAssetCollectionsWithLocalIdentifiers({identifier});
+    if (albums.count() > 0)
+        return albums.objectAtIndex(0).value();
+    return folder(identifier);
+}
+
+std::string file(const std::string& child, const std::string& parent) {
+    const PHCollection collections = collection(child);
+    const PHCollectionList list = folder(parent);
+    return change(
+        [&] { addChildCollections(changeRequestForCollectionList(list).value(), {collections}); });
+}
+
+std::string add(const std::string& to, const std::vector<std::string>& assets) {
+    const auto list = album(to);
+    const auto found = fetchAssetsWithLocalIdentifiers(assets);
+    return change([&] { addAssets(changeRequestForAssetCollection(list).value(), found); });
+}
+
+std::vector<std::string> titles(const PHFetchResult<PHCollection>& collections) {
+    std::vector<std::string> all;
+    for (std::size_t i = 0; i < collections.count(); ++i)
+        all.push_back(std::visit([](const auto& c) { return c.localizedTitle.value_or("-"); },
+                                 collections.objectAtIndex(i).value()));
+    return all;
+}
+
+std::vector<std::string> identifiers(const PHFetchResult<PHAsset>& assets) {
+    std::vector<std::string> all;
+    for (std::size_t i = 0; i < assets.count(); ++i)
+        all.push_back(assets.objectAtIndex(i).value().localIdentifier);
+    EXPECT_FALSE(assets.objectAtIndex(assets.count()));
+    return all;
+}
+
+PHFetchOptions newestFirst() {
+    return {{{"creationDate", false}}, std::nullopt};
+}
+
+std::vector<std::string> newest(const std::string& of) {
+    const PHFetchOptions options = newestFirst();
+    return identifiers(fetchAssetsInAssetCollection(album(of), &options));
+}
+
+std::vector<std::string> own(const std::string& of) {
+    return identifiers(fetchAssetsInAssetCollection(album(of), nullptr));
+}
+
+std::optional<PHAssetCollection> smart(long subtype) {
+    return fetchAssetCollectionsWithType(PHAssetCollectionTypeSmartAlbum, subtype).objectAtIndex(0);
+}
+
+std::vector<std::string> inSmart(long subtype) {
+    const PHFetchOptions none;
+    auto walked = identifiers(fetchAssetsInAssetCollection(smart(subtype).value(), &none));
+    EXPECT_EQ(fetchAssetsInAssetCollection(smart(subtype).value(), nullptr).count(), walked.size())
+        << "the kept count of " << subtype;
+    return walked;
+}
+
+// What is kept beside the rows agrees with the rows.
+void expectConsistent(const ScratchHome& home) {
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM collection AS c WHERE held <> CASE kind "
+                               "WHEN 2 THEN (SELECT count(*) FROM collection AS child "
+                               "WHERE child.parent = c.n) ELSE (SELECT count(*) FROM album_member "
+                               "AS m WHERE m.album = c.n AND m.listed = 1) END"),
+              0);
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM album_member AS m JOIN asset AS a "
+                               "ON a.n = m.asset WHERE m.created <> a.created "
+                               "OR m.listed <> (a.hidden = 0 AND a.trashed_at IS NULL)"),
+              0);
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM pragma_foreign_key_check"), 0);
+    // Every collection is reached from the top: the tree is one tree.
+    EXPECT_EQ(sqlInteger(home, "WITH RECURSIVE t (n) AS (SELECT n FROM collection WHERE parent IS "
+                               "NULL UNION SELECT c.n FROM t JOIN collection AS c ON c.parent = "
+                               "t.n) SELECT (SELECT count(*) FROM collection) - count(*) FROM t"),
+              0);
+}
+
+} // namespace
+
+TEST(Collections, KeepTheirOrderAndAnyTitle) {
+    const ScratchHome home;
+    const std::string large(3000, 'x');
+    newAlbum("B");
+    const auto f = newFolder("A");
+    newAlbum(large);
+    newAlbum("B");
+    EXPECT_THAT(titles(fetchTopLevelUserCollections()), ElementsAre("B", "A", large, "B"));
+    EXPECT_TRUE(f.ends_with("/L0/020"));
+    EXPECT_EQ(fetchAssetCollectionsWithLocalIdentifiers({f}).count(), 0u);
+    runSql(home, "UPDATE collection SET title = NULL WHERE title = 'A'");
+    EXPECT_FALSE(folder(f).localizedTitle);
+    const auto list = folder(f);
+    EXPECT_EQ(change([&] { setTitle(*changeRequestForCollectionList(list), "%s\n"); }), "");
+    EXPECT_EQ(folder(f).localizedTitle, "%s\n");
+}
+
+TEST(Collections, FilingMovesAndRefusesCycles) {
+    const ScratchHome home;
+    const auto outer = newFolder("outer");
+    const auto inner = newFolder("inner");
+    const auto leaf = newAlbum("leaf");
+    EXPECT_EQ(file(inner, outer), "");
+    EXPECT_EQ(file(leaf, inner), "");
+    EXPECT_THAT(titles(fetchTopLevelUserCollections()), ElementsAre("outer"));
+    EXPECT_EQ(fetchCollectionsInCollectionList(folder(outer)).count(), 1u);
+    EXPECT_EQ(fetchCollectionListsContainingCollection(collection(leaf))
+                  .objectAtIndex(0)
+                  ->localIdentifier,
+              inner);
+    EXPECT_EQ(fetchCollectionListsContainingCollection(collection(outer)).count(), 0u);
+    EXPECT_THAT(file(outer, inner), HasSubstr("inside it"));
+    EXPECT_THAT(file(outer, outer), HasSubstr("itself"));
+    EXPECT_EQ(file(leaf, outer), "");
+    EXPECT_THAT(titles(fetchCollectionsInCollectionList(folder(outer))),
+                ElementsAre("inner", "leaf"));
+    EXPECT_EQ(file(inner, outer), "") << "where it is already";
+    EXPECT_THAT(titles(fetchCollectionsInCollectionList(folder(outer))),
+                ElementsAre("inner", "leaf"));
+    expectConsistent(home);
+}
+
+TEST(Collections, DeletingAFolderTakesWhatIsInsideAndNoAssets) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 3, 1000, 1);
+    auto parent = newFolder("0");
+    const auto top = parent;
+    for (int depth = 1; depth < 200; ++depth) {
+        const auto next = newFolder(std::to_string(depth));
+        ASSERT_EQ(file(next, parent), "");
+        parent = next;
+    }
+    const auto deep = newAlbum("deep");
+    ASSERT_EQ(add(deep, listedIdentifiers()), "");
+    ASSERT_EQ(file(deep, parent), "");
+    const auto stays = newAlbum("stays");
+    const auto list = fetchCollectionListsWithLocalIdentifiers({top});
+    const auto goneSoon = album(deep);
+    EXPECT_EQ(change([&] { deleteCollectionLists(list); }), "");
+    EXPECT_THAT(titles(fetchTopLevelUserCollections()), ElementsAre("stays"));
+    EXPECT_EQ(listed().count(), 3u);
+    EXPECT_THAT(change([&] { setTitle(*changeRequestForAssetCollection(goneSoon), "x"); }),
+                HasSubstr("no longer exists"));
+    EXPECT_EQ(fetchAssetsInAssetCollection(goneSoon, nullptr).objectAtIndex(0), std::nullopt);
+    expectConsistent(home);
+}
+
+TEST(Albums, KeepMembersInTheirOrderOnceEach) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 5, 1000, 1000);
+    const auto all = listedIdentifiers(); // newest first
+    const auto a = newAlbum("a");
+    EXPECT_EQ(add(a, {all[3]}), "");
+    EXPECT_EQ(add(a, {all[0]}), "");
+    EXPECT_EQ(add(a, {all[3], all[1], all[0]}), "");
+    EXPECT_THAT(newest(a), ElementsAre(all[0], all[1], all[3]));
+    EXPECT_THAT(own(a), ElementsAre(all[3], all[0], all[1]));
+
+    runSql(home, "UPDATE asset SET hidden = 1 WHERE created = 5000");
+    EXPECT_THAT(newest(a), ElementsAre(all[1], all[3]));
+    runSql(home, "UPDATE asset SET created = 9000 WHERE created = 2000");
+    EXPECT_THAT(newest(a), ElementsAre(all[3], all[1]));
+    runSql(home, "UPDATE asset SET hidden = 0 WHERE created = 5000");
+    EXPECT_THAT(own(a), ElementsAre(all[3], all[0], all[1]));
+    expectConsistent(home);
+
+    const auto list = album(a);
+    const auto some = fetchAssetsWithLocalIdentifiers({all[0], all[4]});
+    EXPECT_EQ(change([&] { removeAssets(*changeRequestForAssetCollection(list), some); }), "");
+    EXPECT_THAT(own(a), ElementsAre(all[3], all[1]));
+    EXPECT_EQ(fetchAssetsInAssetCollection(album(a), nullptr).count(), 2u);
+
+    const auto copied = fetchAssetsInAssetCollection(album(a), nullptr);
+    std::string copy;
+    EXPECT_EQ(change([&] {
+                  const auto request = creationRequestForAssetCollectionWithTitle("a copy");
+                  addAssets(request, copied);
+                  copy = *placeholderForCreatedAssetCollection(request)->localIdentifier;
+              }),
+              "");
+    EXPECT_EQ(own(copy), own(a));
+    runSql(home, "DELETE FROM asset WHERE created = 9000");
+    EXPECT_THAT(own(copy), ElementsAre(all[1]));
+    expectConsistent(home);
+}
+
+TEST(Albums, TellWhetherTheyHoldAnAsset) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 3, 1000, 1000);
+    const auto all = listedIdentifiers();
+    const auto a = newAlbum("a");
+    add(a, {all[0], all[1]});
+    runSql(home, "INSERT INTO favorite SELECT created, n FROM asset WHERE created = 3000;"
+                 "UPDATE asset SET hidden = 1 WHERE created = 2000");
+    const auto holds = [&](const PHAssetCollection& list, const std::string& asset) {
+        PHFetchOptions options;
+        options.predicate = predicateWithFormat(localIdentifierPredicateFormat, asset);
+        return fetchAssetsInAssetCollection(list, &options).count();
+    };
+    EXPECT_EQ(holds(album(a), all[0]), 1u);
+    EXPECT_EQ(holds(album(a), all[1]), 0u) << "hidden";
+    EXPECT_EQ(holds(album(a), all[2]), 0u);
+    EXPECT_EQ(holds(album(a), "nobody"), 0u);
+    EXPECT_EQ(holds(*smart(203), all[0]), 1u);
+    EXPECT_EQ(holds(*smart(203), all[2]), 0u);
+    EXPECT_EQ(holds(*smart(205), all[1]), 1u);
+}
+
+TEST(Albums, AnyPageIsRightInALargeAlbumThatChanges) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 4000, 1'000'000, 7);
+    const auto a = newAlbum("large");
+    runSql(home, "UPDATE asset SET created = 1000000 + (n * 7919) % 30000;"
+                 "INSERT INTO favorite SELECT created, n FROM asset WHERE n % 3 = 0");
+    ASSERT_EQ(add(a, listedIdentifiers()), "");
+    std::mt19937 random(5);
+    for (int round = 0; round < 12; ++round) {
+        runSql(home,
+               "UPDATE asset SET hidden = 1 - hidden WHERE n % 97 = " + std::to_string(round * 5));
+        const auto whole = newest(a);
+        ASSERT_EQ(whole, listedIdentifiers()) << "every asset is in it";
+        const PHFetchOptions options = newestFirst();
+        const auto assets = fetchAssetsInAssetCollection(album(a), &options);
+        for (int i = 0; i < 20; ++i) {
+            const std::size_t at = random() % whole.size();
+            const auto asset = assets.objectAtIndex(at).value();
+            ASSERT_EQ(asset.localIdentifier, whole[at]);
+            ASSERT_EQ(asset.isFavorite, local::recordOf(asset).n % 3 == 0);
+        }
+    }
+    expectConsistent(home);
+}
+
+TEST(SmartAlbums, AreLiveAndTheirCountsAreKept) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 10, 1000, 1000);
+    const auto all = listedIdentifiers();
+    runSql(home, "UPDATE asset SET added = -created;"
+                 "UPDATE asset SET media = 2 WHERE n IN (1, 2);"
+                 "UPDATE asset SET traits = 1 WHERE n = 3; UPDATE asset SET traits = 2 WHERE n = 4;"
+                 "UPDATE asset SET traits = 4 WHERE n = 5; UPDATE asset SET traits = 8 WHERE n = 6;"
+                 "UPDATE asset SET traits = 31 WHERE n = 7;"
+                 "INSERT INTO favorite SELECT created, n FROM asset WHERE n IN (8, 9);"
+                 "UPDATE asset SET hidden = 1 WHERE n IN (9, 7)");
+    const auto nth = [&](std::size_t n) { return all[10 - n]; };
+    EXPECT_EQ(inSmart(209), listedIdentifiers());
+    EXPECT_THAT(inSmart(203), ElementsAre(nth(8)));
+    EXPECT_THAT(inSmart(202), ElementsAre(nth(2), nth(1)));
+    EXPECT_THAT(inSmart(214), ElementsAre(nth(3)));
+    EXPECT_THAT(inSmart(217), ElementsAre(nth(4)));
+    EXPECT_THAT(inSmart(211), ElementsAre(nth(5)));
+    EXPECT_THAT(inSmart(210), ElementsAre(nth(6)));
+    EXPECT_THAT(inSmart(201), IsEmpty());
+    EXPECT_THAT(inSmart(205), ElementsAre(nth(9), nth(7)));
+    EXPECT_EQ(inSmart(206).front(), nth(1)) << "added last";
+    runSql(home, "UPDATE asset SET hidden = 0; UPDATE asset SET trashed_at = 1 WHERE n IN (1, 8);"
+                 "DELETE FROM asset WHERE n = 9");
+    EXPECT_THAT(inSmart(203), IsEmpty());
+    EXPECT_THAT(inSmart(202), ElementsAre(nth(2)));
+    EXPECT_THAT(inSmart(201), ElementsAre(nth(7)));
+    EXPECT_THAT(inSmart(205), IsEmpty());
+    const auto hidden = album(smart(205)->localIdentifier);
+    EXPECT_EQ(hidden.assetCollectionType, PHAssetCollectionTypeSmartAlbum);
+    EXPECT_EQ(hidden.localizedTitle, "Hidden");
+    EXPECT_FALSE(change([&] {
+                     deleteAssetCollections(
+                         fetchAssetCollectionsWithLocalIdentifiers({hidden.localIdentifier}));
+                 }).empty());
+}
+
+TEST(Collections, AreSeenAccordingToTheAccess) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 4, 1000, 1000);
+    const auto all = listedIdentifiers();
+    const auto a = newAlbum("a");
+    add(a, all);
+    runSql(home, "UPDATE library SET access = 4; INSERT INTO limited_choice SELECT n FROM asset "
+                 "WHERE created IN (2000, 4000)");
+    EXPECT_THAT(newest(a), ElementsAre(all[0], all[2]));
+    EXPECT_EQ(fetchAssetsInAssetCollection(album(a), nullptr).count(), 2u);
+    EXPECT_THAT(inSmart(209), ElementsAre(all[0], all[2]));
+    runSql(home, "UPDATE library SET access = 2");
+    EXPECT_EQ(fetchTopLevelUserCollections().count(), 0u);
+    EXPECT_EQ(fetchAssetCollectionsWithLocalIdentifiers({a}).count(), 0u);
+    EXPECT_FALSE(smart(209));
+}
+
+TEST(Collections, ManyThreadsMoveAndDeleteInOneTreeWhichStaysOne) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 50, 1000, 1);
+    std::vector<std::string> folders;
+    for (int i = 0; i < 12; ++i)
+        folders.push_back(newFolder(std::to_string(i)));
+    std::vector<std::thread> threads;
+    for (unsigned t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            std::mt19937 random(t);
+            for (int i = 0; i < 60; ++i) {
+                const auto child =
+                    fetchCollectionListsWithLocalIdentifiers({folders[random() % folders.size()]});
+                const auto parent =
+                    fetchCollectionListsWithLocalIdentifiers({folders[random() % folders.size()]});
+                if (child.count() == 0 || parent.count() == 0)
+                    continue;
+                std::optional<NSError> ignored;
+                const bool moved = performChangesAndWait(
+                    [&] {
+                        addChildCollections(
+                            *changeRequestForCollectionList(*parent.objectAtIndex(0)),
+                            {*child.objectAtIndex(0)});
+                    },
+                    ignored);
+                if (moved && random() % 20 == 0)
+                    change([&] { deleteCollectionLists(child); });
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    expectConsistent(home);
+}
