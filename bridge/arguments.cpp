@@ -21,6 +21,17 @@ std::optional<std::string> textOfString(JNIEnv* env, jstring string) {
     return text;
 }
 
+std::optional<std::pair<std::string, std::string>> stringPairArgument(JNIEnv* env, jstring first,
+                                                                      jstring second) {
+    if (first == nullptr || second == nullptr)
+        return std::nullopt;
+    auto firstText = textOfString(env, first);
+    auto secondText = textOfString(env, second);
+    if (!firstText || !secondText)
+        return std::nullopt;
+    return std::pair(std::move(*firstText), std::move(*secondText));
+}
+
 std::vector<std::string> stringArrayArgument(JNIEnv* env, jobjectArray strings) {
     if (strings == nullptr)
         return {};

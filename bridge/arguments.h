@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The text of a string argument; nothing when it is null, unreadable or undecodable.
@@ -17,6 +18,11 @@ std::optional<std::string> stringArgument(JNIEnv* env, jstring string);
 
 // The same for a string that the host must not pass as null: it is not tested.
 std::optional<std::string> textOfString(JNIEnv* env, jstring string);
+
+// The texts of two strings that a method needs both. Nothing when either is null, and then neither
+// is read, unreadable or undecodable.
+std::optional<std::pair<std::string, std::string>> stringPairArgument(JNIEnv* env, jstring first,
+                                                                      jstring second);
 
 // The texts of a string array, in order; elements that are null, unreadable or undecodable are
 // left out. Each element's local reference is given back before the next one is taken, so that

@@ -54,3 +54,12 @@ std::string standardErrorOf(const std::function<void()>& action) {
     fs::remove(pattern);
     return text;
 }
+
+std::vector<std::string> CoreTest::operationsOfCall() {
+    const std::vector<std::string> all = library.operations();
+    if (all.size() < 2 || all.front() != "open scope" || all.back() != "close scope") {
+        ADD_FAILURE() << "not inside a scope: " << testing::PrintToString(all);
+        return {};
+    }
+    return {all.begin() + 1, all.end() - 1};
+}

@@ -37,7 +37,15 @@ std::string readFile(const std::filesystem::path& path);
 // What `action` writes to standard error.
 std::string standardErrorOf(const std::function<void()>& action);
 
+// Of operations: calls that opened and closed their scopes and did nothing else.
+inline auto nothingInScopes() {
+    return testing::Each(testing::AnyOf("open scope", "close scope"));
+}
+
 struct CoreTest : testing::Test {
+    // What the one call did between opening its scope, first, and closing it, last.
+    std::vector<std::string> operationsOfCall();
+
     ScratchHome home;
     scripted::InstalledLibrary library;
     jni::Environment jvm;

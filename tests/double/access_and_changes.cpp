@@ -60,6 +60,8 @@ bool performChangesAndWait(const std::function<void()>& changeBlock,
     }
     script.note(answer.done ? "changes done" : "changes refused");
     error = answer.error;
+    if (answer.effect)
+        answer.effect();
     return answer.done;
 }
 
@@ -77,12 +79,7 @@ void addResourceWithType(const PHAssetCreationRequest& request, long resourceTyp
 }
 
 std::optional<PHObjectPlaceholder> placeholderForCreatedAsset(const PHAssetCreationRequest&) {
-    auto& script = library();
-    if (script.placeholders.empty())
-        return PHObjectPlaceholder{"new asset"};
-    auto placeholder = script.placeholders.front();
-    script.placeholders.pop_front();
-    return placeholder;
+    return library().nextPlaceholder("new asset");
 }
 
 } // namespace platform

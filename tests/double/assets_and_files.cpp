@@ -1,22 +1,8 @@
-// Fetches, the files of assets, and files of the operating system.
+// Fetches of assets, their files, and files of the operating system.
+#include "tests/double/fetch_results.h"
 #include "tests/double/scripted_library.h"
 
-namespace platform {
-
-using scripted::library;
-
-namespace {
-
-struct Snapshot {
-    std::vector<std::optional<PHAsset>> assets;
-    std::size_t count = 0;
-};
-
-PHFetchResult<PHAsset> resultOf(Snapshot snapshot) {
-    PHFetchResult<PHAsset> result;
-    result.object = std::make_shared<Snapshot>(std::move(snapshot));
-    return result;
-}
+namespace scripted {
 
 std::string joined(const std::vector<std::string>& texts) {
     std::string line;
@@ -25,40 +11,51 @@ std::string joined(const std::vector<std::string>& texts) {
     return line;
 }
 
-} // namespace
+std::string describe(const platform::PHFetchOptions& options) {
+    std::string line;
+    for (const auto& descriptor : options.sortDescriptors)
+        line += ", by " + descriptor.key + (descriptor.ascending ? " ascending" : " descending");
+    if (options.predicate)
+        line += ", where " + options.predicate->format + " of " + options.predicate->argument;
+    return line;
+}
+
+} // namespace scripted
+
+namespace platform {
+
+using scripted::library;
+using scripted::Records;
+using scripted::resultOf;
+using scripted::snapshotOf;
 
 template <>
 std::size_t PHFetchResult<PHAsset>::count() const {
-    return static_cast<const Snapshot*>(object.get())->count;
+    return snapshotOf(*this).count;
 }
 
 template <>
 std::optional<PHAsset> PHFetchResult<PHAsset>::objectAtIndex(std::size_t index) const {
     library().note("asset at " + std::to_string(index));
-    return static_cast<const Snapshot*>(object.get())->assets.at(index);
+    return snapshotOf(*this).records.at(index);
 }
 
 PHFetchResult<PHAsset> fetchAssetsWithOptions(const PHFetchOptions& options) {
-    std::string line = "fetch all assets";
-    for (const NSSortDescriptor& descriptor : options.sortDescriptors)
-        line += ", by " + descriptor.key + (descriptor.ascending ? " ascending" : " descending");
-    library().note(line);
-    const auto& script = library();
-    return resultOf({script.assets, script.countClaimed.value_or(script.assets.size())});
+    library().note("fetch all assets" + scripted::describe(options));
+    return resultOf(library().assets, library().countClaimed);
 }
 
 PHFetchResult<PHAsset>
 fetchAssetsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {
-    library().note("fetch assets " + joined(identifiers));
+    library().note("fetch assets " + scripted::joined(identifiers));
+    if (library().firstFoundIsNil)
+        return resultOf<PHAsset>({std::nullopt});
     const std::set<std::string> wanted(identifiers.begin(), identifiers.end());
-    Snapshot found;
+    Records<PHAsset> found;
     for (const auto& asset : library().assets) {
         if (asset && wanted.contains(asset->localIdentifier))
-            found.assets.push_back(asset);
+            found.push_back(asset);
     }
-    found.count = found.assets.size();
-    if (library().firstFoundIsNil)
-        found = {{std::nullopt}, 1};
     return resultOf(std::move(found));
 }
 

@@ -21,6 +21,15 @@ std::vector<std::string> Library::operations() {
     return notes;
 }
 
+std::optional<platform::PHObjectPlaceholder>
+Library::nextPlaceholder(const std::string& identifier) {
+    if (placeholders.empty())
+        return platform::PHObjectPlaceholder{identifier};
+    auto placeholder = placeholders.front();
+    placeholders.pop_front();
+    return placeholder;
+}
+
 Library& library() {
     if (g_library == nullptr)
         throw std::logic_error("no scripted library is installed");
@@ -48,6 +57,23 @@ platform::PHAsset imageAsset(const std::string& identifier) {
     asset.localIdentifier = identifier;
     asset.mediaType = platform::PHAssetMediaTypeImage;
     return asset;
+}
+
+platform::PHAssetCollection albumTitled(const std::string& identifier,
+                                        std::optional<std::string> title) {
+    return {.localIdentifier = identifier, .localizedTitle = std::move(title)};
+}
+
+platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
+                                             std::optional<std::string> title) {
+    auto album = albumTitled(identifier, std::move(title));
+    album.assetCollectionType = platform::PHAssetCollectionTypeSmartAlbum;
+    return album;
+}
+
+platform::PHCollectionList folderTitled(const std::string& identifier,
+                                        std::optional<std::string> title) {
+    return {.localIdentifier = identifier, .localizedTitle = std::move(title)};
 }
 
 platform::PHAssetResource resourceNamed(long type, std::optional<std::string> originalFilename) {

@@ -3,12 +3,13 @@
 #pragma once
 
 #include "platform/asset.h"
-#include "platform/change_requests.h"
+#include "platform/collection_change_requests.h"
 #include "platform/files.h"
 #include "platform/image_manager.h"
 #include "platform/photo_library.h"
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -30,6 +31,7 @@ enum class HandlerCalls {
 struct ChangeAnswer {
     bool done = true;
     std::optional<platform::NSError> error;
+    std::function<void()> effect; // what else is different from now on
 };
 
 // One call of an image request's handler.
@@ -51,6 +53,16 @@ struct Library {
     bool firstFoundIsNil = false;            // a lookup finds something, but no object
     std::map<std::string, std::vector<platform::PHAssetResource>> resources; // by identifier
 
+    // Collections. Lookups find what stands under the identifier; a missing value is a nil object.
+    // What a collection holds and what holds it stands under its own identifier.
+    std::map<std::string, std::optional<platform::PHAssetCollection>> albums; // and smart albums
+    std::map<std::string, std::optional<platform::PHCollectionList>> folders;
+    std::vector<std::optional<platform::PHCollection>> topLevel;
+    std::map<std::string, std::vector<std::optional<platform::PHCollection>>> children;
+    std::map<std::string, std::vector<std::optional<platform::PHCollectionList>>> holders;
+    std::map<std::string, std::vector<std::optional<platform::PHAsset>>> assetsInAlbum;
+    std::vector<std::optional<platform::PHAssetCollection>> smartAlbums;
+
     // Pictures.
     std::vector<ImageDelivery> imageDeliveries;
     bool imagesFromAnotherThread = false; // still before the request returns
@@ -64,6 +76,10 @@ struct Library {
     std::deque<ChangeAnswer> changeAnswers;
     std::deque<std::optional<platform::PHObjectPlaceholder>> placeholders;
     bool changesOnAnotherThread = false;
+    bool givesChangeRequests = true; // for collections that exist
+
+    // The next scripted placeholder, or one for this identifier.
+    std::optional<platform::PHObjectPlaceholder> nextPlaceholder(const std::string& identifier);
 
     // What happened. Threads that still run handlers are joined by operations().
     void note(const std::string& line);
@@ -91,6 +107,12 @@ private:
 
 platform::NSError errorSaying(const std::string& sentence);
 platform::PHAsset imageAsset(const std::string& identifier);
+platform::PHAssetCollection albumTitled(const std::string& identifier,
+                                        std::optional<std::string> title);
+platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
+                                             std::optional<std::string> title);
+platform::PHCollectionList folderTitled(const std::string& identifier,
+                                        std::optional<std::string> title);
 platform::PHAssetResource resourceNamed(long type, std::optional<std::string> originalFilename);
 
 } // namespace scripted

@@ -1,0 +1,98 @@
+// What is asked of albums and folders inside transactions. A request carries the words that later
+// calls name it by.
+#include "tests/double/fetch_results.h"
+#include "tests/double/scripted_library.h"
+
+namespace platform {
+
+using scripted::identifiersIn;
+using scripted::library;
+
+namespace {
+
+template <class Request>
+Request requestFor(const std::string& words) {
+    library().note("request " + words);
+    return {std::make_shared<std::string>(words)};
+}
+
+template <class Request>
+std::optional<Request> changeRequestFor(const std::string& words) {
+    auto request = requestFor<Request>(words);
+    if (!library().givesChangeRequests)
+        return std::nullopt;
+    return request;
+}
+
+template <class Request>
+std::string wordsOf(const Request& request) {
+    return *static_cast<const std::string*>(request.object.get());
+}
+
+} // namespace
+
+PHAssetCollectionChangeRequest
+creationRequestForAssetCollectionWithTitle(const std::string& title) {
+    return requestFor<PHAssetCollectionChangeRequest>("new album '" + title + "'");
+}
+
+std::optional<PHObjectPlaceholder>
+placeholderForCreatedAssetCollection(const PHAssetCollectionChangeRequest&) {
+    return library().nextPlaceholder("new album");
+}
+
+std::optional<PHAssetCollectionChangeRequest>
+changeRequestForAssetCollection(const PHAssetCollection& album) {
+    return changeRequestFor<PHAssetCollectionChangeRequest>("album " + album.localIdentifier);
+}
+
+void setTitle(const PHAssetCollectionChangeRequest& request, const std::string& title) {
+    library().note(wordsOf(request) + ": set title '" + title + "'");
+}
+
+void addAssets(const PHAssetCollectionChangeRequest& request,
+               const PHFetchResult<PHAsset>& assets) {
+    library().note(wordsOf(request) + ": add assets " + identifiersIn(assets));
+}
+
+void removeAssets(const PHAssetCollectionChangeRequest& request,
+                  const PHFetchResult<PHAsset>& assets) {
+    library().note(wordsOf(request) + ": remove assets " + identifiersIn(assets));
+}
+
+void deleteAssetCollections(const PHFetchResult<PHAssetCollection>& albums) {
+    library().note("delete albums " + identifiersIn(albums));
+}
+
+PHCollectionListChangeRequest creationRequestForCollectionListWithTitle(const std::string& title) {
+    return requestFor<PHCollectionListChangeRequest>("new folder '" + title + "'");
+}
+
+std::optional<PHObjectPlaceholder>
+placeholderForCreatedCollectionList(const PHCollectionListChangeRequest&) {
+    return library().nextPlaceholder("new folder");
+}
+
+std::optional<PHCollectionListChangeRequest>
+changeRequestForCollectionList(const PHCollectionList& folder) {
+    return changeRequestFor<PHCollectionListChangeRequest>("folder " + folder.localIdentifier);
+}
+
+void setTitle(const PHCollectionListChangeRequest& request, const std::string& title) {
+    library().note(wordsOf(request) + ": set title '" + title + "'");
+}
+
+void addChildCollections(const PHCollectionListChangeRequest& request,
+                         const std::vector<PHCollection>& children) {
+    for (const PHCollection& child : children) {
+        const std::string identifier =
+            std::visit([](const auto& either) { return either.localIdentifier; }, child);
+        library().note(wordsOf(request) + ": add " + identifier);
+    }
+}
+
+void deleteCollectionLists(const PHFetchResult<PHCollectionList>& folders) {
+    library().note("delete folders " + identifiersIn(folders));
+}
+
+} // namespace platform

@@ -1,0 +1,116 @@
+// Fetches of albums, smart albums and folders, and of what they hold.
+#include "tests/double/fetch_results.h"
+#include "tests/double/scripted_library.h"
+
+namespace platform {
+
+using scripted::library;
+using scripted::Records;
+using scripted::resultOf;
+using scripted::snapshotOf;
+
+namespace {
+
+// What stands under the identifiers.
+template <class Record>
+PHFetchResult<Record> lookUp(const std::map<std::string, std::optional<Record>>& all,
+                             const std::vector<std::string>& identifiers) {
+    Records<Record> found;
+    for (const std::string& identifier : identifiers) {
+        if (const auto entry = all.find(identifier); entry != all.end())
+            found.push_back(entry->second);
+    }
+    return resultOf(std::move(found));
+}
+
+template <class Record>
+Records<Record> listUnder(const std::string& identifier,
+                          const std::map<std::string, Records<Record>>& lists) {
+    const auto entry = lists.find(identifier);
+    return entry == lists.end() ? Records<Record>() : entry->second;
+}
+
+} // namespace
+
+template <>
+std::size_t PHFetchResult<PHAssetCollection>::count() const {
+    return snapshotOf(*this).count;
+}
+
+template <>
+std::optional<PHAssetCollection>
+PHFetchResult<PHAssetCollection>::objectAtIndex(std::size_t index) const {
+    return snapshotOf(*this).records.at(index);
+}
+
+template <>
+std::size_t PHFetchResult<PHCollectionList>::count() const {
+    return snapshotOf(*this).count;
+}
+
+template <>
+std::optional<PHCollectionList>
+PHFetchResult<PHCollectionList>::objectAtIndex(std::size_t index) const {
+    return snapshotOf(*this).records.at(index);
+}
+
+template <>
+std::size_t PHFetchResult<PHCollection>::count() const {
+    return snapshotOf(*this).count;
+}
+
+template <>
+std::optional<PHCollection> PHFetchResult<PHCollection>::objectAtIndex(std::size_t index) const {
+    return snapshotOf(*this).records.at(index);
+}
+
+PHFetchResult<PHAssetCollection>
+fetchAssetCollectionsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {
+    library().note("fetch albums " + scripted::joined(identifiers));
+    return lookUp(library().albums, identifiers);
+}
+
+PHFetchResult<PHCollectionList>
+fetchCollectionListsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {
+    library().note("fetch folders " + scripted::joined(identifiers));
+    return lookUp(library().folders, identifiers);
+}
+
+PHFetchResult<PHCollection> fetchCollectionsInCollectionList(const PHCollectionList& folder) {
+    library().note("fetch collections in " + folder.localIdentifier);
+    return resultOf(listUnder(folder.localIdentifier, library().children));
+}
+
+PHFetchResult<PHCollection> fetchTopLevelUserCollections() {
+    library().note("fetch collections at the top level");
+    return resultOf(library().topLevel);
+}
+
+PHFetchResult<PHAssetCollection> fetchAssetCollectionsWithType(long type, long subtype) {
+    library().note("fetch albums of type " + std::to_string(type) + ", subtype " +
+                   std::to_string(subtype));
+    return resultOf(library().smartAlbums);
+}
+
+PHFetchResult<PHCollectionList>
+fetchCollectionListsContainingCollection(const PHCollection& collection) {
+    const std::string identifier =
+        std::visit([](const auto& either) { return either.localIdentifier; }, collection);
+    library().note("fetch folders that hold " + identifier);
+    return resultOf(listUnder(identifier, library().holders));
+}
+
+PHFetchResult<PHAsset> fetchAssetsInAssetCollection(const PHAssetCollection& collection,
+                                                    const PHFetchOptions* options) {
+    library().note("fetch assets in " + collection.localIdentifier +
+                   (options == nullptr ? ", no options" : scripted::describe(*options)));
+    auto assets = listUnder(collection.localIdentifier, library().assetsInAlbum);
+    if (options != nullptr && options->predicate) {
+        std::erase_if(assets, [&](const auto& asset) {
+            return !asset || asset->localIdentifier != options->predicate->argument;
+        });
+    }
+    return resultOf(std::move(assets));
+}
+
+} // namespace platform
