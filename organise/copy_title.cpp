@@ -3,7 +3,7 @@
 std::string titleForCopy(const std::optional<std::string>& title,
                          const std::set<std::string>& siblingTitles) {
     constexpr int lastNumber = 999;
-    const std::string base = title.value_or("Album") + " copy";
+    std::string base = title.value_or("Album") + " copy";
     if (!siblingTitles.contains(base))
         return base;
     for (int number = 2; number <= lastNumber; ++number) {
