@@ -58,9 +58,7 @@ std::filesystem::path largeLibrary(const Settings& settings) {
 class SteppedRows {
 public:
     explicit SteppedRows(const std::filesystem::path& catalogue) {
-        const auto copy = catalogue.parent_path() / "floor.db";
-        std::filesystem::copy_file(catalogue, copy,
-                                   std::filesystem::copy_options::overwrite_existing);
+        const auto copy = copyElsewhere(catalogue, "floor.db");
         sqlite3_open_v2(copy.c_str(), &database_, SQLITE_OPEN_READWRITE, nullptr);
         prepare(
             page_,

@@ -68,4 +68,14 @@ void runElsewhere(const std::filesystem::path& catalogue, const std::string& sql
     }
 }
 
+std::filesystem::path copyElsewhere(const std::filesystem::path& catalogue,
+                                    const std::string& name) {
+    const auto copy = catalogue.parent_path() / name;
+    for (const char* ending : {"", "-wal", "-shm"})
+        std::filesystem::remove(copy.string() + ending);
+    runElsewhere(catalogue, "VACUUM INTO '" + copy.string() + "'");
+    runElsewhere(copy, "PRAGMA journal_mode=WAL");
+    return copy;
+}
+
 } // namespace bench

@@ -44,20 +44,22 @@ std::string orderBy(const Source& source) {
            source.key.substr(comma) + " " + source.direction;
 }
 
+std::string columnsWithFavorite() {
+    return PHOTOS_KIT_ASSET_COLUMNS("asset.hidden", PHOTOS_KIT_IS_FAVORITE);
+}
+
 // The inner part picks the rows and their order and skips; only what is left is looked up.
 std::string page(const Source& source) {
     const std::string from =
         source.seekable ? " AND (" + source.key + ") <= (?1, ?2)" : std::string();
-    const char* columns = PHOTOS_KIT_ASSET_COLUMNS("asset.hidden", PHOTOS_KIT_IS_FAVORITE);
-    const char* columnsWithoutFavorite = PHOTOS_KIT_ASSET_COLUMNS("asset.hidden", "0");
-    return std::string("SELECT ") + (source.byCreation ? columnsWithoutFavorite : columns) +
-           " FROM (" + source.select + from + orderBy(source) +
+    const std::string columns =
+        source.byCreation ? PHOTOS_KIT_ASSET_COLUMNS("asset.hidden", "0") : columnsWithFavorite();
+    return "SELECT " + columns + " FROM (" + source.select + from + orderBy(source) +
            " LIMIT -1 OFFSET ?3) AS o CROSS JOIN asset ON asset.n = o.n";
 }
 
 std::string limitedPage(const Source& source) {
-    return "SELECT " PHOTOS_KIT_ASSET_COLUMNS("asset.hidden", PHOTOS_KIT_IS_FAVORITE) " FROM (" +
-           source.select + orderBy(source) +
+    return "SELECT " + columnsWithFavorite() + " FROM (" + source.select + orderBy(source) +
            " LIMIT -1) AS o CROSS JOIN asset ON asset.n = o.n "
            "WHERE o.n IN (SELECT asset FROM limited_choice) LIMIT -1 OFFSET ?3";
 }
@@ -75,12 +77,9 @@ std::string member(const AlbumOrder& order) {
         order.smart ? order.smart->condition
                     : "EXISTS (SELECT 1 FROM album_member AS m WHERE m.album = ?4 "
                       "AND m.asset = asset.n AND m.listed = 1)";
-    return "SELECT " PHOTOS_KIT_ASSET_COLUMNS(
-               "asset.hidden",
-               PHOTOS_KIT_IS_FAVORITE) " FROM asset "
-                                       "WHERE asset.uuid = ?5 AND (?3 OR asset.n IN (SELECT "
-                                       "l.asset FROM limited_choice AS l)) "
-                                       "AND " +
+    return "SELECT " + columnsWithFavorite() +
+           " FROM asset CROSS JOIN library WHERE asset.uuid = ?5 AND (library.access = 3 OR "
+           "(library.access = 4 AND asset.n IN (SELECT l.asset FROM limited_choice AS l))) AND " +
            condition;
 }
 

@@ -25,10 +25,9 @@ struct AlbumStatements {
     const char* keys;  // the whole order: key, n
     const char* limitedPage; // within the limited choice; ?3 counts from the start
     const char* limitedCount;
-    const char*
-        member;      // the asset with uuid ?5, if the album has it; ?3: any, not only chosen ones
-    bool seekable;   // the page can begin at a key
-    bool byCreation; // the key is the creation time
+    const char* member; // the asset with uuid ?5, if the album has it and it may be seen
+    bool seekable;      // the page can begin at a key
+    bool byCreation;    // the key is the creation time
 };
 
 const AlbumStatements& statementsFor(const AlbumOrder& order);

@@ -3,6 +3,8 @@
 #include "platform/local/asset_record.h"
 #include "platform/local/fetched_assets.h"
 
+#include <algorithm>
+
 namespace local {
 
 namespace {
@@ -14,13 +16,21 @@ using platform::PHFetchResult;
 // of any number of assets is one statement.
 std::string rowNumbers(const PHFetchResult<PHAsset>& assets) {
     std::string json = "[";
-    for (std::size_t i = 0; i < assets.count(); ++i) {
-        const auto asset = assets.objectAtIndex(i);
-        if (!asset || !asset->object)
-            continue;
+    const auto append = [&](const PHAsset& asset) {
         if (json.size() > 1)
             json += ',';
-        json += std::to_string(recordOf(*asset).n);
+        json += std::to_string(recordOf(asset).n);
+    };
+    if (!assets.object)
+        return "[]";
+    const auto* fetched = static_cast<const FetchedAssets*>(assets.object.get());
+    if (const auto* known = std::get_if<KnownAssets>(fetched)) {
+        std::for_each(known->assets.begin(), known->assets.end(), append);
+        return json + "]";
+    }
+    for (std::size_t i = 0; i < assets.count(); ++i) {
+        if (const auto asset = assets.objectAtIndex(i))
+            append(*asset);
     }
     return json + "]";
 }
