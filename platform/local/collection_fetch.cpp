@@ -3,7 +3,6 @@
 #include "platform/collection.h"
 
 #include "platform/local/access.h"
-#include "platform/local/album_order.h"
 #include "platform/local/collection_record.h"
 #include "platform/local/guarded.h"
 #include "platform/local/library.h"
@@ -18,13 +17,18 @@ using platform::PHAssetCollection;
 using platform::PHCollection;
 using platform::PHCollectionList;
 
-// Behind a PHFetchResult of collections.
+// Behind a PHFetchResult of albums or of folders.
 template <class Record>
 struct FetchedCollections {
     std::vector<Record> records;
-    // Set until the records are wanted, while only their number is known.
-    std::optional<std::int64_t> knownCount;
-    std::int64_t folder = 0;
+};
+
+// What a folder or the top level holds, read when somebody walks it.
+struct Children {
+    std::int64_t folder = 0;                // row number; 0: the top level
+    std::optional<std::int64_t> knownCount; // until the rows are read
+    std::vector<CollectionRow> rows;
+    bool limited = false;
 };
 
 template <class Record>
@@ -35,7 +39,7 @@ FetchedCollections<Record>& fetched(const std::shared_ptr<void>& object) {
 template <class Record>
 platform::PHFetchResult<Record> resultOf(std::vector<Record> records) {
     return {std::make_shared<FetchedCollections<Record>>(
-        FetchedCollections<Record>{std::move(records), std::nullopt, 0})};
+        FetchedCollections<Record>{std::move(records)})};
 }
 
 // A connection to a library that this application may see; nothing without access.
@@ -52,19 +56,18 @@ std::optional<Sight> openToSee() {
     return Sight{std::move(connection), seesChoice(access)};
 }
 
-// The direct children of a folder (row number), or of the top level (0).
-std::vector<PHCollection> childrenOf(std::int64_t folder) {
-    std::vector<PHCollection> children;
+void readChildren(Children& children) {
+    children.knownCount.reset();
     const auto sight = openToSee();
     if (!sight)
-        return children;
+        return;
+    children.limited = sight->limited;
     Statement rows = sight->connection->statement("SELECT " PHOTOS_KIT_COLLECTION_COLUMNS
                                                   " FROM collection INDEXED BY collection_order "
                                                   "WHERE ifnull(parent, 0) = ?1 ORDER BY position");
-    rows.bind(1, folder);
+    rows.bind(1, children.folder);
     while (rows.step())
-        children.push_back(collectionFromRow(rows, sight->limited));
-    return children;
+        children.rows.push_back(collectionRow(rows));
 }
 
 std::vector<PHCollection> collectionsWithIdentifiers(const std::vector<std::string>& identifiers,
@@ -86,16 +89,42 @@ std::vector<PHCollection> collectionsWithIdentifiers(const std::vector<std::stri
             "WHERE uuid = ?1 AND kind = ?2 AND library.access IN (3, 4)");
         row.bindBlob(1, uuid).bind(2, kind);
         if (row.step())
-            found.push_back(collectionFromRow(row, seesChoice(row.integer(5))));
+            found.push_back(collectionOf(collectionRow(row), seesChoice(row.integer(5))));
     }
     return found;
 }
 
-PHAssetCollection liveSmartAlbum(const SmartAlbum& album, const Sight& sight) {
-    if (sight.limited)
-        return collectionOf(album, std::nullopt);
-    Statement state = sight.connection->statement(statementsFor({&album, 0, false}).state);
-    return collectionOf(album, state.step() ? state.integer(1) : 0);
+// The counts of all smart albums, in their order: one statement, because a level shows them all.
+std::vector<std::int64_t> smartCounts(CatalogueConnection& connection) {
+    static const std::string* const sql = [] {
+        auto* text = new std::string("SELECT ");
+        for (const SmartAlbum& album : smartAlbums())
+            *text += std::string(album.countColumn) + ", ";
+        text->replace(text->size() - 2, 2, " FROM library, smart_album");
+        return text;
+    }();
+    std::vector<std::int64_t> counts(smartAlbums().size());
+    Statement row = connection.statement(sql->c_str());
+    if (row.step()) {
+        for (std::size_t i = 0; i < counts.size(); ++i)
+            counts[i] = row.integer(static_cast<int>(i));
+    }
+    return counts;
+}
+
+// Those that `wanted` picks.
+template <class Wanted>
+void appendSmartAlbums(std::vector<PHAssetCollection>& found, Wanted wanted) {
+    const auto sight = openToSee();
+    if (!sight)
+        return;
+    const std::vector<std::int64_t> counts = smartCounts(*sight->connection);
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        const SmartAlbum& album = smartAlbums()[i];
+        if (wanted(album))
+            found.push_back(
+                collectionOf(album, sight->limited ? std::nullopt : std::optional(counts[i])));
+    }
 }
 
 } // namespace
@@ -137,23 +166,23 @@ template <>
 std::size_t PHFetchResult<PHCollection>::count() const {
     if (!object)
         return 0;
-    const auto& collections = fetched<PHCollection>(object);
-    return collections.knownCount ? static_cast<std::size_t>(*collections.knownCount)
-                                  : collections.records.size();
+    const auto& children = *static_cast<local::Children*>(object.get());
+    return children.knownCount ? static_cast<std::size_t>(*children.knownCount)
+                               : children.rows.size();
 }
 
 template <>
 std::optional<PHCollection> PHFetchResult<PHCollection>::objectAtIndex(std::size_t index) const {
     if (!object)
         return std::nullopt;
-    auto& collections = fetched<PHCollection>(object);
-    if (collections.knownCount) {
-        collections.records = orElse<std::vector<PHCollection>>(
-            {}, [&] { return local::childrenOf(collections.folder); });
-        collections.knownCount.reset();
-    }
-    return index < collections.records.size() ? std::optional(collections.records[index])
-                                              : std::nullopt;
+    auto& children = *static_cast<local::Children*>(object.get());
+    return orElse<std::optional<PHCollection>>(std::nullopt, [&]() -> std::optional<PHCollection> {
+        if (children.knownCount)
+            local::readChildren(children);
+        if (index >= children.rows.size())
+            return std::nullopt;
+        return local::collectionOf(children.rows[index], children.limited);
+    });
 }
 
 PHFetchResult<PHAssetCollection>
@@ -161,10 +190,9 @@ fetchAssetCollectionsWithLocalIdentifiers(const std::vector<std::string>& identi
     return orElse<PHFetchResult<PHAssetCollection>>({}, [&] {
         std::vector<PHAssetCollection> found;
         for (const std::string& identifier : identifiers) {
-            const local::SmartAlbum* smart = local::smartAlbumWithIdentifier(identifier);
-            const auto sight = smart ? local::openToSee() : std::nullopt;
-            if (sight)
-                found.push_back(local::liveSmartAlbum(*smart, *sight));
+            if (const auto* smart = local::smartAlbumWithIdentifier(identifier))
+                local::appendSmartAlbums(
+                    found, [&](const local::SmartAlbum& album) { return &album == smart; });
         }
         for (auto& album : local::collectionsWithIdentifiers(identifiers, local::kindAlbum))
             found.push_back(std::get<PHAssetCollection>(std::move(album)));
@@ -186,25 +214,24 @@ PHFetchResult<PHCollection> fetchCollectionsInCollectionList(const PHCollectionL
     if (!folder.object)
         return {};
     const local::CollectionRecord& record = local::recordOf(folder);
-    using Fetched = local::FetchedCollections<PHCollection>;
-    return {std::make_shared<Fetched>(Fetched{{}, record.knownCount, record.n})};
+    return {std::make_shared<local::Children>(local::Children{record.n, record.knownCount, {}})};
 }
 
 PHFetchResult<PHCollection> fetchTopLevelUserCollections() {
-    return orElse<PHFetchResult<PHCollection>>(
-        {}, [] { return local::resultOf(local::childrenOf(0)); });
+    return orElse<PHFetchResult<PHCollection>>({}, [] {
+        const auto children = std::make_shared<local::Children>();
+        local::readChildren(*children);
+        return PHFetchResult<PHCollection>{children};
+    });
 }
 
 PHFetchResult<PHAssetCollection> fetchAssetCollectionsWithType(long type, long subtype) {
     return orElse<PHFetchResult<PHAssetCollection>>({}, [&] {
         std::vector<PHAssetCollection> found;
-        const auto sight = local::openToSee();
-        if (!sight || type != PHAssetCollectionTypeSmartAlbum)
-            return local::resultOf(std::move(found));
-        for (const local::SmartAlbum& album : local::smartAlbums()) {
-            if (subtype == PHAssetCollectionSubtypeAny || subtype == album.subtype)
-                found.push_back(local::liveSmartAlbum(album, *sight));
-        }
+        if (type == PHAssetCollectionTypeSmartAlbum)
+            local::appendSmartAlbums(found, [&](const local::SmartAlbum& album) {
+                return subtype == PHAssetCollectionSubtypeAny || subtype == album.subtype;
+            });
         return local::resultOf(std::move(found));
     });
 }
@@ -222,8 +249,8 @@ fetchCollectionListsContainingCollection(const PHCollection& collection) {
             "CROSS JOIN collection ON collection.n = child.parent WHERE child.n = ?1");
         row.bind(1, local::recordOf(collection).n);
         if (row.step())
-            found.push_back(
-                std::get<PHCollectionList>(local::collectionFromRow(row, sight->limited)));
+            found.push_back(std::get<PHCollectionList>(
+                local::collectionOf(local::collectionRow(row), sight->limited)));
         return local::resultOf(std::move(found));
     });
 }

@@ -36,22 +36,27 @@ std::optional<Uuid> uuidOfCollectionIdentifier(std::string_view identifier, Coll
     return uuidFromText(identifier.substr(0, identifier.size() - ending.size()));
 }
 
-platform::PHCollection collectionFromRow(const Statement& row, bool limitedAccess) {
-    const auto record = std::make_shared<CollectionRecord>();
-    record->n = row.integer(0);
-    const auto kind = row.integer(2) == kindAlbum ? kindAlbum : kindFolder;
-    if (kind == kindFolder || !limitedAccess)
-        record->knownCount = row.integer(4);
-    Uuid uuid{};
+CollectionRow collectionRow(const Statement& row) {
+    CollectionRow read;
+    read.n = row.integer(0);
     const auto bytes = row.blob(1);
-    std::copy_n(bytes.begin(), std::min(bytes.size(), uuid.size()), uuid.begin());
-    std::optional<std::string> title;
+    std::copy_n(bytes.begin(), std::min(bytes.size(), read.uuid.size()), read.uuid.begin());
+    read.kind = row.integer(2) == kindAlbum ? kindAlbum : kindFolder;
     if (!row.isNull(3))
-        title = row.text(3);
-    if (kind == kindFolder)
-        return platform::PHCollectionList{collectionIdentifier(uuid, kind), std::move(title),
-                                          record};
-    return platform::PHAssetCollection{collectionIdentifier(uuid, kind), std::move(title),
+        read.title = row.text(3);
+    read.held = row.integer(4);
+    return read;
+}
+
+platform::PHCollection collectionOf(const CollectionRow& row, bool limitedAccess) {
+    const auto record = std::make_shared<CollectionRecord>();
+    record->n = row.n;
+    if (row.kind == kindFolder || !limitedAccess)
+        record->knownCount = row.held;
+    std::string identifier = collectionIdentifier(row.uuid, row.kind);
+    if (row.kind == kindFolder)
+        return platform::PHCollectionList{std::move(identifier), row.title, record};
+    return platform::PHAssetCollection{std::move(identifier), row.title,
                                        platform::PHAssetCollectionTypeAlbum, record};
 }
 

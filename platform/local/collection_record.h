@@ -24,11 +24,20 @@ const CollectionRecord& recordOf(const platform::PHAssetCollection& album);
 const CollectionRecord& recordOf(const platform::PHCollectionList& folder);
 const CollectionRecord& recordOf(const platform::PHCollection& collection);
 
-// The columns that collectionFromRow reads, of the table "collection".
+// A row of the table "collection", from the columns below.
+struct CollectionRow {
+    std::int64_t n = 0;
+    Uuid uuid{};
+    CollectionKind kind = kindAlbum;
+    std::optional<std::string> title;
+    std::int64_t held = 0;
+};
+
 #define PHOTOS_KIT_COLLECTION_COLUMNS                                                              \
     "collection.n, collection.uuid, collection.kind, collection.title, collection.held"
 
-platform::PHCollection collectionFromRow(const Statement& row, bool limitedAccess);
+CollectionRow collectionRow(const Statement& row);
+platform::PHCollection collectionOf(const CollectionRow& row, bool limitedAccess);
 platform::PHAssetCollection collectionOf(const SmartAlbum& album,
                                          std::optional<std::int64_t> knownCount);
 

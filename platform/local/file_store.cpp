@@ -52,13 +52,13 @@ std::string originalPath(std::string_view name) {
 
 std::string uppercaseText(const Uuid& uuid) {
     constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(uuidTextLength);
+    std::string text(uuidTextLength, '-');
+    std::size_t at = 0;
     for (std::size_t i = 0; i < uuid.size(); ++i) {
         if (i == 4 || i == 6 || i == 8 || i == 10)
-            text.push_back('-');
-        text.push_back(digits[uuid[i] >> 4]);
-        text.push_back(digits[uuid[i] & 15]);
+            ++at;
+        text[at++] = digits[uuid[i] >> 4];
+        text[at++] = digits[uuid[i] & 15];
     }
     return text;
 }

@@ -58,6 +58,8 @@ std::string identifierOf(const SmartAlbum& album) {
 }
 
 const SmartAlbum* smartAlbumWithIdentifier(std::string_view identifier) {
+    if (!identifier.starts_with(identifierStart))
+        return nullptr;
     const auto* found = std::find_if(albums.begin(), albums.end(), [&](const SmartAlbum& album) {
         return identifierOf(album) == identifier;
     });
