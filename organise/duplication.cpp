@@ -91,7 +91,7 @@ std::optional<std::string> duplicateCollectionInto(const PHCollection& source,
     auto identifier = duplicateOne(source, parent, title, openFolders);
     while (!openFolders.empty()) {
         OpenFolder& folder = openFolders.top();
-        if (folder.nextChild == folder.children.count()) {
+        if (folder.nextChild >= folder.children.count()) {
             openFolders.pop();
             continue;
         }
