@@ -4,6 +4,24 @@
 
 #include <cstddef>
 
+namespace {
+
+std::optional<std::string> decodedText(const char* characters) {
+    if (characters == nullptr)
+        return std::nullopt;
+    std::optional<std::string> text(characters);
+    if (!isValidUtf8(*text))
+        text.reset();
+    return text;
+}
+
+void releaseCharacters(JNIEnv* env, jstring string, const char* characters) {
+    if (characters != nullptr)
+        env->ReleaseStringUTFChars(string, characters);
+}
+
+} // namespace
+
 std::optional<std::string> stringArgument(JNIEnv* env, jstring string) {
     if (string == nullptr)
         return std::nullopt;
@@ -12,12 +30,8 @@ std::optional<std::string> stringArgument(JNIEnv* env, jstring string) {
 
 std::optional<std::string> textOfString(JNIEnv* env, jstring string) {
     const char* const characters = env->GetStringUTFChars(string, nullptr);
-    if (characters == nullptr)
-        return std::nullopt;
-    std::optional<std::string> text(characters);
-    env->ReleaseStringUTFChars(string, characters);
-    if (!isValidUtf8(*text))
-        text.reset();
+    auto text = decodedText(characters);
+    releaseCharacters(env, string, characters);
     return text;
 }
 
@@ -25,8 +39,12 @@ std::optional<std::pair<std::string, std::string>> stringPairArgument(JNIEnv* en
                                                                       jstring second) {
     if (first == nullptr || second == nullptr)
         return std::nullopt;
-    auto firstText = textOfString(env, first);
-    auto secondText = textOfString(env, second);
+    const char* const firstCharacters = env->GetStringUTFChars(first, nullptr);
+    const char* const secondCharacters = env->GetStringUTFChars(second, nullptr);
+    auto firstText = decodedText(firstCharacters);
+    auto secondText = decodedText(secondCharacters);
+    releaseCharacters(env, first, firstCharacters);
+    releaseCharacters(env, second, secondCharacters);
     if (!firstText || !secondText)
         return std::nullopt;
     return std::pair(std::move(*firstText), std::move(*secondText));

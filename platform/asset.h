@@ -69,10 +69,11 @@ struct PHFetchOptions {
     std::optional<NSPredicate> predicate;
 };
 
-// What a fetch found: a snapshot of the library at the moment of the fetch. Counting costs
-// nothing more, and walking forwards from any index costs the records walked, not those before
-// them. Copies share one snapshot; use a result from one thread at a time, and keep it no longer
-// than a call, because the library holds what the snapshot needs until the last copy is gone.
+// What a fetch found: a snapshot of the library at the moment of the fetch, unless the fetch says
+// otherwise. Counting costs nothing more, and walking forwards from any index costs the records
+// walked, not those before them. Copies share one snapshot; use a result from one thread at a time,
+// and keep it no longer than a call, because the library holds what the snapshot needs until the
+// last copy is gone.
 template <class Record>
 class PHFetchResult {
 public:

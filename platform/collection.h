@@ -56,7 +56,8 @@ fetchAssetCollectionsWithLocalIdentifiers(const std::vector<std::string>& identi
 PHFetchResult<PHCollectionList>
 fetchCollectionListsWithLocalIdentifiers(const std::vector<std::string>& identifiers);
 
-// What the folder holds directly, in the order that the library keeps.
+// What the folder holds directly, in the order that the library keeps. The count may be as old as
+// the folder's own fetch; the records are those of the moment when the first one is asked for.
 PHFetchResult<PHCollection> fetchCollectionsInCollectionList(const PHCollectionList& folder);
 
 // The user's albums and folders that no folder holds, in the order that the library keeps.
