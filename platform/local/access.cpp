@@ -13,11 +13,25 @@ bool requireChangeAccess(CatalogueConnection& connection) {
                        "This application has no access to the photo library.");
 }
 
+namespace {
+
+thread_local std::weak_ptr<const long> accessInSnapshot;
+
+} // namespace
+
+std::shared_ptr<const long> accessOfThisThreadsFetch(long status) {
+    auto kept = std::make_shared<const long>(status);
+    accessInSnapshot = kept;
+    return kept;
+}
+
 } // namespace local
 
 namespace platform {
 
 long authorizationStatusForAccessLevel(long) {
+    if (const auto fetched = local::accessInSnapshot.lock())
+        return *fetched;
     // A library that cannot be opened is one that this user may not have now.
     return local::orElse<long>(PHAuthorizationStatusRestricted, [] {
         return static_cast<long>(

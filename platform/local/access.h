@@ -4,11 +4,18 @@
 #include "platform/local/catalogue_connection.h"
 #include "platform/photo_library.h"
 
+#include <memory>
+
 namespace local {
 
 // Throws the error that a change gets without access. Call it inside the change's transaction.
 // Answers whether access is limited to a choice of assets.
 bool requireChangeAccess(CatalogueConnection& connection);
+
+// While a fetch of this thread holds a snapshot, the access that holds in it: whoever asks during
+// the fetch gets the answer that its rows were chosen by, and no second connection is needed.
+// Lives as long as the answer is kept.
+[[nodiscard]] std::shared_ptr<const long> accessOfThisThreadsFetch(long status);
 
 inline bool seesEverything(long status) {
     return status == platform::PHAuthorizationStatusAuthorized;

@@ -15,6 +15,8 @@ ListedAssets::ListedAssets(bool forWalking)
         // walk without markers.
         takeSnapshot();
     }
+    if (forWalking)
+        accessHere_ = accessOfThisThreadsFetch(access_);
 }
 
 std::optional<platform::PHAsset> ListedAssets::at(std::size_t index) {

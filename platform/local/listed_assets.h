@@ -29,6 +29,7 @@ private:
     std::optional<Statement> rows_; // statements are done before the connection goes back
     std::optional<FavoriteWalk> favorites_;
     long access_ = 0;
+    std::shared_ptr<const long> accessHere_;
     std::int64_t count_ = 0;
     std::int64_t sequence_ = 0;
     std::int64_t next_ = 0;

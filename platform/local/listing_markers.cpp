@@ -56,24 +56,40 @@ bool ListingMarkers::bringUpTo(CatalogueConnection& connection, std::int64_t seq
     Statement log = connection.statement("SELECT seq, old_created, new_created, asset "
                                          "FROM listing_change WHERE seq > ?1 ORDER BY seq");
     log.bind(1, sequence_);
+    bool outgrown = false;
+    // A few changes are cheaper to carry through the offsets one by one than to sum up anew.
+    const bool few = sequence - sequence_ <= 16;
+    const auto count = [&](std::int64_t created, std::int32_t change) {
+        const std::size_t stretch = stretchOf({created, log.integer(3)});
+        counts_[stretch] += change;
+        outgrown |= counts_[stretch] == 0 || counts_[stretch] > longestStretch;
+        if (few)
+            shift(stretch, change);
+        return counts_[stretch] >= 0;
+    };
     while (log.step()) {
         if (log.integer(0) != sequence_ + 1)
             return false;
         ++sequence_;
-        const std::int64_t n = log.integer(3);
-        if (!log.isNull(1) && --counts_[stretchOf({log.integer(1), n})] < 0)
+        if (!log.isNull(1) && !count(log.integer(1), -1))
             return false;
-        if (!log.isNull(2))
-            ++counts_[stretchOf({log.integer(2), n})];
+        if (!log.isNull(2) && !count(log.integer(2), 1))
+            return false;
     }
     if (sequence_ != sequence)
         return false;
-    const auto outgrown = [](std::int32_t count) { return count == 0 || count > longestStretch; };
-    if (counts_.front() > longestStretch ||
-        std::any_of(counts_.begin() + 1, counts_.end(), outgrown))
+    if (outgrown)
         divide(connection);
-    renumber();
+    if (outgrown || !few)
+        renumber();
     return true;
+}
+
+// What one asset more or less in a stretch does to the offsets behind it.
+void ListingMarkers::shift(std::size_t stretch, std::int32_t change) {
+    for (std::size_t i = stretch + 1; i < offsets_.size(); ++i)
+        offsets_[i] += change;
+    total_ += change;
 }
 
 std::size_t ListingMarkers::stretchOf(const ListingKey& key) const {

@@ -68,6 +68,7 @@ private:
     std::size_t stretchOf(const ListingKey& key) const;
     void divide(CatalogueConnection& connection);
     void renumber();
+    void shift(std::size_t stretch, std::int32_t change);
 
     std::shared_ptr<const std::vector<ListingKey>> starts_;
     std::vector<std::int32_t> counts_;
