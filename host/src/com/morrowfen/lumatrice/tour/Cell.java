@@ -31,10 +31,13 @@ final class Cell {
     static String totals(List<Thumbnail> thumbnails) {
         long videos = thumbnails.stream().filter(one -> one.asset().isVideo()).count();
         long photos = thumbnails.size() - videos;
-        return counted(photos, "photo") + ", " + counted(videos, "video") + " · newest first";
+        if (videos == 0) {
+            return counted(photos, "photo");
+        }
+        return (photos == 0 ? "" : counted(photos, "photo") + ", ") + counted(videos, "video");
     }
 
-    private static String counted(long number, String noun) {
+    static String counted(long number, String noun) {
         return String.format(Locale.ROOT, "%,d %s%s", number, noun, number == 1 ? "" : "s");
     }
 }

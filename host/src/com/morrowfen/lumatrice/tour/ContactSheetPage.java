@@ -12,7 +12,9 @@ final class ContactSheetPage {
                    font: 15px/1.4 system-ui, sans-serif; }
             h1 { margin: 0; font-weight: 600; }
             header p { margin: .25rem 0 2rem; color: #9aa0a8; }
-            main { display: grid; gap: 1.5rem;
+            h2 { margin: 2.5rem 0 1rem; font-size: 1.25rem; font-weight: 600; }
+            h2 small { margin-left: .5rem; font-weight: 400; font-size: 15px; }
+            section > div { display: grid; gap: 1.5rem;
                    grid-template-columns: repeat(auto-fill, minmax(240px, 1fr)); }
             figure { margin: 0; }
             .picture { position: relative; aspect-ratio: 4 / 3; border-radius: 8px;
@@ -30,19 +32,36 @@ final class ContactSheetPage {
 
     private ContactSheetPage() {}
 
-    static Path write(String title, List<Thumbnail> thumbnails, Path output) throws IOException {
+    /** @param thumbnails all that there are, in one section or more */
+    static Path write(
+            String title, List<Thumbnail> thumbnails, List<Section> sections, Path output)
+            throws IOException {
         StringBuilder html = new StringBuilder();
         html.append("<!doctype html>\n<html lang=\"en\">\n<meta charset=\"utf-8\">\n<title>")
                 .append(escape(title)).append("</title>\n<style>\n").append(STYLE)
                 .append("</style>\n<header><h1>").append(escape(title)).append("</h1>\n<p>")
-                .append(Cell.totals(thumbnails)).append("</p></header>\n<main>\n");
-        for (Thumbnail thumbnail : thumbnails) {
-            appendFigure(html, thumbnail, output);
+                .append(Cell.totals(thumbnails))
+                .append(" · newest first</p></header>\n<main>\n");
+        for (Section section : sections) {
+            appendSection(html, section, output);
         }
         html.append("</main>\n</html>\n");
         Path page = output.resolve("contact-sheet.html");
         Files.writeString(page, html);
         return page;
+    }
+
+    private static void appendSection(StringBuilder html, Section section, Path output) {
+        html.append("<section>");
+        if (section.hasHeading()) {
+            html.append("<h2>").append(escape(section.heading())).append(" <small>")
+                    .append(Cell.totals(section.thumbnails())).append("</small></h2>");
+        }
+        html.append("<div>\n");
+        for (Thumbnail thumbnail : section.thumbnails()) {
+            appendFigure(html, thumbnail, output);
+        }
+        html.append("</div></section>\n");
     }
 
     private static void appendFigure(StringBuilder html, Thumbnail thumbnail, Path output) {

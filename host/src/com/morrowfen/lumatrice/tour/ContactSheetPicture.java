@@ -11,44 +11,54 @@ import java.util.List;
 import java.util.Locale;
 import javax.imageio.ImageIO;
 
-/** The contact sheet as one picture: a heading above a grid of the newest assets. */
+/** The contact sheet as one picture: a heading above grids of assets, as many as it has room for. */
 final class ContactSheetPicture {
-    private static final int COLUMNS = 5;
-    private static final int MOST_CELLS = 200;
-    private static final int MARGIN = 48;
-    private static final int GAP = 28;
     private static final int HEADING_HEIGHT = 112;
     private static final Color BACKGROUND = new Color(0x14161a);
     private static final Color BRIGHT = new Color(0xe8e9eb);
     private static final Color MUTED = new Color(0x9aa0a8);
+    private static final Font TITLE = new Font(Font.SANS_SERIF, Font.BOLD, 44);
+    private static final Font SECTION = new Font(Font.SANS_SERIF, Font.BOLD, 26);
+    private static final Font TOTALS = new Font(Font.SANS_SERIF, Font.PLAIN, 20);
 
     private ContactSheetPicture() {}
 
-    static Path write(String title, List<Thumbnail> thumbnails, Path output) throws IOException {
+    /** @param thumbnails all that there are, in one section or more */
+    static Path write(
+            String title, List<Thumbnail> thumbnails, List<Section> sections, Path output)
+            throws IOException {
         Path file = output.resolve("contact-sheet.png");
-        if (!ImageIO.write(draw(title, thumbnails), "png", file.toFile())) {
+        List<Section> shown = SheetLayout.fitting(sections);
+        String totals = Cell.totals(thumbnails) + " · newest first";
+        if (cells(shown) < cells(sections)) {
+            totals += String.format(Locale.ROOT, " · the first %,d shown", cells(shown));
+        }
+        if (!ImageIO.write(draw(title, totals, shown), "png", file.toFile())) {
             throw new IOException("This JDK cannot write PNG files");
         }
         return file;
     }
 
-    private static BufferedImage draw(String title, List<Thumbnail> thumbnails)
+    private static int cells(List<Section> sections) {
+        return sections.stream().mapToInt(section -> section.thumbnails().size()).sum();
+    }
+
+    private static BufferedImage draw(String title, String totals, List<Section> sections)
             throws IOException {
-        List<Thumbnail> shown = thumbnails.subList(0, Math.min(thumbnails.size(), MOST_CELLS));
-        int rows = (shown.size() + COLUMNS - 1) / COLUMNS;
-        int width = 2 * MARGIN + COLUMNS * Cell.WIDTH + (COLUMNS - 1) * GAP;
-        int height = MARGIN + HEADING_HEIGHT + rows * (CellPainter.HEIGHT + GAP) + MARGIN - GAP;
-        BufferedImage sheet = new BufferedImage(width, height, BufferedImage.TYPE_INT_RGB);
+        int top = SheetLayout.MARGIN + HEADING_HEIGHT;
+        BufferedImage sheet = new BufferedImage(SheetLayout.WIDTH,
+                top + SheetLayout.heightOf(sections) + SheetLayout.MARGIN,
+                BufferedImage.TYPE_INT_RGB);
         Graphics2D graphics = sheet.createGraphics();
         try {
             setQuality(graphics);
             graphics.setColor(BACKGROUND);
-            graphics.fillRect(0, 0, width, height);
-            drawHeading(graphics, title, thumbnails, shown.size(), width);
-            for (int i = 0; i < shown.size(); ++i) {
-                int x = MARGIN + i % COLUMNS * (Cell.WIDTH + GAP);
-                int y = MARGIN + HEADING_HEIGHT + i / COLUMNS * (CellPainter.HEIGHT + GAP);
-                CellPainter.paint(graphics, shown.get(i), x, y);
+            graphics.fillRect(0, 0, sheet.getWidth(), sheet.getHeight());
+            drawText(graphics, title, TITLE, BRIGHT, SheetLayout.MARGIN, SheetLayout.MARGIN + 40);
+            drawText(graphics, totals, TOTALS, MUTED, SheetLayout.MARGIN, SheetLayout.MARGIN + 76);
+            for (Section section : sections) {
+                drawSection(graphics, section, top);
+                top += SheetLayout.heightOf(section) + SheetLayout.SECTION_GAP;
             }
         } finally {
             graphics.dispose();
@@ -65,19 +75,33 @@ final class ContactSheetPicture {
                 RenderingHints.KEY_INTERPOLATION, RenderingHints.VALUE_INTERPOLATION_BICUBIC);
     }
 
-    private static void drawHeading(Graphics2D graphics, String title,
-            List<Thumbnail> thumbnails, int shown, int width) {
-        graphics.setFont(new Font(Font.SANS_SERIF, Font.BOLD, 44));
-        graphics.setColor(BRIGHT);
-        graphics.drawString(
-                ShortText.fitting(title, graphics.getFontMetrics(), width - 2 * MARGIN), MARGIN,
-                MARGIN + 40);
-        String totals = Cell.totals(thumbnails);
-        if (shown < thumbnails.size()) {
-            totals += String.format(Locale.ROOT, " · the first %,d shown", shown);
+    private static void drawSection(Graphics2D graphics, Section section, int top)
+            throws IOException {
+        if (section.hasHeading()) {
+            String totals = Cell.totals(section.thumbnails());
+            int room = graphics.getFontMetrics(TOTALS).stringWidth(totals) + 16;
+            int end = drawText(graphics, section.heading(), SECTION, BRIGHT, SheetLayout.MARGIN,
+                    top + 28, SheetLayout.CONTENT_WIDTH - room);
+            drawText(graphics, totals, TOTALS, MUTED, end + 16, top + 28);
         }
-        graphics.setFont(new Font(Font.SANS_SERIF, Font.PLAIN, 20));
-        graphics.setColor(MUTED);
-        graphics.drawString(totals, MARGIN, MARGIN + 76);
+        for (int i = 0; i < section.thumbnails().size(); ++i) {
+            CellPainter.paint(graphics, section.thumbnails().get(i), SheetLayout.cellLeft(i),
+                    top + SheetLayout.cellTop(section, i));
+        }
+    }
+
+    private static void drawText(
+            Graphics2D graphics, String text, Font font, Color color, int x, int baseline) {
+        drawText(graphics, text, font, color, x, baseline, SheetLayout.CONTENT_WIDTH);
+    }
+
+    /** Returns where the text ends. */
+    private static int drawText(Graphics2D graphics, String text, Font font, Color color, int x,
+            int baseline, int width) {
+        graphics.setFont(font);
+        graphics.setColor(color);
+        String shown = ShortText.fitting(text, graphics.getFontMetrics(), width);
+        graphics.drawString(shown, x, baseline);
+        return x + graphics.getFontMetrics().stringWidth(shown);
     }
 }

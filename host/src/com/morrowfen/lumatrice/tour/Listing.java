@@ -5,7 +5,7 @@ import com.morrowfen.lumatrice.service.PhotosService;
 import java.util.ArrayList;
 import java.util.List;
 
-/** The whole library, newest first, fetched page by page. */
+/** Assets, fetched page by page. */
 final class Listing {
     private static final int PAGE_SIZE = 100;
 
@@ -16,18 +16,28 @@ final class Listing {
         this.photos = photos;
     }
 
+    /** The whole library, newest first. */
     List<Asset> all() {
+        return pages(photos::nativeListAssets);
+    }
+
+    /** An album, in the order in which the library gives it. */
+    List<Asset> ofAlbum(String albumId) {
+        return pages((count, offset) -> photos.nativeListAlbumAssets(albumId, count, offset));
+    }
+
+    private interface Pages {
+        String page(int count, int offset);
+    }
+
+    private List<Asset> pages(Pages pages) {
         List<Asset> assets = new ArrayList<>();
         while (true) {
-            Asset[] page = page(assets.size());
+            Asset[] page = gson.fromJson(pages.page(PAGE_SIZE, assets.size()), Asset[].class);
             assets.addAll(List.of(page));
             if (page.length < PAGE_SIZE) {
                 return assets;
             }
         }
-    }
-
-    private Asset[] page(int offset) {
-        return gson.fromJson(photos.nativeListAssets(PAGE_SIZE, offset), Asset[].class);
     }
 }

@@ -8,8 +8,9 @@ import java.time.Duration;
 import java.util.List;
 
 /**
- * A small host: imports the files of a folder into the photo library, pages through it, renders
- * thumbnails on several threads and draws a contact sheet, as a web page and as one picture.
+ * A small host: imports the files of a folder into the photo library, makes albums of its
+ * sub-folders, pages through all of it, renders thumbnails on several threads and draws a contact
+ * sheet, album by album, as a web page and as one picture.
  *
  * <p>The photo library and the diagnostic log are those of {@code HOME}. Ends with 1 when nothing
  * could be imported, with 2 when it is called wrongly.
@@ -42,8 +43,11 @@ public final class Tour {
                 System.out.println("  not imported: " + Printable.line(
                         folder.relativize(failure.file()) + ": " + failure.reason())));
 
+        List<CollectionTree.Node> tree = new Organising(photos).organise(folder, result);
+
+        Listing listing = new Listing(photos);
         int count = photos.nativeAssetCount();
-        List<Asset> assets = new Listing(photos).all();
+        List<Asset> assets = listing.all();
         System.out.printf("The library holds %,d assets; %,d listed.%n", count, assets.size());
 
         Files.createDirectories(output);
@@ -54,8 +58,9 @@ public final class Tour {
         Duration renderTime = rendering.elapsed();
 
         String title = titleOf(folder);
-        Path page = ContactSheetPage.write(title, thumbnails, output);
-        Path picture = ContactSheetPicture.write(title, thumbnails, output);
+        List<Section> sections = Sections.of(tree, listing, thumbnails);
+        Path page = ContactSheetPage.write(title, thumbnails, sections, output);
+        Path picture = ContactSheetPicture.write(title, thumbnails, sections, output);
         System.out.println("Contact sheet: " + page);
         System.out.println("               " + picture);
         System.out.println(

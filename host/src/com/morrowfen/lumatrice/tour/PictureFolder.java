@@ -1,0 +1,43 @@
+package com.morrowfen.lumatrice.tour;
+
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+import java.util.Map;
+import java.util.SortedMap;
+import java.util.TreeMap;
+
+/** A folder of the disk with what was imported from it. Folders without any of it are left out. */
+final class PictureFolder {
+    /** By their names. */
+    final SortedMap<String, PictureFolder> subfolders = new TreeMap<>();
+
+    /** Of the files that lie in the folder itself, by path. */
+    final List<String> assetIds = new ArrayList<>();
+
+    private PictureFolder() {}
+
+    /**
+     * @param root holds all of the files, directly or further below
+     * @param assetIds of the imported files
+     */
+    static PictureFolder of(Path root, SortedMap<Path, String> assetIds) {
+        PictureFolder top = new PictureFolder();
+        for (Map.Entry<Path, String> imported : assetIds.entrySet()) {
+            top.at(root.relativize(imported.getKey()).getParent())
+                    .assetIds.add(imported.getValue());
+        }
+        return top;
+    }
+
+    private PictureFolder at(Path below) {
+        PictureFolder folder = this;
+        if (below != null) {
+            for (Path name : below) {
+                folder = folder.subfolders.computeIfAbsent(
+                        name.toString(), absent -> new PictureFolder());
+            }
+        }
+        return folder;
+    }
+}
