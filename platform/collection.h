@@ -69,6 +69,11 @@ PHFetchResult<PHAssetCollection> fetchAssetCollectionsWithType(long type, long s
 PHFetchResult<PHCollectionList>
 fetchCollectionListsContainingCollection(const PHCollection& collection);
 
+// The collections of this PHAssetCollectionType that hold the asset, hidden or not, as the library
+// is now, in the library's order.
+PHFetchResult<PHAssetCollection> fetchAssetCollectionsContainingAsset(const PHAsset& asset,
+                                                                      long type);
+
 // The assets of an album or smart album; null options: all that the library's defaults include,
 // in its own order.
 PHFetchResult<PHAsset> fetchAssetsInAssetCollection(const PHAssetCollection& collection,

@@ -25,6 +25,7 @@ void setTitle(const PHAssetCollectionChangeRequest& request, const std::string& 
 // Adds the assets behind those that the album holds, in their order; those that it holds already
 // stay where they are.
 void addAssets(const PHAssetCollectionChangeRequest& request, const PHFetchResult<PHAsset>& assets);
+void addAssets(const PHAssetCollectionChangeRequest& request, const std::vector<PHAsset>& assets);
 
 // Takes the assets out of the album; those that it does not hold do not matter.
 void removeAssets(const PHAssetCollectionChangeRequest& request,

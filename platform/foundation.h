@@ -22,6 +22,9 @@ using Object = std::shared_ptr<const void>;
 // The domain of errors that the photo library itself raises.
 inline constexpr std::string_view PHPhotosErrorDomain = "PHPhotosErrorDomain";
 
+// The code in that domain for what the user, or a caller on the user's behalf, called off.
+inline constexpr long PHPhotosErrorUserCancelled = 3072;
+
 // Why an operation failed. `localizedDescription` is a sentence for people.
 struct NSError {
     std::string domain;

@@ -3,7 +3,11 @@
 #pragma once
 
 #include "platform/asset.h"
+#include "platform/asset_change_requests.h"
+#include "platform/asset_resource_manager.h"
 #include "platform/collection_change_requests.h"
+#include "platform/content_editing.h"
+#include "platform/file_handle.h"
 #include "platform/files.h"
 #include "platform/image_manager.h"
 #include "platform/photo_library.h"
