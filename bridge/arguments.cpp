@@ -35,16 +35,21 @@ std::optional<std::string> textOfString(JNIEnv* env, jstring string) {
     return text;
 }
 
+std::pair<std::optional<std::string>, std::optional<std::string>>
+textsOfStrings(JNIEnv* env, jstring first, jstring second) {
+    const char* const firstCharacters = env->GetStringUTFChars(first, nullptr);
+    const char* const secondCharacters = env->GetStringUTFChars(second, nullptr);
+    std::pair texts(decodedText(firstCharacters), decodedText(secondCharacters));
+    releaseCharacters(env, first, firstCharacters);
+    releaseCharacters(env, second, secondCharacters);
+    return texts;
+}
+
 std::optional<std::pair<std::string, std::string>> stringPairArgument(JNIEnv* env, jstring first,
                                                                       jstring second) {
     if (first == nullptr || second == nullptr)
         return std::nullopt;
-    const char* const firstCharacters = env->GetStringUTFChars(first, nullptr);
-    const char* const secondCharacters = env->GetStringUTFChars(second, nullptr);
-    auto firstText = decodedText(firstCharacters);
-    auto secondText = decodedText(secondCharacters);
-    releaseCharacters(env, first, firstCharacters);
-    releaseCharacters(env, second, secondCharacters);
+    auto [firstText, secondText] = textsOfStrings(env, first, second);
     if (!firstText || !secondText)
         return std::nullopt;
     return std::pair(std::move(*firstText), std::move(*secondText));

@@ -19,6 +19,11 @@ std::optional<std::string> stringArgument(JNIEnv* env, jstring string);
 // The same for a string that the host must not pass as null: it is not tested.
 std::optional<std::string> textOfString(JNIEnv* env, jstring string);
 
+// The texts of two strings that the host must not pass as null; both are read before either is
+// released.
+std::pair<std::optional<std::string>, std::optional<std::string>>
+textsOfStrings(JNIEnv* env, jstring first, jstring second);
+
 // The texts of two strings that a method needs both. Nothing when either is null, and then neither
 // is read, unreadable or undecodable.
 std::optional<std::pair<std::string, std::string>> stringPairArgument(JNIEnv* env, jstring first,

@@ -19,6 +19,10 @@ bool isSmartAlbum(const platform::PHAssetCollection& album) {
     return album.assetCollectionType == platform::PHAssetCollectionTypeSmartAlbum;
 }
 
-std::optional<std::string> titleOfCollection(const platform::PHCollection& collection) {
-    return std::visit([](const auto& either) { return either.localizedTitle; }, collection);
+const std::optional<std::string>& titleOfCollection(const platform::PHCollection& collection) {
+    return std::visit(
+        [](const auto& either) -> const std::optional<std::string>& {
+            return either.localizedTitle;
+        },
+        collection);
 }

@@ -25,4 +25,4 @@ std::optional<platform::PHCollection> collectionWithIdentifier(const std::string
 // The one that the library maintains itself and that no method changes.
 bool isSmartAlbum(const platform::PHAssetCollection& album);
 
-std::optional<std::string> titleOfCollection(const platform::PHCollection& collection);
+const std::optional<std::string>& titleOfCollection(const platform::PHCollection& collection);

@@ -2,12 +2,41 @@
 
 #include <charconv>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 
 namespace {
 
 bool needsEscape(char byte) {
     return static_cast<unsigned char>(byte) < 0x20 || byte == '"' || byte == '\\';
+}
+
+constexpr std::uint64_t inEveryByte(std::uint64_t byte) {
+    return byte * 0x0101010101010101u;
+}
+
+// Whether one of eight bytes may need an escape. Bytes of 0x80 and above never do, yet a block that
+// holds one can be suspected: the answer yes only means that a closer look is needed.
+bool mayNeedEscape(std::uint64_t block) {
+    const auto below = [](std::uint64_t bytes, std::uint64_t limit) {
+        return (bytes - inEveryByte(limit)) & ~bytes;
+    };
+    const std::uint64_t suspects = below(block, 0x20) | below(block ^ inEveryByte('"'), 1) |
+                                   below(block ^ inEveryByte('\\'), 1);
+    return (suspects & inEveryByte(0x80)) != 0;
+}
+
+std::size_t plainLength(std::string_view text) {
+    std::size_t length = 0;
+    for (std::uint64_t block; length + sizeof block <= text.size(); length += sizeof block) {
+        std::memcpy(&block, text.data() + length, sizeof block);
+        if (mayNeedEscape(block))
+            break;
+    }
+    while (length < text.size() && !needsEscape(text[length]))
+        ++length;
+    return length;
 }
 
 void appendEscape(std::string& buffer, char byte) {
@@ -49,9 +78,7 @@ void appendJsonString(std::string& buffer, std::optional<std::string_view> text)
     buffer += '"';
     std::string_view rest = text.value_or(std::string_view());
     while (!rest.empty()) {
-        std::size_t plain = 0;
-        while (plain < rest.size() && !needsEscape(rest[plain]))
-            ++plain;
+        const std::size_t plain = plainLength(rest);
         buffer.append(rest.substr(0, plain));
         rest.remove_prefix(plain);
         if (rest.empty())

@@ -5,7 +5,6 @@
 
 namespace platform {
 
-using scripted::HandlerCalls;
 using scripted::library;
 
 void* objc_autoreleasePoolPush() {
@@ -20,24 +19,11 @@ void objc_autoreleasePoolPop(void* pool) {
 void requestAuthorizationForAccessLevel(long accessLevel, std::function<void(long)> handler) {
     auto& script = library();
     script.note("request authorization, level " + std::to_string(accessLevel));
-    const auto callAll = [answers = script.authorizationAnswers, handler = std::move(handler)] {
-        for (const long answer : answers)
-            handler(answer);
-    };
-    switch (script.authorizationHandler) {
-    case HandlerCalls::onceBeforeReturning:
-        callAll();
-        return;
-    case HandlerCalls::onceFromAnotherThread:
-        script.handlerThreads.emplace_back(callAll);
-        return;
-    case HandlerCalls::twiceFromAnotherThread:
-        script.handlerThreads.emplace_back([callAll] {
-            callAll();
-            callAll();
-        });
-        return;
-    }
+    script.runHandler(script.authorizationHandler,
+                      [answers = script.authorizationAnswers, handler = std::move(handler)] {
+                          for (const long answer : answers)
+                              handler(answer);
+                      });
 }
 
 long authorizationStatusForAccessLevel(long accessLevel) {

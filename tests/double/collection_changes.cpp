@@ -55,6 +55,11 @@ void addAssets(const PHAssetCollectionChangeRequest& request,
     library().note(wordsOf(request) + ": add assets " + identifiersIn(assets));
 }
 
+void addAssets(const PHAssetCollectionChangeRequest& request, const std::vector<PHAsset>& assets) {
+    for (const PHAsset& asset : assets)
+        library().note(wordsOf(request) + ": add asset " + asset.localIdentifier);
+}
+
 void removeAssets(const PHAssetCollectionChangeRequest& request,
                   const PHFetchResult<PHAsset>& assets) {
     library().note(wordsOf(request) + ": remove assets " + identifiersIn(assets));

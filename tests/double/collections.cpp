@@ -100,6 +100,13 @@ fetchCollectionListsContainingCollection(const PHCollection& collection) {
     return resultOf(listUnder(identifier, library().holders));
 }
 
+PHFetchResult<PHAssetCollection> fetchAssetCollectionsContainingAsset(const PHAsset& asset,
+                                                                      long type) {
+    library().note("fetch albums of type " + std::to_string(type) + " that hold " +
+                   asset.localIdentifier);
+    return resultOf(listUnder(asset.localIdentifier, library().albumsHolding));
+}
+
 PHFetchResult<PHAsset> fetchAssetsInAssetCollection(const PHAssetCollection& collection,
                                                     const PHFetchOptions* options) {
     library().note("fetch assets in " + collection.localIdentifier +

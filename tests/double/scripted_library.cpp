@@ -9,16 +9,57 @@ Library* g_library = nullptr;
 } // namespace
 
 void Library::note(const std::string& line) {
-    const std::lock_guard lock(notesMutex);
-    notes.push_back(line);
+    {
+        const std::lock_guard lock(notesMutex);
+        notes.push_back(line);
+    }
+    if (const auto reaction = reactions.find(line); reaction != reactions.end())
+        reaction->second();
 }
 
 std::vector<std::string> Library::operations() {
-    for (std::thread& thread : handlerThreads)
-        thread.join();
-    handlerThreads.clear();
+    joinHandlers();
     const std::lock_guard lock(notesMutex);
     return notes;
+}
+
+bool Library::attempt(const std::string& line) {
+    note(line);
+    return !failing.contains(line);
+}
+
+void Library::runHandler(HandlerCalls calls, const std::function<void()>& handler) {
+    const auto runOnAnotherThread = [&](std::function<void()> work) {
+        const std::lock_guard lock(notesMutex);
+        handlerThreads.emplace_back(std::move(work));
+    };
+    switch (calls) {
+    case HandlerCalls::onceBeforeReturning:
+        handler();
+        return;
+    case HandlerCalls::onceFromAnotherThread:
+        runOnAnotherThread(handler);
+        return;
+    case HandlerCalls::onceFromAnotherThreadBeforeReturning:
+        std::thread(handler).join();
+        return;
+    case HandlerCalls::twiceFromAnotherThread:
+        runOnAnotherThread([handler] {
+            handler();
+            handler();
+        });
+        return;
+    }
+}
+
+void Library::joinHandlers() {
+    std::vector<std::thread> running;
+    {
+        const std::lock_guard lock(notesMutex);
+        running.swap(handlerThreads);
+    }
+    for (std::thread& thread : running)
+        thread.join();
 }
 
 std::optional<platform::PHObjectPlaceholder>
@@ -41,8 +82,7 @@ InstalledLibrary::InstalledLibrary() : previous(g_library) {
 }
 
 InstalledLibrary::~InstalledLibrary() {
-    for (std::thread& thread : handlerThreads)
-        thread.join();
+    joinHandlers();
     g_library = previous;
 }
 

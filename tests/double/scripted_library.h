@@ -12,6 +12,7 @@
 #include "platform/image_manager.h"
 #include "platform/photo_library.h"
 
+#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <map>
@@ -28,6 +29,7 @@ namespace scripted {
 enum class HandlerCalls {
     onceBeforeReturning,
     onceFromAnotherThread,
+    onceFromAnotherThreadBeforeReturning,
     twiceFromAnotherThread, // the second call may come after the waiting call has returned
 };
 
@@ -44,6 +46,29 @@ struct ImageDelivery {
     bool hasBitmap = true;
     std::optional<std::string> encoded; // what the encoder makes of the bitmap
 };
+
+// One data request: its chunks, how it ends, and when.
+struct Transfer {
+    std::vector<std::string> chunks;
+    std::optional<platform::NSError> error;
+    HandlerCalls handlers = HandlerCalls::onceFromAnotherThread;
+    bool runsUntilCancelled = false; // then ends with the cancellation error
+    std::vector<std::string> chunksAfterCancel;
+};
+
+// One write to a file handle.
+struct WriteAnswer {
+    bool fails = false;
+    std::optional<std::string> reason;
+};
+
+// One call of an editing request's handler.
+struct EditingAnswer {
+    bool hasInput = true;
+    std::optional<std::string> imagePath;
+};
+
+inline constexpr platform::PHAssetResourceDataRequestID firstDataRequest = 7001;
 
 struct Library {
     // Access.
@@ -65,6 +90,7 @@ struct Library {
     std::map<std::string, std::vector<std::optional<platform::PHCollection>>> children;
     std::map<std::string, std::vector<std::optional<platform::PHCollectionList>>> holders;
     std::map<std::string, std::vector<std::optional<platform::PHAsset>>> assetsInAlbum;
+    std::map<std::string, std::vector<std::optional<platform::PHAssetCollection>>> albumsHolding;
     std::vector<std::optional<platform::PHAssetCollection>> smartAlbums;
 
     // Pictures.
@@ -75,6 +101,17 @@ struct Library {
     std::set<std::string> readablePaths;
     std::map<std::string, platform::UTType> contentTypes; // by path
     std::set<std::string> movieTypes;                     // identifiers
+    std::map<std::string, std::string> files;             // bytes by path
+    std::deque<WriteAnswer> writeAnswers;                 // what is not scripted succeeds
+    std::optional<platform::NSError> fileError;           // of operations that are made to fail
+
+    // Data requests, in the order they are made; they are numbered from firstDataRequest.
+    std::deque<Transfer> transfers;
+
+    // Editing. Earlier edits are what the request's test is asked about.
+    HandlerCalls editingHandler = HandlerCalls::onceBeforeReturning;
+    std::vector<EditingAnswer> editingAnswers;
+    std::vector<platform::PHAdjustmentData> earlierEdits;
 
     // Changes, in the order they are asked for; what is not scripted succeeds.
     std::deque<ChangeAnswer> changeAnswers;
@@ -85,14 +122,29 @@ struct Library {
     // The next scripted placeholder, or one for this identifier.
     std::optional<platform::PHObjectPlaceholder> nextPlaceholder(const std::string& identifier);
 
+    // By the lines that name them: operations that fail, and what else happens inside one.
+    std::set<std::string> failing;
+    std::map<std::string, std::function<void()>> reactions;
+
     // What happened. Threads that still run handlers are joined by operations().
     void note(const std::string& line);
     std::vector<std::string> operations();
-    std::vector<std::thread> handlerThreads;
+
+    // Notes the line and answers whether the operation that it names succeeds.
+    bool attempt(const std::string& line);
+    void runHandler(HandlerCalls calls, const std::function<void()>& handler);
+    void joinHandlers();
+
+    // The scripted files and data requests, under this lock.
+    std::mutex mutex;
+    std::condition_variable cancelled;
+    std::set<platform::PHAssetResourceDataRequestID> cancelledRequests;
+    platform::PHAssetResourceDataRequestID nextDataRequest = firstDataRequest;
 
 private:
     std::mutex notesMutex;
     std::vector<std::string> notes;
+    std::vector<std::thread> handlerThreads;
 };
 
 // The library that platform/*.h stands for now; the innermost InstalledLibrary's.
