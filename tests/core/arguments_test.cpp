@@ -67,3 +67,18 @@ TEST(PathComponent, IsTheLastOne) {
     EXPECT_EQ(lastPathComponent("///"), "/");
     EXPECT_EQ(lastPathComponent(""), "");
 }
+
+TEST(PathComponent, LeavesTheDirectoryWhenItIsTakenAway) {
+    for (const auto& [path, directory] :
+         std::vector<std::pair<std::string, std::string>>{{"/a/b.jpg", "/a"},
+                                                          {"/a/b/", "/a"},
+                                                          {"/a//b", "/a"},
+                                                          {"a/b/c", "a/b"},
+                                                          {"/a", "/"},
+                                                          {"//a", "/"},
+                                                          {"/", "/"},
+                                                          {"a", ""},
+                                                          {"a/", ""},
+                                                          {"", ""}})
+        EXPECT_EQ(pathWithoutLastComponent(path), directory) << path;
+}

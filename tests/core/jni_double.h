@@ -4,6 +4,7 @@
 
 #include <jni.h>
 
+#include <atomic>
 #include <list>
 #include <optional>
 #include <string>
@@ -42,8 +43,8 @@ struct Environment {
     bool newStringFails = false;
 
     // Counts.
-    int charactersHeld = 0; // taken and not released
-    int charactersTaken = 0;
+    std::atomic<int> charactersHeld = 0; // taken and not released, by calls on any threads
+    std::atomic<int> charactersTaken = 0;
     int elementsTaken = 0; // local references to elements that are not null
     int localRefsDeleted = 0;
     int mostElementsHeld = 0; // at the same time
