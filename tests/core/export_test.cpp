@@ -1,6 +1,7 @@
 #include "tests/core/support.h"
 #include "transfer/export_registry.h"
 
+#include <chrono>
 #include <future>
 
 using platform::NSError;
@@ -53,8 +54,11 @@ struct Export : CoreTest {
 
     // Until the export that runs under the id is that of the request.
     static void waitUntilRegistered(platform::PHAssetResourceDataRequestID requestId) {
-        while (dataRequestOfExport(exportId) != requestId)
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (dataRequestOfExport(exportId) != requestId) {
+            ASSERT_LT(std::chrono::steady_clock::now(), limit) << "is not registered";
             std::this_thread::yield();
+        }
     }
 
     std::string exported() { return library.files["/out/one.jpg"]; }
@@ -64,13 +68,14 @@ struct Export : CoreTest {
 
 TEST_F(Export, StreamsTheFileToANewOneAndClosesIt) {
     library.files["/out/one.jpg"] = "what stood there";
+    // All over before the request has returned, so that the order of the lines is one.
+    library.transfers[0].handlers = HandlerCalls::onceFromAnotherThreadBeforeReturning;
     EXPECT_EQ(exportOne(), 0);
     EXPECT_THAT(operationsOfCall(),
                 ElementsAre("fetch assets one", "asset at 0", "make directory /out",
                             "remove /out/one.jpg", "create /out/one.jpg", "open /out/one.jpg",
-                            "request data of one.jpg, network", "data request 7001",
-                            "write 'first '", "write 'second '", "write 'third'",
-                            "close /out/one.jpg"));
+                            "request data of one.jpg, network", "write 'first '", "write 'second '",
+                            "write 'third'", "data request 7001", "close /out/one.jpg"));
     EXPECT_EQ(exported(), "first second third");
     EXPECT_EQ(jvm.charactersHeld, 0);
     EXPECT_THAT(home.logLines(), IsEmpty());
