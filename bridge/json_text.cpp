@@ -75,12 +75,20 @@ void appendDecimal(std::string& buffer, Number number) {
 } // namespace
 
 void appendJsonString(std::string& buffer, std::optional<std::string_view> text) {
-    buffer += '"';
     std::string_view rest = text.value_or(std::string_view());
+    const std::size_t plain = plainLength(rest);
+    if (plain == rest.size()) {
+        // The usual case in one step: both quotes, and the text between them.
+        const std::size_t start = buffer.size();
+        buffer.append(plain + 2, '"');
+        rest.copy(buffer.data() + start + 1, plain);
+        return;
+    }
+    buffer += '"';
     while (!rest.empty()) {
-        const std::size_t plain = plainLength(rest);
-        buffer.append(rest.substr(0, plain));
-        rest.remove_prefix(plain);
+        const std::size_t length = plainLength(rest);
+        buffer.append(rest.substr(0, length));
+        rest.remove_prefix(length);
         if (rest.empty())
             break;
         appendEscape(buffer, rest.front());

@@ -35,7 +35,10 @@ void appendUserCollection(std::string& json, const platform::PHCollection& colle
 
 void appendUserCollections(std::string& json,
                            const platform::PHFetchResult<platform::PHCollection>& collections) {
+    // About what a record takes: growing step by step would touch twice the memory.
+    constexpr std::size_t recordSize = 112;
     const std::size_t total = collections.count();
+    json.reserve(json.size() + total * recordSize);
     for (std::size_t index = 0; index < total; ++index) {
         if (const auto collection = collections.objectAtIndex(index))
             appendUserCollection(json, *collection);

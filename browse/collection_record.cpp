@@ -8,14 +8,14 @@
 
 namespace {
 
-std::string_view wordForKind(CollectionKind kind) {
+std::string_view kindAndCountKeys(CollectionKind kind) {
     switch (kind) {
     case CollectionKind::album:
-        return "album";
+        return ",\"kind\":\"album\",\"count\":";
     case CollectionKind::folder:
-        return "folder";
+        return ",\"kind\":\"folder\",\"count\":";
     case CollectionKind::smart:
-        return "smart";
+        return ",\"kind\":\"smart\",\"count\":";
     }
     return {};
 }
@@ -33,10 +33,9 @@ void appendCollectionRecord(std::string& json, const platform::PHCollection& col
     json += "{\"id\":";
     appendJsonString(json, identifierOf(collection));
     json += ",\"title\":";
-    appendJsonString(json, titleOfCollection(collection).value_or("Untitled"));
-    json += ",\"kind\":\"";
-    json += wordForKind(kind);
-    json += "\",\"count\":";
+    const std::optional<std::string>& title = titleOfCollection(collection);
+    appendJsonString(json, title ? std::string_view(*title) : "Untitled");
+    json += kindAndCountKeys(kind);
     appendJsonNumber(json, static_cast<unsigned long>(count));
     json += '}';
 }

@@ -8,7 +8,7 @@ namespace local {
 AlbumAssets::AlbumAssets(const AlbumOrder& order, std::optional<std::int64_t> knownCount)
     : order_(order), knownCount_(knownCount) {
     if (!knownCount_)
-        walk_.emplace(order_);
+        walk_ = std::make_unique<Walk>(order_);
 }
 
 std::size_t AlbumAssets::count() {
@@ -19,7 +19,7 @@ std::optional<platform::PHAsset> AlbumAssets::at(std::size_t index) {
     if (index >= count())
         return std::nullopt;
     if (!walk_)
-        walk_.emplace(order_);
+        walk_ = std::make_unique<Walk>(order_);
     return walk_->at(order_, static_cast<std::int64_t>(index));
 }
 

@@ -6,6 +6,7 @@
 #include "platform/local/favorite_walk.h"
 #include "platform/local/library.h"
 
+#include <memory>
 #include <optional>
 
 namespace local {
@@ -42,7 +43,7 @@ private:
 
     AlbumOrder order_;
     std::optional<std::int64_t> knownCount_;
-    std::optional<Walk> walk_;
+    std::unique_ptr<Walk> walk_;
 };
 
 } // namespace local

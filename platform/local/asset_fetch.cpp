@@ -8,49 +8,11 @@
 #include "platform/local/guarded.h"
 #include "platform/local/library.h"
 
-#include <algorithm>
-
 namespace local {
 
 namespace {
 
 using platform::PHAsset;
-
-// In the order in which they are asked for first. Looked up in the order of the index that finds
-// them, which for many saves most of the reading.
-std::vector<PHAsset> assetsWithIdentifiers(const std::vector<std::string>& identifiers) {
-    std::vector<std::pair<Uuid, std::size_t>> wanted;
-    for (const std::string& identifier : identifiers) {
-        if (const auto uuid = uuidOfAssetIdentifier(identifier))
-            wanted.emplace_back(*uuid, wanted.size());
-    }
-    std::sort(wanted.begin(), wanted.end());
-    const ConnectionLease connection = Library::open()->connection();
-    const Snapshot snapshot(*connection);
-    const std::int64_t access = connection->integer("SELECT access FROM library");
-    std::vector<std::pair<std::size_t, PHAsset>> found;
-    if (!seesEverything(access) && !seesChoice(access))
-        return {};
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        if (i > 0 && wanted[i].first == wanted[i - 1].first)
-            continue;
-        Statement row = connection->statement("SELECT " PHOTOS_KIT_ASSET_COLUMNS(
-            "asset.hidden", PHOTOS_KIT_IS_FAVORITE) " FROM asset WHERE asset.uuid = ?1 AND "
-                                                    "asset.trashed_at IS NULL "
-                                                    "AND (?2 OR asset.n IN (SELECT choice.asset "
-                                                    "FROM limited_choice AS choice))");
-        row.bindBlob(1, wanted[i].first).bind(2, std::int64_t{seesEverything(access)});
-        if (row.step())
-            found.emplace_back(wanted[i].second, assetFromRow(row));
-    }
-    std::sort(found.begin(), found.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
-    std::vector<PHAsset> assets;
-    assets.reserve(found.size());
-    for (auto& [place, asset] : found)
-        assets.push_back(std::move(asset));
-    return assets;
-}
 
 // An album's one asset with the identifier, if it has it.
 std::vector<PHAsset> memberWithIdentifier(const AlbumOrder& order, const std::string& identifier) {
@@ -126,8 +88,8 @@ PHFetchResult<PHAsset> fetchAssetsWithOptions(const PHFetchOptions& options) {
 PHFetchResult<PHAsset>
 fetchAssetsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {
     return local::orElse<PHFetchResult<PHAsset>>({}, [&] {
-        return PHFetchResult<PHAsset>{std::make_shared<FetchedAssets>(
-            local::KnownAssets{local::assetsWithIdentifiers(identifiers)})};
+        return PHFetchResult<PHAsset>{
+            std::make_shared<FetchedAssets>(local::assetsWithIdentifiers(identifiers))};
     });
 }
 

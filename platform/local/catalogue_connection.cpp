@@ -122,8 +122,8 @@ CatalogueConnection::CatalogueConnection(int folder, Mode mode, bool create) {
         sqlite3_db_config(database_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(database_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
         execute("PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY;"
-                "PRAGMA wal_autocheckpoint=0; PRAGMA cache_size=-4000;"
-                "PRAGMA journal_size_limit=67108864; PRAGMA cell_size_check=ON");
+                "PRAGMA wal_autocheckpoint=0; PRAGMA cache_size=500;"
+                "PRAGMA journal_size_limit=67108864");
         sqlite3_wal_hook(database_, noteLogPages, &logPages_);
     } catch (...) {
         sqlite3_close_v2(database_);
@@ -156,6 +156,10 @@ std::int64_t CatalogueConnection::integer(const char* sql) {
 
 void CatalogueConnection::waitWithoutLimit() {
     sqlite3_busy_handler(database_, waitForOtherProcess, nullptr);
+}
+
+void CatalogueConnection::keepManyPages() {
+    execute("PRAGMA cache_size=-32768");
 }
 
 bool CatalogueConnection::isReadOnly() const {

@@ -78,6 +78,8 @@ public:
     // How many pages the log held after this connection's last commit.
     int logPages() const { return logPages_; }
     void waitWithoutLimit();
+    // For large changes: up to 32 MiB of pages instead of 2.
+    void keepManyPages();
     std::int64_t changes() const { return sqlite3_changes64(database_); }
     std::int64_t lastInsertedRow() const { return sqlite3_last_insert_rowid(database_); }
     sqlite3* handle() const noexcept { return database_; }

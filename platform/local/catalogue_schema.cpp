@@ -187,6 +187,9 @@ CREATE INDEX asset_hidden ON asset (created DESC, n DESC)
 CREATE INDEX asset_added ON asset (added DESC, n DESC)
     WHERE hidden = 0 AND trashed_at IS NULL;
 
+-- Tells what lies in the trash without reading the assets.
+CREATE INDEX asset_trash ON asset (n) WHERE trashed_at IS NOT NULL;
+
 CREATE TABLE smart_album (
     only_row    INTEGER PRIMARY KEY CHECK (only_row = 1),
     changes     INTEGER NOT NULL DEFAULT 0,

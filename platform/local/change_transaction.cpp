@@ -25,7 +25,7 @@ void shortenListingLog(CatalogueConnection& connection) {
 void carryOut(const ChangeTransaction& changes) {
     const std::shared_ptr<Library> library = Library::open();
     library->requireWritable();
-    const ConnectionLease connection = library->connection();
+    const ConnectionLease connection = library->connectionForChanges();
     requireChangeAccess(*connection);
 
     // Copying and reading files takes long and needs no lock.

@@ -8,6 +8,7 @@
 #include "platform/local/library.h"
 
 #include <algorithm>
+#include <deque>
 
 namespace local {
 
@@ -27,8 +28,7 @@ struct FetchedCollections {
 struct Children {
     std::int64_t folder = 0;                // row number; 0: the top level
     std::optional<std::int64_t> knownCount; // until the rows are read
-    std::vector<CollectionRow> rows;
-    bool limited = false;
+    std::deque<CollectionRow> rows;         // read once: records point into it
 };
 
 template <class Record>
@@ -61,13 +61,12 @@ void readChildren(Children& children) {
     const auto sight = openToSee();
     if (!sight)
         return;
-    children.limited = sight->limited;
     Statement rows = sight->connection->statement("SELECT " PHOTOS_KIT_COLLECTION_COLUMNS
                                                   " FROM collection INDEXED BY collection_order "
                                                   "WHERE ifnull(parent, 0) = ?1 ORDER BY position");
     rows.bind(1, children.folder);
     while (rows.step())
-        children.rows.push_back(collectionRow(rows));
+        children.rows.push_back(collectionRow(rows, sight->limited));
 }
 
 std::vector<PHCollection> collectionsWithIdentifiers(const std::vector<std::string>& identifiers,
@@ -89,7 +88,8 @@ std::vector<PHCollection> collectionsWithIdentifiers(const std::vector<std::stri
             "WHERE uuid = ?1 AND kind = ?2 AND library.access IN (3, 4)");
         row.bindBlob(1, uuid).bind(2, kind);
         if (row.step())
-            found.push_back(collectionOf(collectionRow(row), seesChoice(row.integer(5))));
+            found.push_back(collectionOf(std::make_shared<const CollectionRow>(
+                collectionRow(row, seesChoice(row.integer(5))))));
     }
     return found;
 }
@@ -181,7 +181,8 @@ std::optional<PHCollection> PHFetchResult<PHCollection>::objectAtIndex(std::size
             local::readChildren(children);
         if (index >= children.rows.size())
             return std::nullopt;
-        return local::collectionOf(children.rows[index], children.limited);
+        return local::collectionOf(
+            std::shared_ptr<const local::CollectionRow>(object, &children.rows[index]));
     });
 }
 
@@ -250,7 +251,8 @@ fetchCollectionListsContainingCollection(const PHCollection& collection) {
         row.bind(1, local::recordOf(collection).n);
         if (row.step())
             found.push_back(std::get<PHCollectionList>(
-                local::collectionOf(local::collectionRow(row), sight->limited)));
+                local::collectionOf(std::make_shared<const local::CollectionRow>(
+                    local::collectionRow(row, sight->limited)))));
         return local::resultOf(std::move(found));
     });
 }

@@ -36,28 +36,27 @@ std::optional<Uuid> uuidOfCollectionIdentifier(std::string_view identifier, Coll
     return uuidFromText(identifier.substr(0, identifier.size() - ending.size()));
 }
 
-CollectionRow collectionRow(const Statement& row) {
+CollectionRow collectionRow(const Statement& row, bool limitedAccess) {
     CollectionRow read;
-    read.n = row.integer(0);
+    read.record.n = row.integer(0);
     const auto bytes = row.blob(1);
     std::copy_n(bytes.begin(), std::min(bytes.size(), read.uuid.size()), read.uuid.begin());
     read.kind = row.integer(2) == kindAlbum ? kindAlbum : kindFolder;
     if (!row.isNull(3))
         read.title = row.text(3);
-    read.held = row.integer(4);
+    if (read.kind == kindFolder || !limitedAccess)
+        read.record.knownCount = row.integer(4);
     return read;
 }
 
-platform::PHCollection collectionOf(const CollectionRow& row, bool limitedAccess) {
-    const auto record = std::make_shared<CollectionRecord>();
-    record->n = row.n;
-    if (row.kind == kindFolder || !limitedAccess)
-        record->knownCount = row.held;
-    std::string identifier = collectionIdentifier(row.uuid, row.kind);
-    if (row.kind == kindFolder)
-        return platform::PHCollectionList{std::move(identifier), row.title, record};
-    return platform::PHAssetCollection{std::move(identifier), row.title,
-                                       platform::PHAssetCollectionTypeAlbum, record};
+platform::PHCollection collectionOf(std::shared_ptr<const CollectionRow> row) {
+    const CollectionRow& read = *row;
+    std::shared_ptr<const CollectionRecord> record(std::move(row), &read.record);
+    std::string identifier = collectionIdentifier(read.uuid, read.kind);
+    if (read.kind == kindFolder)
+        return platform::PHCollectionList{std::move(identifier), read.title, std::move(record)};
+    return platform::PHAssetCollection{std::move(identifier), read.title,
+                                       platform::PHAssetCollectionTypeAlbum, std::move(record)};
 }
 
 platform::PHAssetCollection collectionOf(const SmartAlbum& album,

@@ -26,18 +26,18 @@ const CollectionRecord& recordOf(const platform::PHCollection& collection);
 
 // A row of the table "collection", from the columns below.
 struct CollectionRow {
-    std::int64_t n = 0;
     Uuid uuid{};
     CollectionKind kind = kindAlbum;
     std::optional<std::string> title;
-    std::int64_t held = 0;
+    CollectionRecord record;
 };
 
 #define PHOTOS_KIT_COLLECTION_COLUMNS                                                              \
     "collection.n, collection.uuid, collection.kind, collection.title, collection.held"
 
-CollectionRow collectionRow(const Statement& row);
-platform::PHCollection collectionOf(const CollectionRow& row, bool limitedAccess);
+CollectionRow collectionRow(const Statement& row, bool limitedAccess);
+// The collection keeps the row (or what that is a part of) as its record.
+platform::PHCollection collectionOf(std::shared_ptr<const CollectionRow> row);
 platform::PHAssetCollection collectionOf(const SmartAlbum& album,
                                          std::optional<std::int64_t> knownCount);
 

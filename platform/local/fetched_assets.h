@@ -4,13 +4,15 @@
 #include "platform/local/album_assets.h"
 #include "platform/local/listed_assets.h"
 
+#include <cstdint>
+#include <string>
 #include <variant>
 #include <vector>
 
 namespace local {
 
-// Assets asked for by identifier are few and read at once, so that no snapshot is held while they
-// are changed or copied.
+// A few assets asked for by identifier, read at once, so that no snapshot is held while they are
+// changed or copied.
 struct KnownAssets {
     std::vector<platform::PHAsset> assets;
 
@@ -20,6 +22,29 @@ struct KnownAssets {
     }
 };
 
-using FetchedAssets = std::variant<KnownAssets, ListedAssets, AlbumAssets>;
+// Many assets asked for by identifier. They are found at once, but most of what is done with many
+// needs no more than their row numbers: records are read when somebody walks them, some at a time,
+// as they are then.
+class ManyAssets {
+public:
+    explicit ManyAssets(std::vector<std::int64_t> rowNumbers)
+        : rowNumbers_(std::move(rowNumbers)) {}
+
+    std::size_t count() const { return rowNumbers_.size(); }
+    std::optional<platform::PHAsset> at(std::size_t index);
+    const std::vector<std::int64_t>& rowNumbers() const { return rowNumbers_; }
+
+private:
+    void readWindow(std::size_t start);
+
+    std::vector<std::int64_t> rowNumbers_;
+    std::size_t windowStart_ = 0;
+    std::vector<std::optional<platform::PHAsset>> window_;
+};
+
+using FetchedAssets = std::variant<KnownAssets, ManyAssets, ListedAssets, AlbumAssets>;
+
+// In the order in which they are asked for first.
+FetchedAssets assetsWithIdentifiers(const std::vector<std::string>& identifiers);
 
 } // namespace local

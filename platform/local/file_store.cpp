@@ -48,11 +48,19 @@ std::string originalPath(std::string_view name) {
     return "originals/" + std::string(name.substr(0, 2)) + "/" + std::string(name);
 }
 
+int uppercaseDigitValue(char digit) {
+    if (digit >= '0' && digit <= '9')
+        return digit - '0';
+    return digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
+}
+
 } // namespace
 
 std::string uppercaseText(const Uuid& uuid) {
     constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text(uuidTextLength, '-');
+    std::string text;
+    text.reserve(uuidTextLength + 8); // room for the ending of an identifier
+    text.assign(uuidTextLength, '-');
     std::size_t at = 0;
     for (std::size_t i = 0; i < uuid.size(); ++i) {
         if (i == 4 || i == 6 || i == 8 || i == 10)
@@ -64,18 +72,19 @@ std::string uppercaseText(const Uuid& uuid) {
 }
 
 std::optional<Uuid> uuidFromText(std::string_view text) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     if (text.size() != uuidTextLength)
         return std::nullopt;
     Uuid uuid{};
     std::size_t nibble = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
-        const std::size_t value = digits.find(text[i]);
-        if (dash != (text[i] == '-') || (!dash && value == std::string_view::npos))
+        if (dash != (text[i] == '-'))
             return std::nullopt;
         if (dash)
             continue;
+        const int value = uppercaseDigitValue(text[i]);
+        if (value < 0)
+            return std::nullopt;
         std::uint8_t& byte = uuid[nibble++ / 2];
         byte = static_cast<std::uint8_t>(byte << 4 | value);
     }

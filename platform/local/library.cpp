@@ -81,15 +81,39 @@ bool logIsEmpty(int folder) {
 } // namespace
 
 ConnectionLease::ConnectionLease(std::shared_ptr<Library> library,
-                                 std::unique_ptr<CatalogueConnection> made)
-    : library_(std::move(library)), connection_(std::move(made)) {}
+                                 std::unique_ptr<CatalogueConnection> made, bool forChanges)
+    : library_(std::move(library)), connection_(std::move(made)), forChanges_(forChanges) {}
 
 ConnectionLease::~ConnectionLease() {
     if (connection_)
-        library_->giveBack(std::move(connection_));
+        library_->giveBack(std::move(connection_), forChanges_);
+}
+
+namespace {
+
+thread_local int callDepth = 0;
+thread_local std::shared_ptr<Library> libraryOfCall;
+
+} // namespace
+
+void Library::beginCall() noexcept {
+    ++callDepth;
+}
+
+void Library::endCall() noexcept {
+    if (--callDepth == 0)
+        libraryOfCall.reset();
 }
 
 std::shared_ptr<Library> Library::open() {
+    if (callDepth == 0)
+        return openAnew();
+    if (!libraryOfCall)
+        libraryOfCall = openAnew();
+    return libraryOfCall;
+}
+
+std::shared_ptr<Library> Library::openAnew() {
     const std::optional<std::string> path = libraryPath();
     if (!path)
         throw LibraryError(posixErrorDomain, ENOENT,
@@ -207,20 +231,33 @@ ConnectionLease Library::connection() {
         if (!idle_.empty()) {
             auto connection = std::move(idle_.back());
             idle_.pop_back();
-            return {shared_from_this(), std::move(connection)};
+            return {shared_from_this(), std::move(connection), false};
         }
     }
-    return {shared_from_this(), connect()};
+    return {shared_from_this(), connect(), false};
 }
 
-void Library::giveBack(std::unique_ptr<CatalogueConnection> connection) {
+ConnectionLease Library::connectionForChanges() {
+    {
+        const std::scoped_lock lock(poolMutex_);
+        if (idleForChanges_)
+            return {shared_from_this(), std::move(idleForChanges_), true};
+    }
+    auto connection = connect();
+    connection->keepManyPages();
+    return {shared_from_this(), std::move(connection), true};
+}
+
+void Library::giveBack(std::unique_ptr<CatalogueConnection> connection, bool forChanges) {
     if (!sqlite3_get_autocommit(connection->handle()))
         return; // a transaction that could not be ended: the connection is of no more use
     // An immutable connection would not see what others write once there is room again.
     if (mode_ == CatalogueConnection::Mode::immutable)
         return;
     const std::scoped_lock lock(poolMutex_);
-    if (idle_.size() < mostIdleConnections)
+    if (forChanges)
+        idleForChanges_ = std::move(connection);
+    else if (idle_.size() < mostIdleConnections)
         idle_.push_back(std::move(connection));
 }
 

@@ -24,7 +24,8 @@ class Library;
 // A catalogue connection for one thread's use; goes back to the library's pool at the end.
 class ConnectionLease {
 public:
-    ConnectionLease(std::shared_ptr<Library> library, std::unique_ptr<CatalogueConnection> made);
+    ConnectionLease(std::shared_ptr<Library> library, std::unique_ptr<CatalogueConnection> made,
+                    bool forChanges);
     ConnectionLease(ConnectionLease&&) noexcept = default;
     ConnectionLease& operator=(ConnectionLease&&) = delete;
     ~ConnectionLease();
@@ -36,6 +37,7 @@ public:
 private:
     std::shared_ptr<Library> library_;
     std::unique_ptr<CatalogueConnection> connection_;
+    bool forChanges_;
 };
 
 class Library : public std::enable_shared_from_this<Library> {
@@ -44,7 +46,15 @@ public:
     // long as the same folder stands there.
     static std::shared_ptr<Library> open();
 
+    // Between these two, open() looks only once, on this thread, whether the library is still
+    // where it was. They nest.
+    static void beginCall() noexcept;
+    static void endCall() noexcept;
+
     ConnectionLease connection();
+    // One with room for the pages of a large change. It is kept apart, because dropping a large
+    // cache whenever another process has committed would slow every read.
+    ConnectionLease connectionForChanges();
     FileStore& files() { return files_; }
     SharedListingMarkers& listingMarkers() { return markers_; }
     AlbumMarkers& albumMarkers() { return albumMarkers_; }
@@ -61,11 +71,12 @@ public:
 private:
     friend class ConnectionLease;
 
+    static std::shared_ptr<Library> openAnew();
     bool stillAt(const std::string& path) const;
     std::unique_ptr<CatalogueConnection> connect();
     bool tryToPrepareCatalogue(const std::string& path); // false: another process is at it
     void prepareCatalogue(const std::string& path);
-    void giveBack(std::unique_ptr<CatalogueConnection> connection);
+    void giveBack(std::unique_ptr<CatalogueConnection> connection, bool forChanges);
 
     UniqueFd folder_;
     struct stat catalogueFile_ {};
@@ -78,6 +89,7 @@ private:
     std::mutex writer_;
     std::mutex poolMutex_;
     std::vector<std::unique_ptr<CatalogueConnection>> idle_;
+    std::unique_ptr<CatalogueConnection> idleForChanges_;
 };
 
 } // namespace local

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace local {
 
@@ -10,8 +11,12 @@ namespace {
 constexpr std::int32_t stretchSize = 256;
 constexpr std::int32_t longestStretch = 2 * stretchSize;
 
+// An album's order is smaller and its rows cost more to skip.
+constexpr std::int32_t albumStretchSize = 32;
+
 // Cuts an order of keys into stretches as it is walked.
 struct Stretches {
+    std::int32_t size = stretchSize;
     std::vector<ListingKey> starts;
     std::vector<std::int32_t> counts;
 
@@ -22,7 +27,7 @@ struct Stretches {
 
     void walk(Statement& rows) {
         while (rows.step()) {
-            if (counts.back() == stretchSize)
+            if (counts.back() == size)
                 begin({rows.integer(0), rows.integer(1)}, 0);
             ++counts.back();
         }
@@ -36,15 +41,16 @@ ListingMarkers::ListingMarkers(CatalogueConnection& connection, std::int64_t seq
     Statement rows = connection.statement("SELECT created, n FROM asset INDEXED BY asset_listing "
                                           "WHERE hidden = 0 AND trashed_at IS NULL "
                                           "ORDER BY created DESC, n DESC");
-    take(rows);
+    take(rows, stretchSize);
 }
 
 ListingMarkers::ListingMarkers(Statement& keys, std::int64_t version) : sequence_(version) {
-    take(keys);
+    take(keys, albumStretchSize);
 }
 
-void ListingMarkers::take(Statement& keys) {
+void ListingMarkers::take(Statement& keys, std::int32_t size) {
     Stretches stretches;
+    stretches.size = size;
     stretches.begin(listingStart, 0);
     stretches.walk(keys);
     starts_ = std::make_shared<const std::vector<ListingKey>>(std::move(stretches.starts));
@@ -160,8 +166,11 @@ std::shared_ptr<const ListingMarkers> SharedListingMarkers::at(CatalogueConnecti
     if (kept_ && kept_->sequence() > sequence)
         return nullptr;
     if (kept_) {
-        // Fetches of other threads may still read the kept set: it is left to them as it is.
-        auto next = std::make_shared<ListingMarkers>(*kept_);
+        // Fetches of other threads may still read the kept set: then it is left to them as it is.
+        // While it is changed nobody keeps it, so that a failure leaves nothing half brought up.
+        auto next = std::exchange(kept_, nullptr);
+        if (next.use_count() > 1)
+            next = std::make_shared<ListingMarkers>(*next);
         if (next->bringUpTo(connection, sequence))
             return kept_ = std::move(next);
     }

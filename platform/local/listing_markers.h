@@ -60,7 +60,7 @@ public:
     Place locate(std::int64_t offset) const;
 
 private:
-    void take(Statement& keys);
+    void take(Statement& keys, std::int32_t size);
 
     // Stretch i of the order goes from starts_[i] up to the next one's start, holds counts_[i]
     // assets, and offsets_[i] assets come before it. The starts change rarely: versions of the
@@ -99,7 +99,7 @@ public:
 
 private:
     std::mutex mutex_;
-    std::shared_ptr<const ListingMarkers> kept_;
+    std::shared_ptr<ListingMarkers> kept_;
 };
 
 } // namespace local

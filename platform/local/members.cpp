@@ -4,6 +4,7 @@
 #include "platform/local/fetched_assets.h"
 
 #include <algorithm>
+#include <span>
 
 namespace local {
 
@@ -12,27 +13,51 @@ namespace {
 using platform::PHAsset;
 using platform::PHFetchResult;
 
-// The assets' row numbers as a JSON array: SQLite's json_each makes rows of it, so that a change
-// of any number of assets is one statement.
-std::string rowNumbers(const PHFetchResult<PHAsset>& assets) {
-    std::string json = "[";
-    const auto append = [&](const PHAsset& asset) {
-        if (json.size() > 1)
-            json += ',';
-        json += std::to_string(recordOf(asset).n);
-    };
+std::vector<std::int64_t> rowNumbers(const PHFetchResult<PHAsset>& assets) {
     if (!assets.object)
-        return "[]";
+        return {};
     const auto* fetched = static_cast<const FetchedAssets*>(assets.object.get());
-    if (const auto* known = std::get_if<KnownAssets>(fetched)) {
-        std::for_each(known->assets.begin(), known->assets.end(), append);
-        return json + "]";
-    }
+    if (const auto* many = std::get_if<ManyAssets>(fetched))
+        return many->rowNumbers();
+    std::vector<std::int64_t> numbers;
     for (std::size_t i = 0; i < assets.count(); ++i) {
         if (const auto asset = assets.objectAtIndex(i))
-            append(*asset);
+            numbers.push_back(recordOf(*asset).n);
     }
-    return json + "]";
+    return numbers;
+}
+
+// SQLite's json_each makes rows of it, so that a change of any number of assets is one statement.
+std::string jsonArray(std::span<const std::int64_t> numbers) {
+    std::string json = "[";
+    for (const std::int64_t number : numbers) {
+        if (json.size() > 1)
+            json += ',';
+        json += std::to_string(number);
+    }
+    return json += ']';
+}
+
+// A row number and a place in the caller's order in one integer: the catalogue is walked in its own
+// order, which for assets from all over it halves the time, and the album still gets the caller's.
+constexpr std::int64_t placesAtOnce = std::int64_t{1} << 20;
+
+void addInOrder(CatalogueConnection& connection, std::int64_t album, std::int64_t last,
+                std::span<const std::int64_t> numbers) {
+    std::vector<std::int64_t> placed;
+    placed.reserve(numbers.size());
+    for (const std::int64_t n : numbers)
+        placed.push_back(n * placesAtOnce + static_cast<std::int64_t>(placed.size()));
+    std::sort(placed.begin(), placed.end());
+    connection
+        .statement("INSERT OR IGNORE INTO album_member "
+                   "SELECT ?1, asset.n, ?2 + 1 + (wanted.value & 1048575), asset.created, "
+                   "asset.hidden = 0 AND asset.trashed_at IS NULL "
+                   "FROM json_each(?3) AS wanted CROSS JOIN asset ON asset.n = wanted.value >> 20")
+        .bind(1, album)
+        .bind(2, last)
+        .bind(3, jsonArray(placed))
+        .run();
 }
 
 const AlbumAssets* albumBehind(const PHFetchResult<PHAsset>& assets) {
@@ -65,15 +90,11 @@ void addMembers(CatalogueConnection& connection, std::int64_t album,
             .bind(3, source->order().album)
             .run();
     } else {
-        connection
-            .statement("INSERT OR IGNORE INTO album_member "
-                       "SELECT ?1, asset.n, ?2 + 1 + wanted.key, asset.created, "
-                       "asset.hidden = 0 AND asset.trashed_at IS NULL "
-                       "FROM json_each(?3) AS wanted CROSS JOIN asset ON asset.n = wanted.value")
-            .bind(1, album)
-            .bind(2, last)
-            .bind(3, rowNumbers(assets))
-            .run();
+        const std::vector<std::int64_t> numbers = rowNumbers(assets);
+        const std::span<const std::int64_t> all(numbers);
+        for (std::size_t from = 0; from < all.size(); from += placesAtOnce)
+            addInOrder(connection, album, last + static_cast<std::int64_t>(from),
+                       all.subspan(from, std::min<std::size_t>(placesAtOnce, all.size() - from)));
     }
     connection
         .statement("UPDATE collection SET changes = changes + 1, held = held + "
@@ -86,7 +107,7 @@ void addMembers(CatalogueConnection& connection, std::int64_t album,
 
 void removeMembers(CatalogueConnection& connection, std::int64_t album,
                    const PHFetchResult<PHAsset>& assets) {
-    const std::string wanted = rowNumbers(assets);
+    const std::string wanted = jsonArray(rowNumbers(assets));
     connection
         .statement("UPDATE collection SET changes = changes + 1, held = held - "
                    "(SELECT count(*) FROM json_each(?2) AS wanted CROSS JOIN album_member AS m "
