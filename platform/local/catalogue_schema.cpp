@@ -107,10 +107,11 @@ END;
 
 // Albums and folders. A member row repeats what its order and count depend on, so that an album's
 // page is a walk through one index; triggers keep it, and every count, in step with the assets.
-// `changes` numbers tell a process when markers that it keeps no longer fit.
+// `changes` numbers tell a process when markers that it keeps no longer fit. Row numbers are never
+// used again: whoever still holds a deleted album's must not reach the next one by it.
 constexpr const char* secondVersion = R"sql(
 CREATE TABLE collection (
-    n        INTEGER PRIMARY KEY,
+    n        INTEGER PRIMARY KEY AUTOINCREMENT,
     uuid     BLOB NOT NULL UNIQUE CHECK (length(uuid) = 16),
     kind     INTEGER NOT NULL CHECK (kind IN (1, 2)),
     title    TEXT,
