@@ -87,7 +87,7 @@ PreparedAsset::PreparedAsset(const FileStore& store, const AssetCreation& creati
     storedAs_ = uppercaseText(creation_.uuid);
     if (const std::string ending = storableEnding(called); !ending.empty())
         storedAs_ += "." + ending;
-    original_ = std::make_unique<IncomingOriginal>(store, creation_.uuid, storedAs_, source.get());
+    original_ = std::make_unique<IncomingFile>(store, Stored::original, storedAs_, source.get());
     // The imaging process reads the header while the disk takes the bytes.
     Inspection inspection(original_->readable(), kind);
     original_->place();

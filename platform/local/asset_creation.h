@@ -25,7 +25,7 @@ private:
     std::string contentType_;
     std::int64_t created_ = 0; // milliseconds since 1970
     MediaInfo info_;
-    std::unique_ptr<IncomingOriginal> original_;
+    std::unique_ptr<IncomingFile> original_;
 };
 
 } // namespace local

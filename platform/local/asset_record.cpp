@@ -39,6 +39,7 @@ platform::PHAsset assetFromRow(const Statement& row) {
     record->media = static_cast<long>(row.integer(3));
     record->filename = row.text(8);
     record->contentType = row.text(9);
+    record->edited = row.integer(10) != 0;
 
     Uuid uuid{};
     const auto bytes = row.blob(1);
@@ -71,6 +72,12 @@ std::vector<PHAssetResource> assetResourcesForAsset(const PHAsset& asset) {
         record.media == PHAssetMediaTypeVideo ? PHAssetResourceTypeVideo : PHAssetResourceTypePhoto;
     std::vector<PHAssetResource> resources;
     resources.push_back({type, record.filename, record.contentType, asset.object});
+    if (record.edited) {
+        resources.push_back(
+            {PHAssetResourceTypeFullSizePhoto, "FullSizeRender.jpg", "public.jpeg", asset.object});
+        resources.push_back(
+            {PHAssetResourceTypeAdjustmentData, "Adjustments.data", "public.data", asset.object});
+    }
     return resources;
 }
 

@@ -22,13 +22,14 @@ struct AssetRecord {
     long media = 0;
     std::string filename;
     std::string contentType;
+    bool edited = false;
 };
 
 // The columns that assetFromRow reads, in its order; the table must be named "asset". The listing's
 // index holds all of them but the two that are parameters: its fetches give constants for these.
 #define PHOTOS_KIT_ASSET_COLUMNS(hidden, favorite)                                                 \
     "asset.n, asset.uuid, asset.created, asset.media, asset.width, asset.height, " hidden          \
-    ", " favorite ", asset.filename, asset.content_type"
+    ", " favorite ", asset.filename, asset.content_type, asset.edited"
 
 #define PHOTOS_KIT_IS_FAVORITE                                                                     \
     "EXISTS (SELECT 1 FROM favorite AS f WHERE f.created = asset.created AND f.asset = asset.n)"

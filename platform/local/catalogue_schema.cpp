@@ -24,7 +24,7 @@ CREATE TABLE library (
 INSERT INTO library (only_row, access) VALUES (1, 3);
 
 CREATE TABLE asset (
-    n            INTEGER PRIMARY KEY,
+    n            INTEGER PRIMARY KEY AUTOINCREMENT,
     uuid         BLOB NOT NULL UNIQUE CHECK (length(uuid) = 16),
     created      INTEGER NOT NULL,
     media        INTEGER NOT NULL CHECK (media IN (1, 2)),
@@ -285,7 +285,52 @@ BEGIN
 END;
 )sql";
 
-constexpr std::array steps{firstVersion, secondVersion};
+// Edits, and what becomes of the files of rows that are gone: a trigger notes their names, and only
+// when that is committed does anybody remove them.
+constexpr const char* thirdVersion = R"sql(
+ALTER TABLE library ADD COLUMN confirm_deletions INTEGER NOT NULL DEFAULT 0
+    CHECK (confirm_deletions IN (0, 1));
+
+ALTER TABLE asset ADD COLUMN edited INTEGER NOT NULL DEFAULT 0 CHECK (edited IN (0, 1));
+DROP INDEX asset_listing;
+CREATE INDEX asset_listing
+    ON asset (created DESC, n DESC, uuid, media, width, height, filename, content_type, edited)
+    WHERE hidden = 0 AND trashed_at IS NULL;
+
+CREATE TABLE edit (
+    asset             INTEGER PRIMARY KEY REFERENCES asset (n),
+    stored_as         TEXT NOT NULL UNIQUE,
+    hash              BLOB NOT NULL CHECK (length(hash) = 16),
+    size              INTEGER NOT NULL CHECK (size > 0),
+    original_width    INTEGER NOT NULL,
+    original_height   INTEGER NOT NULL,
+    format_identifier TEXT NOT NULL,
+    format_version    TEXT NOT NULL,
+    data              BLOB NOT NULL,
+    committed         INTEGER NOT NULL
+) STRICT;
+
+CREATE TABLE discarded_file (
+    path TEXT PRIMARY KEY
+) STRICT, WITHOUT ROWID;
+
+CREATE TRIGGER edit_leaves_with_asset BEFORE DELETE ON asset
+BEGIN
+    DELETE FROM edit WHERE asset = old.n;
+END;
+CREATE TRIGGER render_discarded AFTER DELETE ON edit
+BEGIN
+    INSERT OR IGNORE INTO discarded_file
+    VALUES ('renders/' || substr(old.stored_as, 1, 2) || '/' || old.stored_as);
+END;
+CREATE TRIGGER original_discarded AFTER DELETE ON asset
+BEGIN
+    INSERT OR IGNORE INTO discarded_file
+    VALUES ('originals/' || substr(old.stored_as, 1, 2) || '/' || old.stored_as);
+END;
+)sql";
+
+constexpr std::array steps{firstVersion, secondVersion, thirdVersion};
 
 bool isEmptyFile(CatalogueConnection& connection) {
     return connection.integer("PRAGMA user_version") == 0 &&

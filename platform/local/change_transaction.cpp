@@ -4,6 +4,9 @@
 #include "platform/local/asset_creation.h"
 #include "platform/local/asset_record.h"
 #include "platform/local/checkpointer.h"
+#include "platform/local/confirmation.h"
+#include "platform/local/discarded_files.h"
+#include "platform/local/edits.h"
 #include "platform/local/library.h"
 #include "platform/photo_library.h"
 
@@ -22,36 +25,67 @@ void shortenListingLog(CatalogueConnection& connection) {
         .run();
 }
 
+template <class Prepared>
+using Parts = std::vector<std::unique_ptr<Prepared>>;
+
 void carryOut(const ChangeTransaction& changes) {
     const std::shared_ptr<Library> library = Library::open();
     library->requireWritable();
     const ConnectionLease connection = library->connectionForChanges();
     requireChangeAccess(*connection);
 
-    // Copying and reading files takes long and needs no lock.
-    std::vector<std::unique_ptr<PreparedAsset>> prepared;
+    // What takes long needs no lock: the user's answer, copying and reading files.
+    if (changes.deletedAssets > 0)
+        confirmDeletion(*connection, changes.deletedAssets);
+    Parts<PreparedAsset> assets;
     for (const auto& creation : changes.assetCreations)
-        prepared.push_back(std::make_unique<PreparedAsset>(library->files(), *creation));
+        assets.push_back(std::make_unique<PreparedAsset>(library->files(), *creation));
+    Parts<PreparedEdit> edits;
+    for (const EditWish& wish : changes.edits)
+        edits.push_back(std::make_unique<PreparedEdit>(library->files(), wish));
 
     {
         const std::unique_lock<std::mutex> lock = library->writeLock();
         WriteTransaction transaction(*connection);
         const bool limited = requireChangeAccess(*connection);
-        for (const auto& asset : prepared)
+        for (const auto& asset : assets)
             asset->insert(*connection, limited);
+        for (const auto& edit : edits)
+            edit->insert(*connection);
         for (const auto& step : changes.steps)
             step(*connection);
         shortenListingLog(*connection);
-        for (const auto& asset : prepared)
+        for (const auto& asset : assets)
             asset->commitBegins();
+        for (const auto& edit : edits)
+            edit->commitBegins();
         transaction.commit();
     }
-    for (const auto& asset : prepared)
+    for (const auto& asset : assets)
         asset->committed();
+    for (const auto& edit : edits)
+        edit->committed();
     checkpointWhenLong(library, connection->logPages());
+    if (!edits.empty())
+        removeDiscardedFiles(*library);
 }
 
 } // namespace
+
+void carryOutSteps(const std::vector<std::function<void(CatalogueConnection&)>>& steps) {
+    const std::shared_ptr<Library> library = Library::open();
+    library->requireWritable();
+    const ConnectionLease connection = library->connectionForChanges();
+    {
+        const std::unique_lock<std::mutex> lock = library->writeLock();
+        WriteTransaction transaction(*connection);
+        for (const auto& step : steps)
+            step(*connection);
+        shortenListingLog(*connection);
+        transaction.commit();
+    }
+    checkpointWhenLong(library, connection->logPages());
+}
 
 ChangeTransaction* ChangeTransaction::current() {
     return currentTransaction;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/change_requests.h"
+#include "platform/content_editing.h"
 #include "platform/local/catalogue_connection.h"
 #include "platform/local/file_store.h"
 
@@ -19,11 +20,31 @@ struct AssetCreation {
     std::string originalFilename;
 };
 
+// A wish to make a rendered picture an asset's current version.
+struct EditWish {
+    std::int64_t asset = 0; // row number
+    std::shared_ptr<const EditFolder> folder;
+    platform::PHAdjustmentData adjustmentData;
+};
+
+// A wish for the same mark on assets that were named one after the other.
+struct MarkWish {
+    enum class Mark { favorite, hidden };
+    Mark mark = Mark::favorite;
+    bool value = false;
+    std::vector<std::int64_t> assets; // row numbers
+};
+
 struct ChangeTransaction {
     std::vector<std::shared_ptr<AssetCreation>> assetCreations;
+    std::vector<EditWish> edits;
+    std::size_t deletedAssets = 0; // how many the user is to be asked about
     // Run in this order inside the write transaction, after the new assets are in; one that
     // throws refuses all.
     std::vector<std::function<void(CatalogueConnection&)>> steps;
+    // That of the newest step, while assets can still join it.
+    std::shared_ptr<MarkWish> openMarks;
+    std::size_t openMarksStep = 0;
 
     // The one whose block runs on this thread; null outside a block.
     static ChangeTransaction* current();
@@ -31,5 +52,9 @@ struct ChangeTransaction {
     // Makes this the current one for the length of `block`.
     void collect(const std::function<void()>& block);
 };
+
+// Carries out steps of the library's owner, who needs no access granted: one write transaction.
+// Throws LibraryError.
+void carryOutSteps(const std::vector<std::function<void(CatalogueConnection&)>>& steps);
 
 } // namespace local

@@ -5,6 +5,7 @@
 
 #include "platform/local/change_transaction.h"
 #include "platform/local/collection_record.h"
+#include "platform/local/fetched_assets.h"
 #include "platform/local/guarded.h"
 #include "platform/local/members.h"
 
@@ -198,6 +199,11 @@ void addAssets(const PHAssetCollectionChangeRequest& request,
     local::note(request, [assets](CatalogueConnection& connection, const CollectionChange& change) {
         local::addMembers(connection, local::rowOf(connection, change), assets);
     });
+}
+
+void addAssets(const PHAssetCollectionChangeRequest& request, const std::vector<PHAsset>& assets) {
+    addAssets(request, PHFetchResult<PHAsset>{
+                           std::make_shared<local::FetchedAssets>(local::KnownAssets{assets})});
 }
 
 void removeAssets(const PHAssetCollectionChangeRequest& request,

@@ -3,6 +3,7 @@
 #include "platform/collection.h"
 
 #include "platform/local/access.h"
+#include "platform/local/asset_record.h"
 #include "platform/local/collection_record.h"
 #include "platform/local/guarded.h"
 #include "platform/local/library.h"
@@ -253,6 +254,27 @@ fetchCollectionListsContainingCollection(const PHCollection& collection) {
             found.push_back(std::get<PHCollectionList>(
                 local::collectionOf(std::make_shared<const local::CollectionRow>(
                     local::collectionRow(row, sight->limited)))));
+        return local::resultOf(std::move(found));
+    });
+}
+
+PHFetchResult<PHAssetCollection> fetchAssetCollectionsContainingAsset(const PHAsset& asset,
+                                                                      long type) {
+    return orElse<PHFetchResult<PHAssetCollection>>({}, [&] {
+        std::vector<PHAssetCollection> found;
+        const auto sight =
+            asset.object && type == PHAssetCollectionTypeAlbum ? local::openToSee() : std::nullopt;
+        if (!sight)
+            return local::resultOf(std::move(found));
+        local::Statement rows = sight->connection->statement(
+            "SELECT " PHOTOS_KIT_COLLECTION_COLUMNS " FROM album_member AS m "
+            "CROSS JOIN collection ON collection.n = m.album WHERE m.asset = ?1 "
+            "ORDER BY ifnull(collection.parent, 0), collection.position");
+        rows.bind(1, local::recordOf(asset).n);
+        while (rows.step())
+            found.push_back(std::get<PHAssetCollection>(
+                local::collectionOf(std::make_shared<const local::CollectionRow>(
+                    local::collectionRow(rows, sight->limited)))));
         return local::resultOf(std::move(found));
     });
 }

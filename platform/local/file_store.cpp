@@ -14,7 +14,7 @@ namespace local {
 
 namespace {
 
-constexpr std::string_view markerEnding = ".importing";
+constexpr std::string_view editFolderEnding = ".edit";
 constexpr std::size_t uuidTextLength = 36;
 
 struct CloseFolder {
@@ -38,14 +38,50 @@ std::vector<std::string> namesIn(int parent, const char* name) {
     if (!folder)
         return names;
     while (const dirent* entry = readdir(folder.get())) {
-        if (entry->d_name[0] != '.')
-            names.emplace_back(entry->d_name);
+        const std::string_view found = entry->d_name;
+        if (found != "." && found != "..")
+            names.emplace_back(found);
     }
     return names;
 }
 
-std::string originalPath(std::string_view name) {
-    return "originals/" + std::string(name.substr(0, 2)) + "/" + std::string(name);
+std::string pathOf(Stored kind, std::string_view name) {
+    return std::string(folderOf(kind))
+        .append("/")
+        .append(name.substr(0, 2))
+        .append("/")
+        .append(name);
+}
+
+// What the name of a marker says about the file beside it.
+std::optional<Stored> kindOfMarker(std::string_view name) {
+    for (const Stored kind : {Stored::original, Stored::render}) {
+        if (name.ends_with(markerEnding(kind)))
+            return kind;
+    }
+    return std::nullopt;
+}
+
+bool hasMarker(int incoming, const std::string& name) {
+    for (const Stored kind : {Stored::original, Stored::render}) {
+        const std::string marker = name + std::string(markerEnding(kind));
+        if (faccessat(incoming, marker.c_str(), F_OK, 0) == 0)
+            return true;
+    }
+    return false;
+}
+
+// Edit folders hold files only.
+void removeEditFolder(int parent, const std::string& path) {
+    for (const std::string& name : namesIn(parent, path.c_str()))
+        unlinkat(parent, (path + "/" + name).c_str(), 0);
+    unlinkat(parent, path.c_str(), AT_REMOVEDIR);
+}
+
+void sweepEditFolder(int incoming, const std::string& name) {
+    const UniqueFd folder(openat(incoming, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder && flock(folder.get(), LOCK_EX | LOCK_NB) == 0 && isLinked(folder.get()))
+        removeEditFolder(incoming, name);
 }
 
 int uppercaseDigitValue(char digit) {
@@ -111,13 +147,21 @@ std::string hexadecimal(const ContentHash& hash) {
     return text;
 }
 
+std::string_view folderOf(Stored kind) {
+    return kind == Stored::original ? "originals" : "renders";
+}
+
+std::string_view markerEnding(Stored kind) {
+    return kind == Stored::original ? ".importing" : ".editing";
+}
+
 bool isLinked(int file) {
     struct stat status {};
     return fstat(file, &status) == 0 && status.st_nlink > 0;
 }
 
 void FileStore::create() const {
-    for (const char* name : {"originals", "incoming", "derivatives"}) {
+    for (const char* name : {"originals", "renders", "incoming", "derivatives"}) {
         if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
             throw systemError(std::string("The photo library's folder \"") + name +
                                   "\" could not be made",
@@ -135,11 +179,18 @@ void FileStore::create() const {
         throw systemError("The photo library's folders could not be made durable", errno);
 }
 
-UniqueFd FileStore::openOriginal(const std::string& name) const {
-    UniqueFd file(openat(folder_, originalPath(name).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+UniqueFd FileStore::open(Stored kind, const std::string& name) const {
+    UniqueFd file(openat(folder_, pathOf(kind, name).c_str(),
+                         O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!file)
-        throw systemError("The asset's original could not be opened", errno);
+        throw systemError(kind == Stored::original ? "The asset's original could not be opened"
+                                                   : "The asset's edit could not be opened",
+                          errno);
     return file;
+}
+
+bool FileStore::removeDiscarded(const std::string& path) const {
+    return unlinkat(folder_, path.c_str(), 0) == 0 || errno == ENOENT;
 }
 
 UniqueFd FileStore::openDerivatives() const {
@@ -161,36 +212,60 @@ bool FileStore::holdsOriginals() const {
     return false;
 }
 
-void FileStore::sweep(const std::function<bool(const Uuid&)>& isCatalogued,
+void FileStore::sweep(const std::function<bool(Stored, const std::string& name)>& isCatalogued,
                       const std::function<void()>& beforeRemoval) const {
     const UniqueFd incoming(openat(folder_, "incoming", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!incoming)
         return;
     bool prepared = false;
     for (const std::string& entry : namesIn(folder_, "incoming")) {
-        const std::optional<Uuid> uuid =
-            uuidFromText(std::string_view(entry).substr(0, uuidTextLength));
-        if (!uuid)
+        if (!uuidFromText(std::string_view(entry).substr(0, uuidTextLength)))
             continue; // not ours to judge
-        const bool isMarker = entry.ends_with(markerEnding);
+        if (entry.ends_with(editFolderEnding)) {
+            sweepEditFolder(incoming.get(), entry);
+            continue;
+        }
+        // A file without a marker is what a sweep left that did not come to its end.
+        const std::optional<Stored> marked = kindOfMarker(entry);
+        const Stored kind = marked.value_or(Stored::original);
         const std::string name =
-            isMarker ? entry.substr(0, entry.size() - markerEnding.size()) : entry;
-        const std::string markerName = name + std::string(markerEnding);
-        const UniqueFd marker(openat(incoming.get(), markerName.c_str(), O_RDWR | O_CLOEXEC));
-        if (isMarker && !marker)
+            marked ? entry.substr(0, entry.size() - markerEnding(kind).size()) : entry;
+        if (!marked && hasMarker(incoming.get(), name))
+            continue; // its marker's turn comes
+        const UniqueFd marker(openat(incoming.get(), entry.c_str(), O_RDWR | O_CLOEXEC));
+        if (marked && !marker)
             continue; // its importer has just finished
         // Locked: its importer is at work. No longer linked: another sweep has been here, and an
         // importer may have begun again under this name.
-        if (marker && (flock(marker.get(), LOCK_EX | LOCK_NB) != 0 || !isLinked(marker.get())))
+        if (marked && (flock(marker.get(), LOCK_EX | LOCK_NB) != 0 || !isLinked(marker.get())))
             continue;
         if (!prepared)
             beforeRemoval();
         prepared = true;
-        if (!isCatalogued(*uuid))
-            unlinkat(folder_, originalPath(name).c_str(), 0);
+        if (marked && !isCatalogued(kind, name))
+            unlinkat(folder_, pathOf(kind, name).c_str(), 0);
         unlinkat(incoming.get(), name.c_str(), 0);
-        unlinkat(incoming.get(), markerName.c_str(), 0);
+        if (marked)
+            unlinkat(incoming.get(), entry.c_str(), 0);
     }
+}
+
+EditFolder::EditFolder(const FileStore& store) : store_(store) {
+    for (;;) {
+        path_ = "incoming/" + uppercaseText(randomUuid()) + std::string(editFolderEnding);
+        if (mkdirat(store_.folder(), path_.c_str(), 0700) != 0)
+            throw systemError("There is no place for an edit", errno);
+        opened_.reset(openat(store_.folder(), path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!opened_ && errno != ENOENT)
+            throw systemError("The place for an edit could not be opened", errno);
+        // A sweep may have taken it for a dead one's before it is locked.
+        if (opened_ && flock(opened_.get(), LOCK_EX | LOCK_NB) == 0 && isLinked(opened_.get()))
+            return;
+    }
+}
+
+EditFolder::~EditFolder() {
+    removeEditFolder(store_.folder(), path_);
 }
 
 } // namespace local

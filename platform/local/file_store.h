@@ -1,10 +1,10 @@
-// Where the bytes of assets lie. Originals go in once, durably, and never change; nothing above
-// this file knows their paths.
+// Where the bytes of assets lie. Originals and rendered edits go in once, durably, and never
+// change; nothing above this file knows their paths.
 //
 // A file on its way in stands in incoming/ under the name it will have, beside a marker
-// "<name>.importing" that its importer holds locked (flock) from before the first byte until
-// after the commit. A marker that nobody holds belongs to an importer that died: what it left is
-// swept when its asset is not in the catalogue.
+// "<name>.importing" ("<name>.editing" for a rendered edit) that its importer holds locked (flock)
+// from before the first byte until after the commit. A marker that nobody holds belongs to an
+// importer that died: what it left is swept when the catalogue does not name it.
 #pragma once
 
 #include "platform/local/library_error.h"
@@ -27,8 +27,13 @@ std::optional<Uuid> uuidFromText(std::string_view text);
 Uuid randomUuid();
 std::string hexadecimal(const ContentHash& hash); // 32 lower-case digits
 
-// Whether the open file still has a name.
+// Whether the open file or folder still has a name.
 bool isLinked(int file);
+
+// What a stored file is: it decides the folder, "originals" or "renders".
+enum class Stored { original, render };
+std::string_view folderOf(Stored kind);
+std::string_view markerEnding(Stored kind); // of the name of a marker in incoming/
 
 class FileStore {
 public:
@@ -38,8 +43,8 @@ public:
     // Makes the store's folders in a new library.
     void create() const;
 
-    // Opens the original `name` for reading; throws when it cannot.
-    UniqueFd openOriginal(const std::string& name) const;
+    // Opens the file `name` for reading; throws when it cannot.
+    UniqueFd open(Stored kind, const std::string& name) const;
 
     // The folder of scaled pictures, or an empty descriptor when there is none and none can be
     // made. A cache: whoever uses it does without when it fails.
@@ -47,11 +52,15 @@ public:
 
     bool holdsOriginals() const;
 
-    // Removes what importers left that died: `isCatalogued` tells whether an asset with this
-    // uuid exists, and is asked only about files that nobody holds. `beforeRemoval` runs once
-    // before anything is removed, and may throw to prevent it.
-    void sweep(const std::function<bool(const Uuid&)>& isCatalogued,
+    // Removes what importers and editors left that died: `isCatalogued` tells whether the
+    // catalogue names the file, and is asked only about files that nobody holds. `beforeRemoval`
+    // runs once before anything is removed, and may throw to prevent it.
+    void sweep(const std::function<bool(Stored, const std::string& name)>& isCatalogued,
                const std::function<void()>& beforeRemoval) const;
+
+    // Removes a file that no row names any longer; `path` is relative to the library. False when
+    // it is still there.
+    bool removeDiscarded(const std::string& path) const;
 
     int folder() const { return folder_; }
 
@@ -59,15 +68,33 @@ private:
     int folder_;
 };
 
-// One original on its way into the store: copied, placed, and kept once its asset is committed.
-// Leaves no trace when destroyed before commitBegins().
-class IncomingOriginal {
+// A folder for one edit's rendered picture, "incoming/<uuid>.edit", until the edit is over. Held
+// locked (flock), so that a sweep can tell it from a dead one's.
+class EditFolder {
 public:
-    // Copies all of `source` (a regular file, read from its start), hashing on the way.
-    IncomingOriginal(const FileStore& store, const Uuid& uuid, const std::string& name, int source);
-    ~IncomingOriginal();
-    IncomingOriginal(const IncomingOriginal&) = delete;
-    IncomingOriginal& operator=(const IncomingOriginal&) = delete;
+    explicit EditFolder(const FileStore& store); // throws when it cannot be made
+    ~EditFolder();                               // with all that is in it
+    EditFolder(const EditFolder&) = delete;
+    EditFolder& operator=(const EditFolder&) = delete;
+
+    int descriptor() const { return opened_.get(); }
+
+private:
+    const FileStore& store_;
+    std::string path_;
+    UniqueFd opened_;
+};
+
+// One file on its way into the store: copied, placed, and kept once its row is committed.
+// Leaves no trace when destroyed before commitBegins().
+class IncomingFile {
+public:
+    // Copies all of `source` (a regular file, read from its start), hashing on the way. The name
+    // begins with a UUID of this file's own.
+    IncomingFile(const FileStore& store, Stored kind, const std::string& name, int source);
+    ~IncomingFile();
+    IncomingFile(const IncomingFile&) = delete;
+    IncomingFile& operator=(const IncomingFile&) = delete;
 
     // The copy, opened for reading only.
     int readable() const { return readable_.get(); }
@@ -80,16 +107,17 @@ public:
     // From here on the file stays: whether the commit took effect is for the catalogue to say,
     // and if it did not, a sweep removes the file.
     void commitBegins() { removable_ = false; }
-    // The asset is committed: the marker has done its work.
+    // The row is committed: the marker has done its work.
     void committed();
 
 private:
     void makeMarker();
+    bool makeFolder(const std::string& path) const; // false: it was there
     void syncFolder(const std::string& path) const;
     void remove() noexcept;
 
     const FileStore& store_;
-    std::string partPath_, markerPath_, finalPath_, finalFolder_;
+    std::string partPath_, markerPath_, finalPath_, finalFolder_, root_;
     UniqueFd marker_, writable_, readable_;
     ContentHash hash_{};
     std::int64_t size_ = 0;

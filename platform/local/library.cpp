@@ -1,6 +1,7 @@
 #include "platform/local/library.h"
 
 #include "platform/local/catalogue_schema.h"
+#include "platform/local/discarded_files.h"
 #include "platform/local/library_location.h"
 
 #include <fcntl.h>
@@ -126,6 +127,8 @@ std::shared_ptr<Library> Library::openAnew() {
     if (!*kept || !(*kept)->stillAt(*path)) {
         kept->reset();
         *kept = std::make_shared<Library>(*path);
+        if (!(*kept)->readOnly_)
+            removeDiscardedFiles(**kept);
     }
     return *kept;
 }
@@ -140,22 +143,31 @@ Library::Library(const std::string& path) : folder_(openFolder(path)), files_(fo
     if (readOnly_)
         return;
     try {
-        const std::unique_ptr<CatalogueConnection> connection = connect();
-        files_.sweep(
-            [&](const Uuid& uuid) {
-                Statement found = connection->statement("SELECT 1 FROM asset WHERE uuid = ?1");
-                return found.bindBlob(1, uuid).step();
-            },
-            [&] {
-                // A dead importer's commit may lie complete in the log without being in force; a
-                // commit after it makes sure that it never will be.
-                WriteTransaction transaction(*connection);
-                connection->execute("UPDATE library SET access = access");
-                transaction.commit();
-            });
+        sweep();
     } catch (const LibraryError&) {
         // What is left over waits for a better day; it is in nobody's way.
     }
+}
+
+void Library::sweep() {
+    const std::unique_ptr<CatalogueConnection> connection = connect();
+    files_.sweep(
+        [&](Stored kind, const std::string& name) {
+            Statement found = connection->statement(
+                kind == Stored::original
+                    ? "SELECT 1 FROM asset WHERE uuid = ?1 AND stored_as = ?2"
+                    : "SELECT 1 FROM edit WHERE ?1 IS NOT NULL AND stored_as = ?2");
+            const auto uuid = uuidFromText(std::string_view(name).substr(0, 36));
+            return uuid && found.bindBlob(1, *uuid).bind(2, name).step();
+        },
+        [&] { makeDurable(*connection); });
+}
+
+void Library::makeDurable(CatalogueConnection& connection) {
+    const std::unique_lock<std::mutex> lock = writeLock();
+    WriteTransaction transaction(connection);
+    connection.execute("UPDATE library SET access = access");
+    transaction.commit();
 }
 
 bool Library::stillAt(const std::string& path) const {

@@ -62,6 +62,10 @@ public:
     // Throws when the library takes no changes.
     void requireWritable() const;
 
+    // A commit that was read may be one of a process that died before it was durable; after this it
+    // is. To be called before a file is removed because of what was read.
+    void makeDurable(CatalogueConnection& connection);
+
     // Held by a thread from before it begins a write transaction until that is over, so that the
     // threads of one process queue here instead of polling.
     std::unique_lock<std::mutex> writeLock() { return std::unique_lock(writer_); }
@@ -73,6 +77,7 @@ private:
 
     static std::shared_ptr<Library> openAnew();
     bool stillAt(const std::string& path) const;
+    void sweep();
     std::unique_ptr<CatalogueConnection> connect();
     bool tryToPrepareCatalogue(const std::string& path); // false: another process is at it
     void prepareCatalogue(const std::string& path);

@@ -1,7 +1,7 @@
 #include "platform/local/members.h"
 
-#include "platform/local/asset_record.h"
 #include "platform/local/fetched_assets.h"
+#include "platform/local/row_numbers.h"
 
 #include <algorithm>
 #include <span>
@@ -12,31 +12,6 @@ namespace {
 
 using platform::PHAsset;
 using platform::PHFetchResult;
-
-std::vector<std::int64_t> rowNumbers(const PHFetchResult<PHAsset>& assets) {
-    if (!assets.object)
-        return {};
-    const auto* fetched = static_cast<const FetchedAssets*>(assets.object.get());
-    if (const auto* many = std::get_if<ManyAssets>(fetched))
-        return many->rowNumbers();
-    std::vector<std::int64_t> numbers;
-    for (std::size_t i = 0; i < assets.count(); ++i) {
-        if (const auto asset = assets.objectAtIndex(i))
-            numbers.push_back(recordOf(*asset).n);
-    }
-    return numbers;
-}
-
-// SQLite's json_each makes rows of it, so that a change of any number of assets is one statement.
-std::string jsonArray(std::span<const std::int64_t> numbers) {
-    std::string json = "[";
-    for (const std::int64_t number : numbers) {
-        if (json.size() > 1)
-            json += ',';
-        json += std::to_string(number);
-    }
-    return json += ']';
-}
 
 // A row number and a place in the caller's order in one integer: the catalogue is walked in its own
 // order, which for assets from all over it halves the time, and the album still gets the caller's.

@@ -10,17 +10,25 @@ namespace local {
 
 namespace {
 
-bool readPlace(std::int64_t n, std::string& storedAs, std::string& contentKey) {
+struct Place {
+    Stored kind = Stored::original;
+    std::string storedAs;
+    std::string contentKey;
+};
+
+std::optional<Place> readPlace(std::int64_t n) {
     const ConnectionLease connection = Library::open()->connection();
-    Statement row = connection->statement("SELECT stored_as, hash FROM asset WHERE n = ?1");
+    Statement row = connection->statement(
+        "SELECT edit.asset IS NOT NULL, ifnull(edit.stored_as, asset.stored_as), "
+        "ifnull(edit.hash, asset.hash) FROM asset LEFT JOIN edit ON edit.asset = asset.n "
+        "WHERE asset.n = ?1");
     if (!row.bind(1, n).step())
-        return false;
-    storedAs = row.text(0);
+        return std::nullopt;
     ContentHash hash{};
-    const auto bytes = row.blob(1);
+    const auto bytes = row.blob(2);
     std::copy_n(bytes.begin(), std::min(bytes.size(), hash.size()), hash.begin());
-    contentKey = hexadecimal(hash);
-    return true;
+    return Place{row.integer(0) != 0 ? Stored::render : Stored::original, std::string(row.text(1)),
+                 hexadecimal(hash)};
 }
 
 } // namespace
@@ -32,12 +40,12 @@ std::optional<PictureSource> pictureSourceForAsset(const platform::PHAsset& asse
     PictureSource source;
     source.kind =
         record.media == platform::PHAssetMediaTypeVideo ? MediaKind::video : MediaKind::photo;
-    std::string storedAs;
-    if (!orElse(false, [&] { return readPlace(record.n, storedAs, source.contentKey); }))
+    const auto place = orElse<std::optional<Place>>({}, [&] { return readPlace(record.n); });
+    if (!place)
         return std::nullopt;
-    source.open = [storedAs] {
-        return orElse<UniqueFd>({},
-                                [&] { return Library::open()->files().openOriginal(storedAs); });
+    source.contentKey = place->contentKey;
+    source.open = [kind = place->kind, name = place->storedAs] {
+        return orElse<UniqueFd>({}, [&] { return Library::open()->files().open(kind, name); });
     };
     // Opened when first asked for; stays open as long as a copy of the source lives.
     source.derivativesFolder = [folder = std::make_shared<UniqueFd>()] {

@@ -180,8 +180,8 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     platform::fetchAssetsWithOptions({});
     const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
     const local::FileStore store(folder.get());
-    const auto none = [](const local::Uuid&) { return false; };
-    const auto all = [](const local::Uuid&) { return true; };
+    const auto none = [](local::Stored, const std::string&) { return false; };
+    const auto all = [](local::Stored, const std::string&) { return true; };
     const auto ready = [] {};
     const auto picture = writePicture(home.file("a.jpg"));
     const local::UniqueFd source(open(picture.c_str(), O_RDONLY));
@@ -189,7 +189,7 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     const std::string name = local::uppercaseText(uuid) + ".jpg";
     writeText(home.library() / "incoming/notes.txt", "not ours");
     {
-        local::IncomingOriginal incoming(store, uuid, name, source.get());
+        local::IncomingFile incoming(store, local::Stored::original, name, source.get());
         store.sweep(none, ready);
         incoming.place();
         store.sweep(none, ready);
@@ -207,7 +207,8 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     lseek(source.get(), 0, SEEK_SET);
     const local::Uuid lost = local::randomUuid();
     {
-        local::IncomingOriginal incoming(store, lost, local::uppercaseText(lost), source.get());
+        local::IncomingFile incoming(store, local::Stored::original, local::uppercaseText(lost),
+                                     source.get());
         incoming.place();
         incoming.commitBegins();
     }
@@ -228,8 +229,8 @@ TEST(Sweeping, DoesNotDisturbImportersThatAreJustBeginning) {
         sweepers.emplace_back([&] {
             while (!stop)
                 store.sweep(
-                    [](const local::Uuid& uuid) {
-                        return assetWith(local::assetIdentifier(uuid)).has_value();
+                    [](local::Stored, const std::string& name) {
+                        return assetWith(name.substr(0, 36) + "/L0/001").has_value();
                     },
                     [] {});
         });

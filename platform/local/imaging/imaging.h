@@ -95,6 +95,10 @@ struct PictureSource {
 std::optional<Pixels> coverPicture(const PictureSource& source, double targetWidth,
                                    double targetHeight);
 
+// Whether the file is a JPEG that decodes from its first byte to its last; what its header tells,
+// or why it is not. `fd` is borrowed.
+std::variant<MediaInfo, ImagingFailure> checkWholeJpeg(int fd);
+
 // A complete JPEG stream at a quality of 1 to 100; nothing when it cannot be encoded.
 std::optional<std::vector<std::uint8_t>> encodeJpeg(const Pixels& pixels, int quality);
 

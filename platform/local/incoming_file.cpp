@@ -56,13 +56,12 @@ void writeChunk(int target, const std::uint8_t* bytes, std::size_t size) {
 
 } // namespace
 
-IncomingOriginal::IncomingOriginal(const FileStore& store, const Uuid& uuid,
-                                   const std::string& name, int source)
+IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::string& name, int source)
     : store_(store) {
-    const std::string shelf = uppercaseText(uuid).substr(0, 2);
     partPath_ = "incoming/" + name;
-    markerPath_ = partPath_ + ".importing";
-    finalFolder_ = "originals/" + shelf;
+    markerPath_ = partPath_ + std::string(markerEnding(kind));
+    root_ = folderOf(kind);
+    finalFolder_ = root_ + "/" + name.substr(0, 2);
     finalPath_ = finalFolder_ + "/" + name;
     makeMarker();
     try {
@@ -101,12 +100,12 @@ IncomingOriginal::IncomingOriginal(const FileStore& store, const Uuid& uuid,
     }
 }
 
-IncomingOriginal::~IncomingOriginal() {
+IncomingFile::~IncomingFile() {
     if (removable_)
         remove();
 }
 
-void IncomingOriginal::makeMarker() {
+void IncomingFile::makeMarker() {
     for (;;) {
         marker_.reset(openat(store_.folder(), markerPath_.c_str(),
                              O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
@@ -123,10 +122,9 @@ void IncomingOriginal::makeMarker() {
     }
 }
 
-void IncomingOriginal::place() {
-    const bool newShelf = mkdirat(store_.folder(), finalFolder_.c_str(), 0700) == 0;
-    if (!newShelf && errno != EEXIST)
-        copyFailed("making its folder", errno);
+void IncomingFile::place() {
+    const bool newRoot = makeFolder(root_);
+    const bool newShelf = makeFolder(finalFolder_);
     if (renameat(store_.folder(), partPath_.c_str(), store_.folder(), finalPath_.c_str()) != 0)
         copyFailed("renaming", errno);
     placed_ = true;
@@ -136,22 +134,32 @@ void IncomingOriginal::place() {
         copyFailed("closing", errno);
     syncFolder(finalFolder_);
     if (newShelf)
-        syncFolder("originals");
+        syncFolder(root_);
+    if (newRoot)
+        syncFolder(".");
 }
 
-void IncomingOriginal::syncFolder(const std::string& path) const {
+bool IncomingFile::makeFolder(const std::string& path) const {
+    if (mkdirat(store_.folder(), path.c_str(), 0700) == 0)
+        return true;
+    if (errno != EEXIST)
+        copyFailed("making its folder", errno);
+    return false;
+}
+
+void IncomingFile::syncFolder(const std::string& path) const {
     const UniqueFd folder(
         openat(store_.folder(), path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder || fsync(folder.get()) != 0)
         copyFailed("syncing its folder", errno);
 }
 
-void IncomingOriginal::committed() {
+void IncomingFile::committed() {
     unlinkat(store_.folder(), markerPath_.c_str(), 0);
     marker_.reset();
 }
 
-void IncomingOriginal::remove() noexcept {
+void IncomingFile::remove() noexcept {
     unlinkat(store_.folder(), (placed_ ? finalPath_ : partPath_).c_str(), 0);
     unlinkat(store_.folder(), markerPath_.c_str(), 0);
     marker_.reset();

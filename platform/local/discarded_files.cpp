@@ -1,0 +1,49 @@
+#include "platform/local/discarded_files.h"
+
+#include "platform/local/library.h"
+
+#include <string>
+#include <vector>
+
+namespace local {
+
+namespace {
+
+std::vector<std::string> discardedFiles(CatalogueConnection& connection) {
+    std::vector<std::string> paths;
+    Statement rows = connection.statement("SELECT path FROM discarded_file");
+    while (rows.step())
+        paths.emplace_back(rows.text(0));
+    return paths;
+}
+
+} // namespace
+
+void removeDiscardedFiles(Library& library) noexcept {
+    try {
+        const ConnectionLease connection = library.connectionForChanges();
+        const std::vector<std::string> paths = discardedFiles(*connection);
+        if (paths.empty())
+            return;
+        library.makeDurable(*connection);
+        std::vector<std::string> removed;
+        for (const std::string& path : paths) {
+            if (library.files().removeDiscarded(path))
+                removed.push_back(path);
+        }
+        if (removed.empty())
+            return;
+        const std::unique_lock<std::mutex> lock = library.writeLock();
+        WriteTransaction transaction(*connection);
+        Statement forget = connection->statement("DELETE FROM discarded_file WHERE path = ?1");
+        for (const std::string& path : removed) {
+            forget.bind(1, path).run();
+            forget.reset();
+        }
+        transaction.commit();
+    } catch (const std::exception&) {
+        // The next opening of the library tries again.
+    }
+}
+
+} // namespace local

@@ -1,0 +1,32 @@
+#include "platform/local/row_numbers.h"
+
+#include "platform/local/asset_record.h"
+#include "platform/local/fetched_assets.h"
+
+namespace local {
+
+std::vector<std::int64_t> rowNumbers(const platform::PHFetchResult<platform::PHAsset>& assets) {
+    if (!assets.object)
+        return {};
+    const auto* fetched = static_cast<const FetchedAssets*>(assets.object.get());
+    if (const auto* many = std::get_if<ManyAssets>(fetched))
+        return many->rowNumbers();
+    std::vector<std::int64_t> numbers;
+    for (std::size_t i = 0; i < assets.count(); ++i) {
+        if (const auto asset = assets.objectAtIndex(i))
+            numbers.push_back(recordOf(*asset).n);
+    }
+    return numbers;
+}
+
+std::string jsonArray(std::span<const std::int64_t> numbers) {
+    std::string json = "[";
+    for (const std::int64_t number : numbers) {
+        if (json.size() > 1)
+            json += ',';
+        json += std::to_string(number);
+    }
+    return json += ']';
+}
+
+} // namespace local

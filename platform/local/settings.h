@@ -1,0 +1,30 @@
+// What the library's owner decides: what hosts may see and change, and whether deletions are asked
+// about. Kept in the catalogue, in force for every process from the next call on. Everything here
+// throws LibraryError.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace local {
+
+struct Settings {
+    std::int64_t access = 0; // a PHAuthorizationStatus: 1 restricted, 2 denied, 3 full, 4 limited
+    std::size_t limitedChoice = 0; // how many assets a limited access may see
+    bool confirmDeletions = false;
+};
+
+Settings readSettings();
+
+void grantFullAccess();
+void denyAccess();
+
+// Limits access to these assets alone; what the host imports itself joins them. Throws when one of
+// them is not in the library, and then changes nothing.
+void limitAccess(const std::vector<std::string>& identifiers);
+
+void setConfirmDeletions(bool ask);
+
+} // namespace local

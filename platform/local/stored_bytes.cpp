@@ -1,0 +1,121 @@
+#include "platform/local/stored_bytes.h"
+
+#include "platform/local/library.h"
+
+// Inlined, so that no library has to be loaded into the host for it.
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+namespace local {
+
+namespace {
+
+constexpr const char* originalSql = "SELECT stored_as, hash, size FROM asset WHERE n = ?1";
+constexpr const char* renderSql = "SELECT stored_as, hash, size FROM edit WHERE asset = ?1";
+constexpr const char* dataSql = "SELECT data FROM edit WHERE asset = ?1";
+
+LibraryError gone() {
+    return {platform::PHPhotosErrorDomain, invalidResourceCode,
+            "The asset no longer has this file."};
+}
+
+struct Place {
+    std::string name;
+    StoredBytes bytes;
+};
+
+Place readPlace(std::int64_t asset, const char* sql) {
+    const ConnectionLease connection = Library::open()->connection();
+    Statement row = connection->statement(sql);
+    if (!row.bind(1, asset).step())
+        throw gone();
+    Place place;
+    place.name = row.text(0);
+    const auto hash = row.blob(1);
+    std::copy_n(hash.begin(), std::min(hash.size(), place.bytes.hash.size()),
+                place.bytes.hash.begin());
+    place.bytes.size = row.integer(2);
+    return place;
+}
+
+StoredBytes openFile(std::int64_t asset, Stored kind, const char* sql) {
+    Place place = readPlace(asset, sql);
+    try {
+        place.bytes.file = Library::open()->files().open(kind, place.name);
+    } catch (const LibraryError&) {
+        // Another edit may have taken this one's place between the two steps.
+        Place now = readPlace(asset, sql);
+        if (now.name == place.name)
+            throw;
+        place = std::move(now);
+        place.bytes.file = Library::open()->files().open(kind, place.name);
+    }
+    return std::move(place.bytes);
+}
+
+} // namespace
+
+StoredBytes openResource(std::int64_t asset, long resourceType) {
+    if (resourceType == platform::PHAssetResourceTypeFullSizePhoto)
+        return openFile(asset, Stored::render, renderSql);
+    if (resourceType != platform::PHAssetResourceTypeAdjustmentData)
+        return openFile(asset, Stored::original, originalSql);
+    const ConnectionLease connection = Library::open()->connection();
+    Statement row = connection->statement(dataSql);
+    if (!row.bind(1, asset).step())
+        throw gone();
+    StoredBytes stored;
+    const auto data = row.blob(0);
+    stored.data.assign(data.begin(), data.end());
+    return stored;
+}
+
+struct Verifier::State {
+    XXH3_state_t hashing;
+};
+
+Verifier::Verifier() : state_(std::make_unique<State>()) {
+    XXH3_128bits_reset(&state_->hashing);
+}
+
+Verifier::~Verifier() = default;
+
+void Verifier::take(const std::uint8_t* bytes, std::size_t size) {
+    XXH3_128bits_update(&state_->hashing, bytes, size);
+    size_ += static_cast<std::int64_t>(size);
+}
+
+bool Verifier::matches(const ContentHash& hash, std::int64_t size) const {
+    XXH128_canonical_t found;
+    XXH128_canonicalFromHash(&found, XXH3_128bits_digest(&state_->hashing));
+    return size_ == size && std::equal(hash.begin(), hash.end(), found.digest);
+}
+
+bool isIntact(const StoredBytes& stored) {
+    Verifier verifier;
+    std::array<std::uint8_t, 128 * 1024> chunk;
+    for (off_t at = 0;;) {
+        const ssize_t got = pread(stored.file.get(), chunk.data(), chunk.size(), at);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            throw systemError("The asset's file could not be read", errno);
+        if (got == 0)
+            return verifier.matches(stored.hash, stored.size);
+        verifier.take(chunk.data(), static_cast<std::size_t>(got));
+        at += got;
+    }
+}
+
+LibraryError damagedFile(long resourceType) {
+    return {platform::PHPhotosErrorDomain, invalidResourceCode,
+            resourceType == platform::PHAssetResourceTypeFullSizePhoto
+                ? "The asset's edited picture is damaged: it is not the one that was stored."
+                : "The asset's original is damaged: its bytes are not those that were imported."};
+}
+
+} // namespace local
