@@ -1,0 +1,236 @@
+// Marks, deletion, the trash, and the question before a deletion.
+#include "tests/local/support.h"
+
+#include "platform/asset_change_requests.h"
+#include "platform/collection.h"
+#include "platform/local/settings.h"
+#include "platform/local/trash.h"
+#include "platform/photo_library.h"
+
+#include <fstream>
+#include <limits>
+
+using namespace platform;
+using namespace support;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::optional<NSError> change(const std::function<void()>& block) {
+    std::optional<NSError> error;
+    if (performChangesAndWait(block, error))
+        return std::nullopt;
+    return error ? error : NSError{};
+}
+
+std::optional<NSError> mark(const std::vector<std::string>& identifiers,
+                            void (*set)(const PHAssetChangeRequest&, bool), bool value) {
+    const auto assets = fetchAssetsWithLocalIdentifiers(identifiers);
+    return change([&] {
+        for (std::size_t i = 0; i < assets.count(); ++i)
+            set(changeRequestForAsset(*assets.objectAtIndex(i)), value);
+    });
+}
+
+std::optional<NSError> remove(const std::vector<std::string>& identifiers) {
+    return change([&] { deleteAssets(fetchAssetsWithLocalIdentifiers(identifiers)); });
+}
+
+std::size_t countOfSmartAlbum(const std::string& title) {
+    const auto albums =
+        fetchAssetCollectionsWithType(PHAssetCollectionTypeSmartAlbum, PHAssetCollectionSubtypeAny);
+    for (std::size_t i = 0; i < albums.count(); ++i) {
+        const auto album = albums.objectAtIndex(i);
+        if (album->localizedTitle == title)
+            return fetchAssetsInAssetCollection(*album, nullptr).count();
+    }
+    return 0;
+}
+
+std::vector<std::string> identifiersOf(const ScratchHome& home, const std::string& condition) {
+    const std::string text = sqlText(
+        home, "SELECT group_concat(substr(h,1,8)||'-'||substr(h,9,4)||'-'||substr(h,13,4)||'-'||"
+              "substr(h,17,4)||'-'||substr(h,21)||'/L0/001', char(10)) FROM (SELECT hex(uuid) AS h "
+              "FROM asset WHERE " +
+                  condition + ")");
+    std::vector<std::string> identifiers;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        identifiers.push_back(line);
+    return identifiers;
+}
+
+// A stand-in for the dialog, found on PATH before any other.
+class Dialog {
+public:
+    Dialog(const ScratchHome& home, const std::string& script) : path_(getenv("PATH")) {
+        fs::create_directory(home.file("bin"));
+        writeText(home.file("bin/zenity"), "#!/bin/sh\n" + script + "\n");
+        fs::permissions(home.file("bin/zenity"), fs::perms::owner_all);
+        setenv("PATH", (home.file("bin").string() + ":" + path_).c_str(), 1);
+    }
+    ~Dialog() { setenv("PATH", path_.c_str(), 1); }
+
+private:
+    std::string path_;
+};
+
+} // namespace
+
+TEST(AssetMarks, AreSetOnManyAssetsAndCountedInTheSmartAlbums) {
+    const ScratchHome home;
+    listed();
+    addBareAssets(home, 400, 1000, 1000);
+    const auto many = identifiersOf(home, "n % 2 = 0");
+    ASSERT_EQ(many.size(), 200u);
+    ASSERT_FALSE(mark(many, setFavorite, true));
+    ASSERT_FALSE(mark({many[0], many[1]}, setFavorite, true)); // already so
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 200u);
+    ASSERT_FALSE(mark({many[0], many[1], many[1]}, setFavorite, false));
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 198u);
+    EXPECT_FALSE(assetWith(many[0])->isFavorite);
+    EXPECT_TRUE(assetWith(many[2])->isFavorite);
+
+    ASSERT_FALSE(mark(many, setHidden, true));
+    EXPECT_EQ(listed().count(), 200u);
+    EXPECT_EQ(countOfSmartAlbum("Hidden"), 200u);
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    EXPECT_TRUE(assetWith(many[2])->isHidden);
+    EXPECT_TRUE(assetWith(many[2])->isFavorite) << "one mark leaves the other alone";
+    ASSERT_FALSE(mark(many, setHidden, false));
+    EXPECT_EQ(listed().count(), 400u);
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 198u);
+}
+
+TEST(AssetMarks, AreSetOnAllOrNone) {
+    const ScratchHome home;
+    listed();
+    addBareAssets(home, 3, 1000, 1000);
+    const auto identifiers = identifiersOf(home, "1");
+    const auto assets = fetchAssetsWithLocalIdentifiers(identifiers);
+    ASSERT_FALSE(remove({identifiers[1]}));
+    const auto error = change([&] {
+        for (std::size_t i = 0; i < assets.count(); ++i)
+            setFavorite(changeRequestForAsset(*assets.objectAtIndex(i)), true);
+    });
+    ASSERT_TRUE(error);
+    EXPECT_THAT(error->localizedDescription.value_or(""), testing::HasSubstr("no longer exists"));
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+}
+
+TEST(AssetMarks, OfBothKindsInOneBlockKeepTheirOrder) {
+    const ScratchHome home;
+    listed();
+    addBareAssets(home, 1, 1000, 1000);
+    const auto asset = *listed().objectAtIndex(0);
+    ASSERT_FALSE(change([&] {
+        const auto request = changeRequestForAsset(asset);
+        setFavorite(request, true);
+        setHidden(request, true);
+        setFavorite(request, false);
+    }));
+    const auto now = assetWith(asset.localIdentifier);
+    EXPECT_TRUE(now->isHidden);
+    EXPECT_FALSE(now->isFavorite);
+}
+
+TEST(Trash, KeepsAssetsWholeUntilItIsEmptied) {
+    const ScratchHome home;
+    const auto kept = importFile(writePicture(home.file("a.jpg"))).identifier;
+    const auto gone = importFile(writePicture(home.file("b.jpg"), 64, 48, 1)).identifier;
+    ASSERT_FALSE(mark({*gone}, setFavorite, true));
+    const fs::path original =
+        home.library() / "originals" / storedAs(home, *gone).substr(0, 2) / storedAs(home, *gone);
+    ASSERT_FALSE(remove({*gone, "unknown/L0/001"}));
+    EXPECT_THAT(listedIdentifiers(), ElementsAre(*kept));
+    EXPECT_FALSE(assetWith(*gone)) << "deleted ones are nowhere";
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    ASSERT_EQ(local::listTrash().size(), 1u);
+    EXPECT_EQ(local::listTrash()[0].filename, "b.jpg");
+    EXPECT_EQ(readBytes(original), readBytes(home.file("b.jpg")));
+
+    EXPECT_EQ(local::restoreFromTrash({*gone, *kept, "nonsense"}), 1u);
+    EXPECT_THAT(listedIdentifiers(), UnorderedElementsAre(*kept, *gone));
+    EXPECT_TRUE(assetWith(*gone)->isFavorite);
+
+    ASSERT_FALSE(remove({*gone}));
+    EXPECT_EQ(local::emptyTrash(0), 0u);
+    EXPECT_TRUE(fs::exists(original));
+    EXPECT_EQ(local::emptyTrash(std::numeric_limits<std::int64_t>::max()), 1u);
+    EXPECT_FALSE(fs::exists(original));
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM discarded_file"), 0);
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM favorite"), 0);
+    EXPECT_EQ(local::restoreFromTrash({*gone}), 0u);
+    EXPECT_THAT(listedIdentifiers(), ElementsAre(*kept));
+}
+
+TEST(Trash, FilesThatCouldNotBeRemovedGoAtTheNextOpening) {
+    const ScratchHome home;
+    const int died = inChild([&] {
+        const auto gone = importFile(writePicture(home.file("a.jpg"))).identifier;
+        ASSERT_FALSE(remove({*gone}));
+        // As if the process had died between the commit and the removal.
+        runSql(home, "DELETE FROM asset");
+    });
+    ASSERT_EQ(died, 0);
+    ASSERT_EQ(filesBelow(home.library() / "originals").size(), 1u);
+    EXPECT_EQ(listed().count(), 0u);
+    EXPECT_THAT(filesBelow(home.library() / "originals"), IsEmpty());
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM discarded_file"), 0);
+}
+
+TEST(DeletionQuestion, IsAskedWhereTheSettingWantsIt) {
+    const ScratchHome home;
+    listed();
+    addBareAssets(home, 2, 1000, 1000);
+    const auto identifiers = listedIdentifiers();
+    local::setConfirmDeletions(true);
+    {
+        const Dialog refusing(home, "echo \"$@\" > \"$HOME/asked\"; exit 1");
+        const auto error = remove({identifiers[0]});
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->domain, PHPhotosErrorDomain);
+        EXPECT_EQ(error->code, PHPhotosErrorUserCancelled);
+        EXPECT_EQ(listed().count(), 2u);
+        EXPECT_THAT(readBytes(home.file("asked")), testing::HasSubstr("--question"));
+    }
+    fs::remove_all(home.file("bin"));
+    {
+        const Dialog broken(home, "exit 255");
+        const auto error = remove({identifiers[0]});
+        ASSERT_TRUE(error);
+        EXPECT_NE(error->code, PHPhotosErrorUserCancelled);
+        EXPECT_EQ(listed().count(), 2u);
+    }
+    fs::remove_all(home.file("bin"));
+    {
+        const Dialog accepting(home, "exit 0");
+        EXPECT_FALSE(remove({identifiers[0]}));
+        EXPECT_EQ(listed().count(), 1u);
+    }
+    local::setConfirmDeletions(false);
+    EXPECT_FALSE(remove({identifiers[1]}));
+}
+
+TEST(LibrarySettings, AccessIsInForceFromTheNextCall) {
+    const ScratchHome home;
+    listed();
+    addBareAssets(home, 3, 1000, 1000);
+    const auto identifiers = listedIdentifiers();
+    local::limitAccess({identifiers[1]});
+    EXPECT_THAT(listedIdentifiers(), ElementsAre(identifiers[1]));
+    EXPECT_EQ(local::readSettings().limitedChoice, 1u);
+    EXPECT_ANY_THROW(local::limitAccess({identifiers[0], "unknown"}));
+    EXPECT_THAT(listedIdentifiers(), ElementsAre(identifiers[1])) << "refused as a whole";
+    local::denyAccess();
+    EXPECT_EQ(listed().count(), 0u);
+    const auto error = remove({identifiers[0]});
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, 3311);
+    local::grantFullAccess();
+    EXPECT_EQ(listed().count(), 3u);
+    EXPECT_EQ(local::readSettings().limitedChoice, 0u);
+}

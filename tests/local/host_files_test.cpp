@@ -1,0 +1,145 @@
+// Files that the host names: written, copied and removed, but never inside the photo library.
+#include "tests/local/support.h"
+
+#include "platform/file_handle.h"
+#include "platform/files.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace platform;
+using namespace support;
+using testing::HasSubstr;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+namespace {
+
+NSData dataOf(std::string_view text) {
+    return NSData(text.begin(), text.end());
+}
+
+std::span<const std::uint8_t> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+} // namespace
+
+TEST(HostFiles, AreWrittenCopiedAndRemoved) {
+    const ScratchHome home;
+    std::optional<NSError> error;
+    EXPECT_TRUE(createDirectoryAtPath(home.file("a/b/c")));
+    EXPECT_TRUE(createDirectoryAtPath(home.file("a/b/c/")));
+    const std::string path = home.file("a/b/c/file");
+    EXPECT_FALSE(fileHandleForWritingAtPath(path)) << "it does not exist";
+    ASSERT_TRUE(createFileAtPath(path));
+    {
+        const auto file = fileHandleForWritingAtPath(path);
+        ASSERT_TRUE(file);
+        writeData(*file, bytesOf("one "));
+        writeData(*file, bytesOf("two"));
+        closeFile(*file);
+        closeFile(*file);
+        EXPECT_THROW(writeData(*file, bytesOf("x")), NSException);
+    }
+    EXPECT_EQ(readBytes(path), "one two");
+    EXPECT_TRUE(createFileAtPath(path));
+    EXPECT_EQ(readBytes(path), "") << "emptied";
+
+    writeText(home.file("source"), std::string(3'000'000, 's'));
+    EXPECT_TRUE(copyItemAtURL({home.file("source")}, {home.file("copy")}, error));
+    EXPECT_EQ(readBytes(home.file("copy")), readBytes(home.file("source")));
+    EXPECT_FALSE(copyItemAtURL({home.file("source")}, {home.file("copy")}, error));
+    EXPECT_THAT(error->localizedDescription.value_or(""), HasSubstr("exists"));
+    EXPECT_FALSE(copyItemAtURL({home.file("source")}, {home.file("no/where")}, error));
+
+    EXPECT_TRUE(writeToURL(dataOf("new"), {home.file("copy")}, NSDataWritingAtomic, error));
+    EXPECT_EQ(readBytes(home.file("copy")), "new");
+    EXPECT_EQ(dataWithContentsOfFile(home.file("copy")), dataOf("new"));
+    EXPECT_FALSE(writeToURL(dataOf("x"), {home.file("a")}, NSDataWritingAtomic, error));
+    EXPECT_TRUE(fs::exists(home.file("a/b/c/file")));
+
+    fs::create_symlink(home.file("source"), home.file("a/link"));
+    EXPECT_TRUE(removeItemAtPath(home.file("a/")));
+    EXPECT_FALSE(fs::exists(home.file("a")));
+    EXPECT_TRUE(fs::exists(home.file("source"))) << "a link goes, its target stays";
+    EXPECT_FALSE(removeItemAtPath(home.file("a")));
+    for (const char* nowhere : {"", "/", ".", ".."})
+        EXPECT_FALSE(removeItemAtPath(nowhere)) << nowhere;
+}
+
+TEST(HostFiles, LinksAndPipesAtThePlaceAreNotWrittenTo) {
+    const ScratchHome home;
+    std::optional<NSError> error;
+    writeText(home.file("target"), "kept");
+    fs::create_symlink(home.file("target"), home.file("link"));
+    fs::create_symlink(home.file("missing"), home.file("dangling"));
+    mkfifo(home.file("pipe").c_str(), 0600);
+    for (const char* name : {"link", "dangling", "pipe"}) {
+        EXPECT_FALSE(createFileAtPath(home.file(name))) << name;
+        EXPECT_FALSE(fileHandleForWritingAtPath(home.file(name))) << name;
+    }
+    EXPECT_FALSE(dataWithContentsOfFile(home.file("pipe")));
+    EXPECT_FALSE(copyItemAtURL({home.file("pipe")}, {home.file("x")}, error));
+    EXPECT_EQ(readBytes(home.file("target")), "kept");
+    EXPECT_FALSE(fs::exists(home.file("missing")));
+}
+
+TEST(HostFiles, NeverLieInsideThePhotoLibrary) {
+    const ScratchHome home;
+    const auto identifier = *importFile(writePicture(home.file("a.jpg"))).identifier;
+    const std::string name = storedAs(home, identifier);
+    const fs::path library = home.library();
+    const fs::path original = library / "originals" / name.substr(0, 2) / name;
+    const std::string before = readBytes(original);
+    fs::create_symlink(library, home.file("way in"));
+    std::optional<NSError> error;
+    for (const fs::path& place :
+         {original, library, home.path() / "Pictures", home.path(), library / "library.db",
+          home.file("way in/originals/x"), library / "new", library / "incoming/../library.db",
+          home.file("x/../Pictures/Lumatrice Library/library.db")}) {
+        EXPECT_FALSE(removeItemAtPath(place)) << place;
+        EXPECT_FALSE(createFileAtPath(place)) << place;
+        EXPECT_FALSE(fileHandleForWritingAtPath(place)) << place;
+        EXPECT_FALSE(writeToURL(dataOf("x"), {place}, NSDataWritingAtomic, error)) << place;
+        EXPECT_FALSE(copyItemAtURL({home.file("a.jpg")}, {place}, error)) << place;
+    }
+    EXPECT_FALSE(createDirectoryAtPath(library / "folder"));
+    EXPECT_FALSE(createDirectoryAtPath(home.file("way in/a/b")));
+    EXPECT_FALSE(createDirectoryAtPath(home.file("y/../Pictures/Lumatrice Library/z")));
+    EXPECT_EQ(readBytes(original), before);
+    EXPECT_EQ(listed().count(), 1u);
+    // The link itself is no part of the library.
+    EXPECT_TRUE(removeItemAtPath(home.file("way in")));
+    EXPECT_TRUE(fs::exists(library / "library.db"));
+}
+
+TEST(HostFiles, AFullDiskIsToldAndLeavesNothingHalf) {
+    const ScratchHome home;
+    const int code = inChild([&] {
+        fs::create_directory(home.file("disk"));
+        if (!mountSmallDisk(home.file("disk"), "size=256k"))
+            _exit(notPossibleHere);
+        std::optional<NSError> error;
+        writeText(home.file("large"), std::string(1 << 20, 'x'));
+        writeText(home.file("disk/old"), "old");
+        EXPECT_FALSE(copyItemAtURL({home.file("large")}, {home.file("disk/copy")}, error));
+        EXPECT_THAT(error->localizedDescription.value_or(""), HasSubstr("No space left"));
+        EXPECT_FALSE(
+            writeToURL(NSData(1 << 20, 'x'), {home.file("disk/old")}, NSDataWritingAtomic, error));
+        EXPECT_EQ(readBytes(home.file("disk/old")), "old");
+        EXPECT_THAT(filesBelow(home.file("disk")), testing::ElementsAre("old"));
+        ASSERT_TRUE(createFileAtPath(home.file("disk/streamed")));
+        const auto file = fileHandleForWritingAtPath(home.file("disk/streamed"));
+        const NSData chunk(100'000, 'x');
+        EXPECT_THROW(
+            {
+                for (int i = 0; i < 5; ++i)
+                    writeData(*file, chunk);
+            },
+            NSException);
+    });
+    if (code == notPossibleHere)
+        GTEST_SKIP() << "this system mounts no disk for a test";
+    EXPECT_EQ(code, 0);
+}
