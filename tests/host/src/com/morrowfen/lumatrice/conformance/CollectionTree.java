@@ -67,6 +67,11 @@ final class CollectionTree {
         return shapes;
     }
 
+    /** A short text that two trees share only if they hold the same in the same places. */
+    String digest() {
+        return size() + " collections, " + collections.hashCode() + ", " + shapes.hashCode();
+    }
+
     /** The shapes of all that the first one holds. */
     List<Shape> shapesInside() {
         return shapes.subList(1, shapes.size());
