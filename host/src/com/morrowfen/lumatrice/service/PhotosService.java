@@ -24,7 +24,8 @@ import java.nio.file.Path;
  *
  * <p><b>Text out of the library.</b> Results are standard UTF-8 handed to the JVM as they stand. A
  * character outside the Basic Multilingual Plane therefore arrives garbled, each as a few wrong
- * characters; everything else arrives as it is.
+ * characters, and the JVM cuts characters off the end of such a text: a listing that holds one is no
+ * longer complete JSON. Everything else arrives as it is.
  */
 public final class PhotosService {
     /**
