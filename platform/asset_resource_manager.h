@@ -26,7 +26,7 @@ struct PHAssetResourceRequestOptions {
 // `completionHandler` is called exactly once, after the last chunk: with nothing when all bytes
 // were handed over, else with the error that ended the request. Cancelling gives
 // PHPhotosErrorDomain and PHPhotosErrorUserCancelled. Bytes that were handed over before an error
-// are right as far as they go.
+// are right as far as they go, unless the error says that the file is damaged.
 //
 // Both run on threads of the library's choosing, possibly before this call has returned, and are
 // released soon after the completion handler has returned. No exception leaves them.

@@ -8,9 +8,8 @@ import java.nio.file.Path;
  * <p>Assets (photos and videos), albums and folders are named by local identifiers: strings that
  * the listings and the creating methods hand out. Every method may be called from any thread,
  * several at once, and blocks its caller until the photo library has answered, without a time
- * limit; keep them off a user interface's thread. Failures are result values, never exceptions,
- * with one exception: a method that the loaded library does not export yet throws
- * {@link UnsatisfiedLinkError}. Why something failed is in the diagnostic log,
+ * limit; keep them off a user interface's thread. Failures are result values, never exceptions.
+ * Why something failed is in the diagnostic log,
  * {@code $HOME/.lumatrice/logs/photos-native.log}, if the directory exists, and on standard error.
  *
  * <p><b>Result codes.</b> 0 or more is success, a count where the method counts. -1 means that
