@@ -6,6 +6,7 @@
 #include "platform/content_editing.h"
 #include "platform/files.h"
 #include "platform/local/edits.h"
+#include "platform/local/trash.h"
 #include "platform/photo_library.h"
 
 #include <csignal>
@@ -74,7 +75,7 @@ NSData dataOf(std::string_view text) {
 // As an editor does it: the input, the rendered file, the commit.
 std::optional<NSError> edit(const std::string& identifier, const NSData& rendered) {
     const auto asset = assetWith(identifier);
-    const auto input = inputOf(*asset);
+    const auto input = asset ? inputOf(*asset) : std::nullopt;
     if (!input)
         return NSError{"no input", 0, std::nullopt};
     auto output = initWithContentEditingInput(*input);
@@ -236,6 +237,68 @@ TEST(Edits, AnInputOutlivesItsAsset) {
     EXPECT_TRUE(dataWithContentsOfFile(input->fullSizeImageURL->path));
 }
 
+namespace {
+
+// Whatever the asset went through: its original is itself, and an edit has its picture and its
+// data.
+void expectWhole(const ScratchHome& home, const std::string& identifier,
+                 const std::string& original, const std::vector<NSData>& renderings) {
+    const auto asset = assetWith(identifier);
+    ASSERT_TRUE(asset);
+    EXPECT_EQ(readBytes(originalOf(home, identifier)), original);
+    EXPECT_EQ(transfer(resourceOf(identifier, PHAssetResourceTypePhoto)).bytes, original);
+    const bool edited = typesOf(*asset).size() == 3;
+    EXPECT_EQ(filesBelow(home.library() / "renders").size(), edited ? 1u : 0u);
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+    EXPECT_EQ(sqlText(home, "PRAGMA integrity_check"), "ok");
+    if (!edited) {
+        EXPECT_EQ(sizeOf(identifier), "640x480");
+        return;
+    }
+    const auto picture = resourceOf(identifier, PHAssetResourceTypeFullSizePhoto);
+    EXPECT_THAT(renderings, testing::Contains(dataOf(transfer(picture).bytes)));
+    const auto data = resourceOf(identifier, PHAssetResourceTypeAdjustmentData);
+    EXPECT_EQ(transfer(data).bytes, "how");
+}
+
+void editRevertDeleteAndRestore(const std::string& identifier, const NSData& rendered) {
+    edit(identifier, rendered);
+    std::optional<NSError> error;
+    const auto found = fetchAssetsWithLocalIdentifiers({identifier});
+    static_cast<void>(performChangesAndWait([&] { deleteAssets(found); }, error));
+    local::restoreFromTrash({identifier});
+    local::revertEdits({identifier});
+}
+
+} // namespace
+
+TEST(Edits, ManyThreadsEditRevertDeleteAndExportOneAsset) {
+    const ScratchHome home;
+    const auto source = writePicture(home.file("a.jpg"), 640, 480);
+    const auto identifier = *importFile(source).identifier;
+    const auto asset = *assetWith(identifier);
+    const std::vector<NSData> renderings{picture(home, 300, 400, 1), picture(home, 200, 100, 2)};
+    std::vector<std::thread> threads;
+    for (const NSData& rendered : renderings)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 12; ++i)
+                editRevertDeleteAndRestore(identifier, rendered);
+        });
+    threads.emplace_back([&] {
+        // An export that began is not disturbed by what becomes of the asset.
+        const auto resource = assetResourcesForAsset(asset)[0];
+        for (int i = 0; i < 60; ++i) {
+            const Received received = transfer(resource);
+            EXPECT_FALSE(received.error);
+            EXPECT_EQ(received.bytes, readBytes(source));
+        }
+    });
+    for (auto& thread : threads)
+        thread.join();
+    local::restoreFromTrash({identifier});
+    expectWhole(home, identifier, readBytes(source), renderings);
+}
+
 TEST(Edits, AreThereWholeOrNotAtAllWhenTheProcessIsKilled) {
     const ScratchHome home;
     const auto source = writePicture(home.file("a.jpg"), 640, 480);
@@ -248,23 +311,15 @@ TEST(Edits, AreThereWholeOrNotAtAllWhenTheProcessIsKilled) {
         const pid_t child = fork();
         if (child == 0) {
             for (;;)
-                edit(identifier, rendered);
+                editRevertDeleteAndRestore(identifier, rendered);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(60 + 23 * round));
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
         const int found = inChild([&] {
-            const auto asset = assetWith(identifier);
-            ASSERT_TRUE(asset);
-            EXPECT_EQ(readBytes(originalOf(home, identifier)), readBytes(source));
-            EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
-            const auto types = typesOf(*asset);
-            EXPECT_EQ(filesBelow(home.library() / "renders").size(), types.size() == 3 ? 1u : 0u);
-            if (types.size() != 3)
-                return;
-            EXPECT_EQ(sizeOf(identifier), "800x600");
-            const auto resource = resourceOf(identifier, PHAssetResourceTypeFullSizePhoto);
-            EXPECT_EQ(dataOf(transfer(resource).bytes), rendered);
+            listed(); // opens the library: what the dead one left is swept
+            local::restoreFromTrash({identifier});
+            expectWhole(home, identifier, readBytes(source), {rendered});
         });
         ASSERT_EQ(found, 0) << "round " << round;
     }
