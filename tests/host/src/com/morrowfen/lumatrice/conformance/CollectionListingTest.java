@@ -83,7 +83,8 @@ class CollectionListingTest {
     @Test
     void aLevelIsOneRecordForEachChildInOrder() throws IOException {
         LogTail log = new LogTail();
-        assertEquals("[{\"id\":\"" + album + "\",\"title\":\"Album\",\"kind\":\"album\",\"count\":4},"
+        assertEquals("[{\"id\":\"" + album
+                        + "\",\"title\":\"Album\",\"kind\":\"album\",\"count\":4},"
                         + "{\"id\":\"" + folder
                         + "\",\"title\":\"Folder\",\"kind\":\"folder\",\"count\":3},"
                         + "{\"id\":\"" + empty

@@ -102,11 +102,11 @@ class KilledProcessTest {
         }
     }
 
-    private static boolean killAfter(long milliseconds, String... task)
+    private static void killAfter(long milliseconds, String... task)
             throws IOException, InterruptedException {
         try (OtherProcess other = OtherProcess.start(task)) {
             Thread.sleep(milliseconds);
-            return other.kill();
+            other.kill();
         }
     }
 
@@ -127,13 +127,19 @@ class KilledProcessTest {
             killAfter(moment, "duplicate", source);
             int made = assertBeginningOfTheCopy(newAtTheTop(before),
                     "killed after " + moment + " of " + full + " ms, seed " + seed);
-            inTheMiddle += made > 0 && made < whole.size() ? 1 : 0;
+            // How long a copy takes changes with what else the machine does.
+            if (made == whole.size()) {
+                full /= 2;
+            } else if (made > 0) {
+                ++inTheMiddle;
+            }
             for (Collection one : newAtTheTop(before)) {
                 assertEquals(0, PHOTOS.nativeDeleteAlbum(one.id()));
             }
             assertEquals(whole, treeOf(source).shapes());
         }
-        System.out.printf("KilledProcessTest: %d of %d in the middle of a copy%n", inTheMiddle, ROUNDS);
+        System.out.printf(
+                "KilledProcessTest: %d of %d in the middle of a copy%n", inTheMiddle, ROUNDS);
         assertTrue(inTheMiddle > 0, "never killed in the middle, seed " + seed);
         killAfter(full / 2, "duplicate", source);
         assertSound();
