@@ -50,11 +50,14 @@ struct PHContentEditingOutput {
     // folder of this output's own, which the library removes when the last copy of the output is
     // gone. A place that cannot be had shows when it is written to.
     NSURL renderedContentURL;
-    std::optional<PHAdjustmentData> adjustmentData;
+    std::optional<PHAdjustmentData> adjustmentData; // set by setAdjustmentData
     std::shared_ptr<void> object;
 };
 
 // An edit of what the input came from. Both keep what they need: either may go first.
 PHContentEditingOutput initWithContentEditingInput(const PHContentEditingInput& input);
+
+// Puts the data beside the edit; to be called before the output is given to a change request.
+void setAdjustmentData(PHContentEditingOutput& output, PHAdjustmentData data);
 
 } // namespace platform

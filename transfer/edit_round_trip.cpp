@@ -79,7 +79,7 @@ jint commitEdit(const platform::PHAsset& asset, const platform::NSData& rendered
     auto output = platform::initWithContentEditingInput(*input);
     if (!writeRenderedContent(rendered, output.renderedContentURL))
         return fileFailed;
-    output.adjustmentData = adjustmentDataOfHost();
+    platform::setAdjustmentData(output, adjustmentDataOfHost());
     const bool committed = performLoggedChanges("apply edit", [&] {
         platform::setContentEditingOutput(platform::changeRequestForAsset(asset), output);
     });

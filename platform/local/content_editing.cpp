@@ -115,4 +115,8 @@ void setContentEditingOutput(const PHAssetChangeRequest& request,
                                   *output.adjustmentData});
 }
 
+void setAdjustmentData(PHContentEditingOutput& output, PHAdjustmentData data) {
+    output.adjustmentData = std::move(data);
+}
+
 } // namespace platform

@@ -50,4 +50,8 @@ PHContentEditingOutput initWithContentEditingInput(const PHContentEditingInput& 
             .object = notedWhenReleased("release output")};
 }
 
+void setAdjustmentData(PHContentEditingOutput& output, PHAdjustmentData data) {
+    output.adjustmentData = std::move(data);
+}
+
 } // namespace platform
