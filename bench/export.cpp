@@ -17,8 +17,6 @@
 #include <random>
 #include <thread>
 
-extern char** environ;
-
 namespace bench {
 
 namespace {

@@ -11,8 +11,6 @@
 #include <csignal>
 #include <string>
 
-extern char** environ;
-
 namespace local {
 
 namespace {

@@ -77,7 +77,8 @@ void requestContentEditingInputWithOptions(
     const PHAsset& asset, const PHContentEditingInputRequestOptions& options,
     std::function<void(const std::optional<PHContentEditingInput>&)> completionHandler) {
     using Answer = std::optional<PHContentEditingInput>;
-    completionHandler(local::orElse<Answer>({}, [&]() -> Answer {
+    const auto answer = std::move(completionHandler);
+    answer(local::orElse<Answer>({}, [&]() -> Answer {
         if (!asset.object)
             return std::nullopt;
         return local::inputOf(local::recordOf(asset), options);

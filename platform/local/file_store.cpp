@@ -73,8 +73,11 @@ bool hasMarker(int incoming, const std::string& name) {
 
 // Edit folders hold files only.
 void removeEditFolder(int parent, const std::string& path) {
-    for (const std::string& name : namesIn(parent, path.c_str()))
-        unlinkat(parent, (path + "/" + name).c_str(), 0);
+    for (const std::string& name : namesIn(parent, path.c_str())) {
+        std::string file = path;
+        file.append("/").append(name);
+        unlinkat(parent, file.c_str(), 0);
+    }
     unlinkat(parent, path.c_str(), AT_REMOVEDIR);
 }
 
