@@ -72,6 +72,8 @@ struct Script {
     long authorization = 3;
     std::vector<Asset> assets;
     std::vector<Collection> collections;
+    unsigned long importedWidth = 40; // nothing is decoded: all imported pictures are of one size
+    unsigned long importedHeight = 30;
     std::vector<Image> images;
     std::deque<Change> changes; // what is not scripted is done
     bool givesEditingInput = true;

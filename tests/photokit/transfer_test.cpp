@@ -182,8 +182,11 @@ TEST_F(Transfers, TakesTheUneditedPictureOutForEditing) {
 
 TEST_F(Transfers, CommitsARenderedPictureWithTheHostsData) {
     const fs::path rendered = write("from-host.jpg", "rendered bytes");
+    // Written as a whole or not at all: what stood there is replaced, not written over.
+    fs::create_hard_link(write("rendered.jpg", "earlier"), home / "earlier.jpg");
     EXPECT_EQ(applyEdit(rendered), 0);
     EXPECT_EQ(readFile(script.renderedContent), "rendered bytes");
+    EXPECT_EQ(readFile(home / "earlier.jpg"), "earlier");
     EXPECT_THAT(calls(), ElementsAre("fetch assets a, options nil", "editing: network YES",
                                      "editing: test of adjustment data",
                                      "request editing input of a", "make output",

@@ -177,11 +177,23 @@ static void eraseFrom(std::vector<Record>& records, const std::vector<std::strin
                     fileURL:(NSURL*)url
                     options:(PHAssetResourceCreationOptions*)options {
     noteRequest("add resource of type " + std::to_string(type) + " from " + plain([url path]));
-    Asset asset{.id = plain(identifierOf(self)), .mediaType = type == 2 ? 2 : 1};
+    Asset asset{.id = plain(identifierOf(self)),
+                .mediaType = type == 2 ? 2 : 1,
+                .width = script().importedWidth,
+                .height = script().importedHeight};
     asset.resources = {
         {.type = type,
          .name = plain(static_cast<NSString*>([options->values objectForKey:@"name"]))}};
-    atCommit([asset](Script& script) { script.assets.push_back(asset); });
+    asset.created = [[[[NSFileManager defaultManager] fileAttributesAtPath:[url path]
+                                                              traverseLink:YES]
+        fileModificationDate] timeIntervalSince1970];
+    atCommit([asset](Script& script) {
+        script.assets.push_back(asset);
+        for (Collection& collection : script.collections) {
+            if (collection.type == 2)
+                collection.assets.push_back(asset.id);
+        }
+    });
 }
 @end
 
@@ -206,7 +218,21 @@ static void retitle(StandInObject* request, NSString* title) {
 
 static void deleteCollections(const char* line, id<NSFastEnumeration> collections) {
     noteRequest(line + identifiers(collections));
-    atCommit([ids = listOf(collections)](Script& script) { eraseFrom(script.collections, ids); });
+    atCommit([ids = listOf(collections)](Script& script) {
+        eraseFrom(script.collections, ids);
+        const auto isLost = [&](const Collection& one) {
+            return !one.parent.empty() && !script.collection(one.parent);
+        };
+        for (std::size_t before = 0; before != script.collections.size();) {
+            before = script.collections.size();
+            std::vector<std::string> lost;
+            for (const Collection& one : script.collections) {
+                if (isLost(one))
+                    lost.push_back(one.id);
+            }
+            eraseFrom(script.collections, lost);
+        }
+    });
 }
 
 @implementation PHAssetCollectionChangeRequest
