@@ -74,6 +74,14 @@ constexpr const char* rowNumberSql =
 
 #undef IN_CHOICE
 
+// Where every asset is to be found, the first index alone answers it.
+constexpr const char* anyRowNumberSql = "SELECT n FROM asset WHERE uuid = ?1 AND ?2";
+
+bool trashIsEmpty(CatalogueConnection& connection) {
+    return connection.integer("SELECT EXISTS (SELECT 1 FROM asset INDEXED BY asset_trash "
+                              "WHERE trashed_at IS NOT NULL)") == 0;
+}
+
 } // namespace
 
 FetchedAssets assetsWithIdentifiers(const std::vector<std::string>& identifiers) {
@@ -86,7 +94,9 @@ FetchedAssets assetsWithIdentifiers(const std::vector<std::string>& identifiers)
         return KnownAssets{};
     if (wanted.size() <= mostReadAtOnce)
         return KnownAssets{find<PHAsset>(*connection, recordSql, everything, wanted, assetFromRow)};
-    return ManyAssets(find<std::int64_t>(*connection, rowNumberSql, everything, wanted,
+    const char* const sql =
+        everything && trashIsEmpty(*connection) ? anyRowNumberSql : rowNumberSql;
+    return ManyAssets(find<std::int64_t>(*connection, sql, everything, wanted,
                                          [](const Statement& row) { return row.integer(0); }));
 }
 
