@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <exception>
@@ -12,6 +13,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <link.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/stat.h>
@@ -25,12 +27,24 @@ namespace {
 // Loading some hundred shared libraries takes a tenth of a second; much longer on a busy machine.
 constexpr std::chrono::seconds kStartTime{30};
 
-// Beside the shared object (or the test program) that holds this function.
+// The file of this process's program; the name that it was started by need not be a path.
+std::string mainProgram() {
+    std::array<char, PATH_MAX> path{};
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+// Beside the shared object or the program that holds this function.
 std::string programPath() {
     Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&programPath), &info) == 0 || !info.dli_fname)
+    link_map* map = nullptr;
+    if (dladdr1(reinterpret_cast<const void*>(&programPath), &info, reinterpret_cast<void**>(&map),
+                RTLD_DL_LINKMAP) == 0 ||
+        !info.dli_fname)
         return {};
-    const std::string object = info.dli_fname;
+    // The dynamic linker's list has no name for the main program.
+    const bool isProgram = map && (!map->l_name || !*map->l_name);
+    const std::string object = isProgram ? mainProgram() : info.dli_fname;
     const auto slash = object.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : object.substr(0, slash);
     return folder + "/photos-kit-imaging";
