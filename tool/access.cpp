@@ -39,9 +39,9 @@ void addAccess(Tool& tool) {
     const auto options = std::make_shared<Options>();
     addJson(command, options->json);
     command->footer(
-        R"(Without a word it shows what holds. The decision is in force at once, also for applications
-that run; this tool's list, albums, import and export keep to it too. With limited access, what
-an application imports joins the chosen assets.
+        R"(Without a word it shows what holds. The decision is in force at once, also for
+applications that run; this tool's list, albums, import and export keep to it
+too. With limited access, what an application imports joins the chosen assets.
 
 Examples:
   photos-kit access denied

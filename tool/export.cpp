@@ -195,7 +195,8 @@ int exportAssets(const Options& options) {
 } // namespace
 
 void addExport(Tool& tool) {
-    CLI::App* command = tool.app.add_subcommand("export", "Copy pictures and videos out of it");
+    CLI::App* command =
+        tool.app.add_subcommand("export", "Copy pictures and videos out of the library");
     const auto options = std::make_shared<Options>();
     command->add_option("DIR", options->folder, "The folder, made where it is missing")
         ->required()
@@ -206,16 +207,18 @@ void addExport(Tool& tool) {
     command->add_flag("--original", options->original, "As imported, without edits");
     addJson(command, options->json);
     command->footer(
-        R"(Files get the names they were imported with; a name that is taken gets a number, and no file
-is ever overwritten. Every byte is checked on the way: a damaged file is told and not written.
-Edited assets come out as edited (a JPEG), unless --original is given. Hidden assets are no part
-of --all; export the album Hidden for them. Files are dated as the pictures were taken.
+        R"(Files get the names they were imported with; a name that is taken gets a number,
+and no file is ever overwritten. Every byte is checked on the way: a damaged
+file is told and not written. Edited assets come out as edited (a JPEG), unless
+--original is given. Hidden assets are no part of --all; export the album
+Hidden for them. Files are dated as the pictures were taken.
 
-Ctrl-C leaves whole files only. A process that is killed may leave one .photos-kit-*.part.
+Ctrl-C leaves whole files only. A process that is killed may leave one file
+.photos-kit-*.part behind.
 
 Examples:
   photos-kit export /media/stick --all
-  photos-kit export ~/Desktop/favourites --album 00000000-0000-0000-0000-000000000203
+  photos-kit export ~/best --album 00000000-0000-0000-0000-000000000203
   photos-kit export . 0F4C2B1E-6D9A-4A55-9C56-0C0B2F0D8A11 --original)");
     tool.onRun(command, [options] { return exportAssets(*options); });
 }

@@ -118,19 +118,21 @@ struct Options {
 } // namespace
 
 void addImport(Tool& tool) {
-    CLI::App* command = tool.app.add_subcommand("import", "Copy pictures and videos into it");
+    CLI::App* command =
+        tool.app.add_subcommand("import", "Copy pictures and videos into the library");
     const auto options = std::make_shared<Options>();
     command->add_option("PATH", options->paths, "Files, and folders with all that is below them")
         ->required()
         ->type_name("");
     addJson(command, options->json);
     command->footer(
-        R"(Each file is copied into the library and safe there when its turn is over; the file itself
-stays where it is. A file that cannot be taken costs only itself: it is named with the reason,
-the others go in, and the exit code is 1. Ctrl-C stops after the file at work.
+        R"(Each file is copied into the library and safe there when its turn is over; the
+file itself stays where it is. A file that cannot be taken costs only itself:
+it is named with the reason, the others go in, and the exit code is 1. Ctrl-C
+stops after the file at work.
 
-In folders, names that begin with a dot are passed over, and links to folders are refused.
-A file that is imported twice is in the library twice.
+In folders, names that begin with a dot are passed over, and links to folders
+are refused. A file that is imported twice is in the library twice.
 
 Examples:
   photos-kit import ~/Camera

@@ -107,14 +107,14 @@ void addList(Tool& tool) {
     command->add_option("--album", options->album, "Those of one album")->type_name("ID");
     addJson(command, options->json);
     command->footer(
-        R"(Lists what applications see: hidden assets are in the album Hidden only, and with limited
-access only the chosen ones appear. Letters before the name: v video, f favourite, e edited,
-h hidden.
+        R"(Lists what applications see: hidden assets are in the album Hidden only, and
+with limited access only the chosen ones appear. Letters before the name:
+v video, f favourite, e edited, h hidden.
 
 Examples:
   photos-kit list --count 20
-  photos-kit list --album 00000000-0000-0000-0000-000000000203      the favourites
-  photos-kit list --count 0 --json | jq -r '.assets[] | select(.isVideo) | .id')");
+  photos-kit list --album 00000000-0000-0000-0000-000000000203   (favourites)
+  photos-kit list --count 0 --json | jq -r '.assets[] | .filename')");
     tool.onRun(command, [options] { return list(*options); });
 }
 

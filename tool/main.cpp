@@ -48,14 +48,21 @@ void describe(tool::Tool& tool) {
     tool::addSettings(tool);
 }
 
+int sayWhatIsWrong(const tool::Tool& tool, const CLI::ParseError& misuse) {
+    const std::vector<std::string> notUnderstood = tool.app.remaining(true);
+    const std::string why = notUnderstood.empty() ? std::string(misuse.what())
+                                                  : "Not understood: " + notUnderstood.front();
+    tool::complain(why + ". See photos-kit --help.");
+    return tool::wrongUse;
+}
+
 int run(tool::Tool& tool, int argc, char** argv) {
     try {
         tool.app.parse(argc, argv);
     } catch (const CLI::Success& helpOrVersion) {
         return tool.app.exit(helpOrVersion);
     } catch (const CLI::ParseError& misuse) {
-        tool::complain(std::string(misuse.what()) + ". See photos-kit --help.");
-        return tool::wrongUse;
+        return sayWhatIsWrong(tool, misuse);
     }
     return tool.action();
 }

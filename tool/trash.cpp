@@ -70,7 +70,7 @@ int restore(const std::vector<std::string>& typed, bool json) {
 
 struct Emptying {
     std::int64_t days = local::keptInTrashMilliseconds / day;
-    bool all = false;
+    bool all = false; // whatever the days
     bool yes = false;
     bool json = false;
 };
@@ -159,10 +159,10 @@ void addTrashEmpty(Tool& tool, CLI::App* trash) {
     CLI::App* command = trash->add_subcommand("empty", "Delete for good what has lain there long");
     const auto wish = std::make_shared<Emptying>();
     constexpr std::int64_t mostDays = 100000;
-    auto* days = command->add_option("--older-than", wish->days, "In the trash for more days (30)")
-                     ->type_name("DAYS")
-                     ->check(CLI::Range(std::int64_t{0}, mostDays).description(""));
-    command->add_flag("--all", wish->all, "Everything, however new")->excludes(days);
+    command->add_option("--older-than", wish->days, "What was deleted more days ago (30)")
+        ->type_name("DAYS")
+        ->check(CLI::Range(std::int64_t{0}, mostDays).description(""));
+    command->add_flag("--all", wish->all, "Everything, however new");
     command->add_flag("--yes", wish->yes, "Do not ask");
     addJson(command, wish->json);
     command->footer("Asks first. Where nobody can be asked it refuses unless --yes is given.\n\n"
