@@ -103,11 +103,13 @@ private:
     void exportOne(const std::string& identifier) {
         if (interrupted())
             throw Stopped{};
+        at_.clear();
         try {
             write(identifier);
         } catch (const std::exception& failure) {
             progress_.clear();
-            complain(shownIdentifier(identifier) + ": " + failure.what());
+            const std::string name = at_.empty() ? "" : at_ + ", ";
+            complain(name + shownIdentifier(identifier) + ": " + failure.what());
             outcome_.failed.push_back({identifier, failure.what()});
         }
     }
@@ -117,6 +119,7 @@ private:
         const auto asset = assets.count() > 0 ? assets.objectAtIndex(0) : std::nullopt;
         if (!asset)
             throw Failure("It is not in the library.");
+        at_ = filenameOf(*asset);
         const auto resource = resourceOf(*asset, options_.original);
         if (!resource)
             throw Failure("It has no file to export.");
@@ -138,6 +141,7 @@ private:
     ExportFolder folder_;
     Progress progress_;
     Export outcome_;
+    std::string at_; // the name of the asset at work, once it is known
 };
 
 std::size_t countHidden() {

@@ -1,0 +1,69 @@
+load support
+
+@test "access is shown, decided, and kept to" {
+    picture in/a.jpg
+    picture in/b.jpg
+    photos-kit import in
+    [ "$(photos-kit access --json | jq -r .access)" = full ]
+    chosen=$(identifier_of a.jpg)
+    photos-kit access limited "${chosen%%/*}"
+    [ "$(listed)" = "${chosen%%/*}" ]
+    photos-kit import in/b.jpg # joins what is chosen
+    [ "$(listed | wc -l)" -eq 2 ]
+
+    photos-kit access denied
+    run photos-kit list
+    [ "$status" -eq 1 ]
+    says "denied"
+    run photos-kit import in/a.jpg
+    [ "$status" -eq 1 ]
+    run photos-kit access limited 00000000-0000-4000-8000-000000000000
+    [ "$status" -eq 1 ]
+    [ "$(photos-kit access --json | jq -r .access)" = denied ]
+    photos-kit access full
+    [ "$(listed | wc -l)" -eq 3 ]
+}
+
+@test "the setting is kept, and no other is taken" {
+    picture a.jpg
+    photos-kit import a.jpg
+    photos-kit settings confirm-deletions ask
+    [ "$(photos-kit settings --json | jq .confirmDeletions)" = true ]
+    run photos-kit settings confirm-deletions perhaps
+    [ "$status" -eq 2 ]
+    photos-kit settings confirm-deletions never
+    [ "$(photos-kit settings --json | jq .confirmDeletions)" = false ]
+}
+
+@test "wrong use does nothing and says so; looking makes no library" {
+    for words in "" frobnicate "export" "export out" "import" "list --count many" "trash" \
+        "list surplus" "export out --all --album 1"; do
+        # shellcheck disable=SC2086
+        run photos-kit $words
+        [ "$status" -eq 2 ] || { echo "exit $status of: $words"; false; }
+    done
+    photos-kit --help >/dev/null
+    photos-kit --version
+    photos-kit status --json | jq -e '.exists == false'
+    [ ! -e "$HOME/Pictures" ]
+}
+
+@test "without a home, or where a file stands in its place, it says why" {
+    run env -u HOME "$PHOTOS_KIT" list
+    [ "$status" -eq 1 ]
+    says "HOME"
+    mkdir "$HOME/Pictures"
+    echo mine >"$HOME/Pictures/Lumatrice Library"
+    run photos-kit list
+    [ "$status" -eq 1 ]
+    [ "$(cat "$HOME/Pictures/Lumatrice Library")" = mine ]
+}
+
+@test "an output that cannot be written is no success" {
+    [ -e /dev/full ] || skip "no /dev/full"
+    picture a.jpg
+    photos-kit import a.jpg
+    run bash -c '"$PHOTOS_KIT" list >/dev/full'
+    [ "$status" -eq 1 ]
+    says "could not be written"
+}

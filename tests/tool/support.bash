@@ -1,0 +1,38 @@
+# What the tests of photos-kit share: a home of their own for each, pictures, the program.
+# PHOTOS_KIT is the program under test.
+
+setup() {
+    HOME=$BATS_TEST_TMPDIR/home
+    export HOME
+    mkdir "$HOME"
+    cd "$BATS_TEST_TMPDIR" || return
+}
+
+photos-kit() { "$PHOTOS_KIT" "$@"; }
+
+picture() { # PATH [TONE]
+    mkdir -p "$(dirname "$1")"
+    vips black "$1.v" 64 48
+    vips linear "$1.v" "$1[Q=90]" 1 "${2:-90}" --uchar
+    rm "$1.v"
+}
+
+# The identifiers that are listed, newest first, without their ending.
+listed() { photos-kit list --count 0 --json | jq -r '.assets[].id | split("/")[0]'; }
+identifier_of() { # FILENAME
+    photos-kit list --count 0 --json | jq -r --arg name "$1" \
+        '.assets[] | select(.filename == $name).id'
+}
+
+catalogue() { # SQL
+    sqlite3 "$HOME/Pictures/Lumatrice Library/library.db" "$1"
+}
+# As an application's deletion does it.
+put_into_trash() { # FILENAME [DAYS AGO]
+    catalogue "UPDATE asset SET trashed_at = (strftime('%s', 'now') - 86400 * ${2:-0}) * 1000
+               WHERE filename = '$1'"
+}
+
+says() { # TEXT, within what the last command printed
+    [[ $output == *"$1"* ]] || { printf 'expected: %s\nprinted:  %s\n' "$1" "$output" >&2; return 1; }
+}
