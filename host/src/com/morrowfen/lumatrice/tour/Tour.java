@@ -5,12 +5,15 @@ import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.time.Duration;
+import java.util.ArrayList;
 import java.util.List;
+import java.util.Optional;
 
 /**
  * A small host: imports the files of a folder into the photo library, makes albums of its
- * sub-folders, pages through all of it, renders thumbnails on several threads and draws a contact
- * sheet, album by album, as a web page and as one picture.
+ * sub-folders, edits one picture, hands it out, deletes it and brings it back, pages through all of
+ * it, renders thumbnails on several threads and draws a contact sheet, album by album, as a web page
+ * and as one picture.
  *
  * <p>The photo library and the diagnostic log are those of {@code HOME}. Ends with 1 when nothing
  * could be imported, with 2 when it is called wrongly.
@@ -46,6 +49,8 @@ public final class Tour {
         List<CollectionTree.Node> tree = new Organising(photos).organise(folder, result);
 
         Listing listing = new Listing(photos);
+        Optional<Section> edited =
+                new Changing(photos, new RestoringTool(library), output).change(listing.all());
         int count = photos.nativeAssetCount();
         List<Asset> assets = listing.all();
         System.out.printf("The library holds %,d assets; %,d listed.%n", count, assets.size());
@@ -58,7 +63,8 @@ public final class Tour {
         Duration renderTime = rendering.elapsed();
 
         String title = titleOf(folder);
-        List<Section> sections = Sections.of(tree, listing, thumbnails);
+        List<Section> sections = new ArrayList<>(Sections.of(tree, listing, thumbnails));
+        edited.ifPresent(section -> sections.add(0, section));
         Path page = ContactSheetPage.write(title, thumbnails, sections, output);
         Path picture = ContactSheetPicture.write(title, thumbnails, sections, output);
         System.out.println("Contact sheet: " + page);
