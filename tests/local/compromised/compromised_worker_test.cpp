@@ -1,0 +1,87 @@
+// A worker that a hostile file has taken over: what it tries is refused, what it answers hurts
+// nobody, and the host goes on. The program beside this one is that worker.
+#include "tests/local/compromised/orders.h"
+#include "tests/local/imaging_support.h"
+
+#include "platform/local/imaging/protocol.h"
+
+#include <chrono>
+#include <thread>
+
+using namespace imaging_test;
+using compromised::Tried;
+
+namespace {
+
+class CompromisedWorker : public testing::Test {
+protected:
+    const Folder folder;
+
+    fs::path order(const std::string& words) const {
+        fs::path file = folder / "order";
+        write(file, words);
+        return file;
+    }
+
+    // A worker that was killed for trying has not got its way either.
+    void isRefused(const std::string& attempt) const {
+        const fs::path file = order(attempt);
+        const auto told = inspect(file);
+        if (const auto* info = std::get_if<local::MediaInfo>(&told))
+            EXPECT_EQ(info->width, static_cast<std::uint32_t>(Tried::refused)) << attempt;
+        else
+            EXPECT_EQ(std::get<local::ImagingFailure>(told).cause,
+                      local::ImagingFailure::Cause::crashed)
+                << attempt;
+        EXPECT_EQ(read(file), attempt) << "the file itself was changed";
+        goesOn(attempt);
+    }
+
+    void goesOn(const std::string& after) const {
+        EXPECT_EQ(sizeOf(cover(order("behave"), 8, 8)), "8x8") << "after: " << after;
+    }
+};
+
+TEST_F(CompromisedWorker, FilesNetworkProgramsAndOtherProcessesAreOutOfItsReach) {
+    if (local::imaging::kSanitized)
+        GTEST_SKIP() << "the system call filter is off under sanitizers";
+    for (const char* attempt : {"open", "create", "write", "truncate", "connect", "exec", "fork",
+                                "kill", "trace", "peek"})
+        isRefused(attempt);
+}
+
+TEST_F(CompromisedWorker, MemoryWithoutEndIsRefused) {
+    if (local::imaging::kSanitized)
+        GTEST_SKIP() << "addresses are not bounded under sanitizers";
+    isRefused("eat");
+}
+
+TEST_F(CompromisedWorker, TimeWithoutEndIsRefusedWhileOthersAreServed) {
+    const fs::path spinning = folder / "spinning";
+    write(spinning, "spin");
+    bool done = false;
+    std::thread caller([&] {
+        EXPECT_NE(failureOf(spinning), "");
+        done = true;
+    });
+    const auto start = std::chrono::steady_clock::now();
+    // The pool has a worker for each processor; with one alone they queue behind the spinning one.
+    goesOn("spin, while it spins");
+    EXPECT_TRUE(!done || std::thread::hardware_concurrency() < 2);
+    caller.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(120));
+    goesOn("spin");
+}
+
+TEST_F(CompromisedWorker, AnswersThatNoWorkerShouldGiveAreNoAnswers) {
+    for (const char* answer : {"die", "flood", "too much", "no picture", "short picture",
+                               "huge picture", "empty picture", "socket for a picture",
+                               "two descriptors", "unknown outcome", "wrong mark"}) {
+        EXPECT_EQ(sizeOf(cover(order(answer), 8, 8)), "none") << answer;
+        goesOn(answer);
+    }
+    cover(order("shrinking picture"), 8, 8); // with or without it, but alive
+    goesOn("shrinking picture");
+}
+
+} // namespace
