@@ -1,0 +1,47 @@
+// The host's check of what an imaging process answers, and the use an import makes of it.
+#include "platform/local/capture_date.h"
+#include "platform/local/imaging/answer.h"
+
+#include <cstdlib>
+
+using namespace local;
+using namespace local::imaging;
+
+namespace {
+
+void require(bool condition) {
+    if (!condition)
+        std::abort();
+}
+
+void use(const MediaInfo& info) {
+    require(info.width > 0 && info.height > 0);
+    require(info.durationSeconds >= 0 && info.durationSeconds < 1e10);
+    if (info.captured)
+        millisecondsSince1970(*info.captured);
+}
+
+void use(const CheckedPicture& picture) {
+    require(picture.width > 0 && picture.width <= kMaxSide);
+    require(picture.height > 0 && picture.height <= kMaxSide);
+    require(std::uint64_t{picture.width} * picture.height <= kMaxPixels);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    for (const Task asked :
+         {Task::inspectPhoto, Task::inspectVideo, Task::photoPicture, Task::videoPicture}) {
+        const auto answer = checkAnswer(reinterpret_cast<const std::byte*>(data), size, asked);
+        if (!answer)
+            continue;
+        require((answer->outcome == Outcome::done) == (answer->result.index() != 0));
+        if (answer->outcome != Outcome::done)
+            require(!sentenceFor(answer->outcome).empty());
+        if (const auto* info = std::get_if<MediaInfo>(&answer->result))
+            use(*info);
+        if (const auto* picture = std::get_if<CheckedPicture>(&answer->result))
+            use(*picture);
+    }
+    return 0;
+}

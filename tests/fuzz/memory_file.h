@@ -1,0 +1,18 @@
+// A file in memory for decoders that want a descriptor.
+#pragma once
+
+#include "platform/local/imaging/worker/picture.h"
+#include "platform/local/unique_fd.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace fuzz {
+
+local::UniqueFd memoryFile(const std::uint8_t* bytes, std::size_t size);
+
+// Sizes that decoders answer must be what the host accepts; aborts when they are not.
+void check(const local::imaging::Info& info);
+void check(const local::imaging::Picture& picture);
+
+} // namespace fuzz
