@@ -1,0 +1,96 @@
+// Which file operation of this process goes wrong, and how. The interposed functions of libc ask
+// here before each operation on a file of the library, and tell what they have done.
+//
+// A plan is armed in a forked process of its own; elsewhere, and before it is armed, every
+// operation passes untouched and uncounted.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace faults {
+
+// What happens at the chosen operation. Each counts only the operations that it can befall: a disk
+// that is full reads well, and a process that dies between two reads dies as between two changes.
+enum class Kind {
+    none,      // counts all operations
+    ioOnce,    // EIO at this one
+    ioOn,      // EIO at this one and every later one
+    spaceOnce, // ENOSPC likewise, where room is needed
+    spaceOn,
+    shortWrite, // half of a write is written, then there is no more room for anything
+    deniedOnce, // EACCES, where a path is named
+    deniedOn,
+    retry,       // EIO once; the method is repeated; then the power fails
+    killKept,    // the process is killed; what it wrote stays
+    killDropped, // the power fails: everything that was not synced is gone
+    killTorn,    // likewise, but any part of it may have reached the disk
+};
+inline constexpr std::array allKinds{Kind::ioOnce,      Kind::ioOn,       Kind::spaceOnce,
+                                     Kind::spaceOn,     Kind::shortWrite, Kind::deniedOnce,
+                                     Kind::deniedOn,    Kind::retry,      Kind::killKept,
+                                     Kind::killDropped, Kind::killTorn};
+
+std::string_view nameOf(Kind kind);
+bool kills(Kind kind);
+
+// What an operation does; several may hold.
+enum Does : unsigned {
+    reads = 0,       // nothing of the following
+    needsSpace = 1,  // may find the disk full
+    namesPath = 2,   // may be denied
+    changes = 4,     // what a later process sees is changed by it
+    locks = 8,       // a lock: fails with ENOLCK at most, which is left out
+    writesBytes = 16 // may write less than asked for
+};
+
+struct Plan {
+    Kind kind = Kind::none;
+    std::uint64_t point = 0; // counted from 1
+    std::uint64_t seed = 0;  // of what is torn
+};
+
+// What the parent of the process sees of it.
+struct Trace {
+    std::uint64_t counted = 0;
+    bool fired = false;
+    char function[24] = {}; // of the operation that went wrong first
+    char path[160] = {};    // relative to the library
+    struct Count {
+        char function[20] = {};
+        std::uint64_t calls = 0;
+    };
+    std::array<Count, 48> calls{}; // of every interposed function, on files of the library
+};
+
+// From here on operations on files below `library` (a real path) are counted into `trace`. Changes
+// are noted from here on, so that the power can fail; `shadow` is a folder beside the library for
+// files that lost their names.
+void arm(const Plan& plan, const std::string& library, const std::string& shadow, Trace& trace);
+
+// No more faults; what is written is still noted.
+void disarm();
+
+// Lets the power fail now, as the plan's kind has it (only a kill for those that keep), and ends
+// the process.
+[[noreturn]] void endByPlan();
+
+// --- for the interposed functions ---
+
+// Held over an operation that changes something, and over what is noted about it.
+std::recursive_mutex& oneAtATime();
+
+// Whether operations on this path, or on what the descriptor names, are watched now.
+bool watches(std::string_view path);
+
+// 0, or the errno to fail with; never returns where the process is to die.
+int before(const char* function, std::string_view path, unsigned does);
+
+// After before() said 0 to an operation that writesBytes: how many bytes of `size` to write.
+std::size_t lengthToWrite(std::size_t size);
+
+} // namespace faults

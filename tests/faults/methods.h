@@ -1,0 +1,55 @@
+// The changing methods and commands, each on a library prepared for it.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace faults {
+
+// Where a run takes place: HOME, with the library inside it.
+struct Place {
+    std::filesystem::path home;
+
+    std::filesystem::path library() const { return home / "Pictures" / "Lumatrice Library"; }
+    std::filesystem::path file(const std::string& name) const { return home / name; }
+};
+
+// Identifiers of what a prepared library holds, by the names used here.
+using Names = std::map<std::string, std::string>;
+
+struct Report {
+    bool success = false;
+    std::string identifier; // of what was made, when the method answers one
+};
+
+// The library's states, in the order in which a method that consists of several transactions
+// brings them about. Most have one: old, then new.
+struct Method {
+    std::string name;
+    // Makes the library at HOME; runs in a process of its own. Answers the names in it.
+    std::function<Names()> prepare;
+    // The method, as a host or the tool calls it.
+    std::function<Report(const Names&)> run;
+    // Brings about the states between the old and the new one, each from the old one.
+    std::vector<std::function<void(const Names&)>> between;
+    // Whether the library is opened, untouched, before faults begin.
+    bool opensFirst = true;
+    // Whether success may leave a part undone, as the method's contract has it.
+    bool partialSuccess = false;
+    // A library has 256 shelves for originals from the start; runs are shorter without the empty
+    // ones, as in a library whose owner has tidied up.
+    bool emptyShelves = false;
+};
+
+const std::vector<Method>& allMethods();
+
+// The next opening of a library, whatever was done to it.
+Report openLibrary(const Names&);
+
+// Makes the pictures that methods import, in HOME.
+void writePictures(const Place& place);
+
+} // namespace faults

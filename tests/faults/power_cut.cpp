@@ -1,0 +1,251 @@
+#include "tests/faults/power_cut.h"
+
+#include "tests/faults/raw_calls.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <random>
+
+namespace faults {
+
+namespace {
+
+constexpr off_t sectorSize = 512;
+
+std::string folderOf(const std::string& path) {
+    return path.substr(0, path.find_last_of('/'));
+}
+
+off_t sizeOf(int file) {
+    struct stat found {};
+    return raw::status(file, found) ? found.st_size : 0;
+}
+
+bool isSharedMemory(const std::string& path) {
+    return path.ends_with("-shm");
+}
+
+void removeTree(const std::string& path) {
+    if (raw::call(SYS_unlinkat, AT_FDCWD, path.c_str(), 0) == 0)
+        return;
+    const int folder = raw::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
+    std::array<char, 4096> entries; // NOLINT(*-member-init): getdents64 fills it
+    std::vector<std::string> names;
+    for (long got = 0;
+         (got = raw::call(SYS_getdents64, folder, entries.data(), entries.size())) > 0;) {
+        for (long at = 0; at < got;) {
+            // struct linux_dirent64: length at byte 16, name from byte 19
+            const char* const entry = entries.data() + at;
+            names.emplace_back(entry + 19);
+            at += *reinterpret_cast<const unsigned short*>(entry + 16);
+        }
+    }
+    for (const std::string& name : names) {
+        if (name != "." && name != "..")
+            removeTree(path + "/" + name);
+    }
+    raw::call(SYS_close, folder);
+    raw::call(SYS_unlinkat, AT_FDCWD, path.c_str(), AT_REMOVEDIR);
+}
+
+} // namespace
+
+PowerCut& powerCut() {
+    static PowerCut* const cut = new PowerCut;
+    return *cut;
+}
+
+void PowerCut::begin(const std::string& library, const std::string& shadow) {
+    library_ = library;
+    shadow_ = shadow;
+}
+
+PowerCut::File* PowerCut::fileOf(int file) {
+    struct stat found {};
+    if (!raw::status(file, found) || !S_ISREG(found.st_mode) || isSharedMemory(raw::pathOf(file)))
+        return nullptr;
+    File& kept = files_[found.st_ino];
+    if (kept.descriptor < 0) {
+        kept.descriptor = raw::open("/proc/self/fd/" + std::to_string(file), O_RDWR | O_CLOEXEC);
+        kept.durableSize = found.st_size;
+    }
+    return &kept;
+}
+
+// Only what was there at the last sync is kept: a sector behind its end reads as nothing.
+void PowerCut::keepSectors(File& file, off_t offset, off_t end) {
+    for (off_t sector = offset / sectorSize; sector * sectorSize < end; ++sector) {
+        file.lost.erase(sector);
+        if (file.durableSectors.contains(sector))
+            continue;
+        std::string bytes(static_cast<std::size_t>(sectorSize), '\0');
+        const long got = raw::call(SYS_pread64, file.descriptor, bytes.data(), bytes.size(),
+                                   sector * sectorSize);
+        bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+        file.durableSectors.emplace(sector, std::move(bytes));
+    }
+}
+
+void PowerCut::willWrite(int file, off_t offset, std::size_t size) {
+    if (File* const kept = fileOf(file))
+        keepSectors(*kept, offset, offset + static_cast<off_t>(size));
+}
+
+void PowerCut::willTruncate(int file, off_t size) {
+    if (File* const kept = fileOf(file))
+        keepSectors(*kept, size, std::max(size, sizeOf(file)));
+}
+
+void PowerCut::synced(int file) {
+    struct stat found {};
+    if (!raw::status(file, found))
+        return;
+    if (S_ISDIR(found.st_mode)) {
+        std::erase_if(names_, [&](const NameChange& change) {
+            return change.place == found.st_ino || change.fromPlace == found.st_ino;
+        });
+        return;
+    }
+    const auto kept = files_.find(found.st_ino);
+    if (kept == files_.end())
+        return;
+    std::erase_if(kept->second.durableSectors,
+                  [&](const auto& entry) { return !kept->second.lost.contains(entry.first); });
+    kept->second.durableSize = found.st_size;
+}
+
+void PowerCut::syncFailed(int file) {
+    struct stat found {};
+    if (!raw::status(file, found))
+        return;
+    const auto kept = files_.find(found.st_ino);
+    if (kept == files_.end())
+        return;
+    for (const auto& [sector, bytes] : kept->second.durableSectors)
+        kept->second.lost.insert(sector);
+}
+
+void PowerCut::made(const std::string& path) {
+    struct stat found {};
+    if (!raw::status(path, found) || isSharedMemory(path))
+        return;
+    names_.push_back({.what = NameChange::What::made,
+                      .path = path,
+                      .folder = S_ISDIR(found.st_mode),
+                      .inode = found.st_ino,
+                      .place = raw::inodeOf(folderOf(path))});
+    if (S_ISREG(found.st_mode))
+        files_.erase(found.st_ino); // the number of a file that is gone for good may be used again
+}
+
+std::string PowerCut::keepAside(const std::string& path) {
+    std::string aside = shadow_ + "/" + std::to_string(++aside_);
+    const bool kept =
+        raw::call(SYS_linkat, AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), 0) == 0;
+    return kept ? aside : std::string();
+}
+
+void PowerCut::removed(const std::string& path, const std::string& aside, bool folder) {
+    if (isSharedMemory(path))
+        return;
+    names_.push_back({.what = NameChange::What::removed,
+                      .path = path,
+                      .aside = aside,
+                      .folder = folder,
+                      .place = raw::inodeOf(folderOf(path))});
+}
+
+void PowerCut::renamed(const std::string& from, const std::string& to, const std::string& aside) {
+    names_.push_back({.what = NameChange::What::renamed,
+                      .path = to,
+                      .from = from,
+                      .aside = aside,
+                      .inode = raw::inodeOf(to),
+                      .place = raw::inodeOf(folderOf(to)),
+                      .fromPlace = raw::inodeOf(folderOf(from))});
+}
+
+// Tolerant: a later change that stays may have taken the name along.
+void PowerCut::undo(const NameChange& change) {
+    const auto bringBack = [&](const std::string& path) {
+        if (!change.aside.empty())
+            raw::call(SYS_linkat, AT_FDCWD, change.aside.c_str(), AT_FDCWD, path.c_str(), 0);
+    };
+    switch (change.what) {
+    case NameChange::What::made:
+        if (raw::inodeOf(change.path) == change.inode)
+            removeTree(change.path);
+        return;
+    case NameChange::What::removed:
+        if (change.folder)
+            raw::call(SYS_mkdirat, AT_FDCWD, change.path.c_str(), 0700);
+        bringBack(change.path);
+        return;
+    case NameChange::What::renamed:
+        if (raw::inodeOf(change.path) != change.inode)
+            return;
+        raw::call(SYS_renameat2, AT_FDCWD, change.path.c_str(), AT_FDCWD, change.from.c_str(), 0);
+        bringBack(change.path);
+        return;
+    }
+}
+
+void PowerCut::restore(File& file, const std::set<off_t>& sectors, bool size) {
+    for (const off_t sector : sectors) {
+        std::string bytes = file.durableSectors[sector];
+        bytes.resize(static_cast<std::size_t>(sectorSize)); // what never was reads as zeros
+        raw::call(SYS_pwrite64, file.descriptor, bytes.data(), bytes.size(), sector * sectorSize);
+    }
+    if (size)
+        raw::call(SYS_ftruncate, file.descriptor, file.durableSize);
+}
+
+void PowerCut::dropSharedMemory() {
+    raw::call(SYS_unlinkat, AT_FDCWD, (library_ + "/library.db-shm").c_str(), 0);
+}
+
+void PowerCut::drop() {
+    for (auto& [inode, file] : files_) {
+        std::set<off_t> all;
+        for (const auto& [sector, bytes] : file.durableSectors)
+            all.insert(sector);
+        restore(file, all, true);
+    }
+    for (auto change = names_.rbegin(); change != names_.rend(); ++change)
+        undo(*change);
+    dropSharedMemory();
+}
+
+void PowerCut::tear(std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    for (auto& [inode, file] : files_) {
+        std::set<off_t> chosen;
+        const off_t sizeNow = sizeOf(file.descriptor);
+        const bool dropSize = random() % 2 != 0;
+        for (const auto& [sector, bytes] : file.durableSectors) {
+            if (random() % 2 != 0)
+                chosen.insert(sector);
+        }
+        restore(file, chosen, dropSize);
+        if (!dropSize)
+            raw::call(SYS_ftruncate, file.descriptor, sizeNow);
+    }
+    // From the end of each folder's changes some are undone; those before them stay.
+    std::map<ino_t, std::size_t> toUndo;
+    for (const NameChange& change : names_)
+        ++toUndo[change.place];
+    for (auto& [place, count] : toUndo)
+        count = random() % (count + 1);
+    for (auto change = names_.rbegin(); change != names_.rend(); ++change) {
+        if (toUndo[change->place] == 0)
+            continue;
+        --toUndo[change->place];
+        undo(*change);
+    }
+    if (random() % 2 != 0)
+        dropSharedMemory();
+}
+
+} // namespace faults
