@@ -26,11 +26,7 @@ void removeDiscardedFiles(Library& library) noexcept {
         if (paths.empty())
             return;
         library.makeDurable(*connection);
-        std::vector<std::string> removed;
-        for (const std::string& path : paths) {
-            if (library.files().removeDiscarded(path))
-                removed.push_back(path);
-        }
+        const std::vector<std::string> removed = library.files().removeDiscarded(paths);
         if (removed.empty())
             return;
         const std::unique_lock<std::mutex> lock = library.writeLock();

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <map>
 #include <memory>
 
 namespace local {
@@ -32,16 +33,25 @@ Folder openFolder(int parent, const char* name) {
     return Folder(folder);
 }
 
-std::vector<std::string> namesIn(int parent, const char* name) {
+// As many as can be read; `error`, when given, gets the errno that kept the others back, or 0.
+std::vector<std::string> namesIn(int parent, const char* name, int* error = nullptr) {
     std::vector<std::string> names;
     const Folder folder = openFolder(parent, name);
+    if (!folder && error)
+        *error = errno;
     if (!folder)
         return names;
-    while (const dirent* entry = readdir(folder.get())) {
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = readdir(folder.get());
+        if (!entry)
+            break;
         const std::string_view found = entry->d_name;
         if (found != "." && found != "..")
             names.emplace_back(found);
     }
+    if (error)
+        *error = errno;
     return names;
 }
 
@@ -192,8 +202,25 @@ UniqueFd FileStore::open(Stored kind, const std::string& name) const {
     return file;
 }
 
-bool FileStore::removeDiscarded(const std::string& path) const {
-    return unlinkat(folder_, path.c_str(), 0) == 0 || errno == ENOENT;
+bool FileStore::syncFolder(const std::string& path) const {
+    const UniqueFd folder(openat(folder_, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder)
+        return errno == ENOENT;
+    return fsync(folder.get()) == 0;
+}
+
+std::vector<std::string> FileStore::removeDiscarded(const std::vector<std::string>& paths) const {
+    std::map<std::string, std::vector<std::string>> gone; // by folder
+    for (const std::string& path : paths) {
+        if (unlinkat(folder_, path.c_str(), 0) == 0 || errno == ENOENT)
+            gone[path.substr(0, path.find_last_of('/'))].push_back(path);
+    }
+    std::vector<std::string> durably;
+    for (const auto& [folder, removed] : gone) {
+        if (syncFolder(folder))
+            durably.insert(durably.end(), removed.begin(), removed.end());
+    }
+    return durably;
 }
 
 UniqueFd FileStore::openDerivatives() const {
@@ -205,13 +232,22 @@ UniqueFd FileStore::openDerivatives() const {
 }
 
 bool FileStore::holdsOriginals() const {
+    const auto check = [](int error) {
+        if (error != 0 && error != ENOENT)
+            throw systemError("The library's originals could not be looked for", error);
+    };
     const UniqueFd originals(openat(folder_, "originals", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!originals)
+    if (!originals) {
+        check(errno);
         return false;
-    for (const std::string& shelf : namesIn(folder_, "originals")) {
-        if (!namesIn(originals.get(), shelf.c_str()).empty())
-            return true;
     }
+    int error = 0;
+    for (const std::string& shelf : namesIn(folder_, "originals", &error)) {
+        if (!namesIn(originals.get(), shelf.c_str(), &error).empty())
+            return true;
+        check(error);
+    }
+    check(error);
     return false;
 }
 
@@ -245,10 +281,12 @@ void FileStore::sweep(const std::function<bool(Stored, const std::string& name)>
         if (!prepared)
             beforeRemoval();
         prepared = true;
+        bool settled = true;
         if (marked && !isCatalogued(kind, name))
-            unlinkat(folder_, pathOf(kind, name).c_str(), 0);
+            settled = !removeDiscarded({pathOf(kind, name)}).empty();
         unlinkat(incoming.get(), name.c_str(), 0);
-        if (marked)
+        // The marker stays until what it tells of is gone for good.
+        if (marked && settled)
             unlinkat(incoming.get(), entry.c_str(), 0);
     }
 }

@@ -58,9 +58,13 @@ public:
     void sweep(const std::function<bool(Stored, const std::string& name)>& isCatalogued,
                const std::function<void()>& beforeRemoval) const;
 
-    // Removes a file that no row names any longer; `path` is relative to the library. False when
-    // it is still there.
-    bool removeDiscarded(const std::string& path) const;
+    // Removes files that no row names any longer, by their paths relative to the library. Answers
+    // those that are gone durably.
+    std::vector<std::string> removeDiscarded(const std::vector<std::string>& paths) const;
+
+    // Makes durable what was made or removed in a folder, by its path relative to the library.
+    // False, with errno, when it cannot; a folder that is not there has nothing to lose.
+    bool syncFolder(const std::string& path) const;
 
     int folder() const { return folder_; }
 
@@ -113,7 +117,7 @@ public:
 private:
     void makeMarker();
     bool makeFolder(const std::string& path) const; // false: it was there
-    void syncFolder(const std::string& path) const;
+    void makeDurable(const std::string& folder) const;
     void remove() noexcept;
 
     const FileStore& store_;

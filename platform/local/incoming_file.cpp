@@ -1,5 +1,5 @@
-// The way of one file into the store: its bytes are written, it is renamed to its place, and both
-// its bytes and its place's folder are synced; only then may the catalogue name it. The rename
+// The way of one file into the store: its bytes are written, it is renamed to its place, and its
+// bytes, its marker's name and its own are synced; only then may the catalogue name it. The rename
 // comes before the syncs so that a journalling file system commits all of it at once; a crash in
 // between leaves a file that nobody names, with its marker.
 #include "platform/local/file_store.h"
@@ -132,11 +132,12 @@ void IncomingFile::place() {
         copyFailed("writing through", errno);
     if (close(writable_.release()) != 0)
         copyFailed("closing", errno);
-    syncFolder(finalFolder_);
+    makeDurable("incoming"); // before the file's name: without its marker nobody would find it
+    makeDurable(finalFolder_);
     if (newShelf)
-        syncFolder(root_);
+        makeDurable(root_);
     if (newRoot)
-        syncFolder(".");
+        makeDurable(".");
 }
 
 bool IncomingFile::makeFolder(const std::string& path) const {
@@ -147,10 +148,8 @@ bool IncomingFile::makeFolder(const std::string& path) const {
     return false;
 }
 
-void IncomingFile::syncFolder(const std::string& path) const {
-    const UniqueFd folder(
-        openat(store_.folder(), path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder || fsync(folder.get()) != 0)
+void IncomingFile::makeDurable(const std::string& folder) const {
+    if (!store_.syncFolder(folder))
         copyFailed("syncing its folder", errno);
 }
 
@@ -160,8 +159,11 @@ void IncomingFile::committed() {
 }
 
 void IncomingFile::remove() noexcept {
-    unlinkat(store_.folder(), (placed_ ? finalPath_ : partPath_).c_str(), 0);
-    unlinkat(store_.folder(), markerPath_.c_str(), 0);
+    const std::string& path = placed_ ? finalPath_ : partPath_;
+    const bool removed = unlinkat(store_.folder(), path.c_str(), 0) == 0 || errno == ENOENT;
+    // As long as a placed file is there or could come back, its marker stays for a sweep to find.
+    if (removed && (!placed_ || store_.syncFolder(finalFolder_)))
+        unlinkat(store_.folder(), markerPath_.c_str(), 0);
     marker_.reset();
 }
 

@@ -67,6 +67,15 @@ void refuseNewerVersion(int folder) {
     }
 }
 
+// For a catalogue that cannot be brought up to date, because it takes no changes.
+void requirePresentVersion(CatalogueConnection& connection) {
+    checkCatalogueIsOurs(connection, schemaSteps().size());
+    if (connection.integer("PRAGMA user_version") < static_cast<std::int64_t>(schemaSteps().size()))
+        throw LibraryError(posixErrorDomain, EROFS,
+                           "The photo library was made by an earlier version of this software, "
+                           "and cannot be brought up to date now, because it takes no changes.");
+}
+
 // Makes the names of a new library's files, and its own, durable.
 void syncNewLibrary(int folder) {
     const UniqueFd parent(openat(folder, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -211,7 +220,7 @@ void Library::prepareCatalogue(const std::string& path) {
             connection.execute("PRAGMA journal_mode=WAL");
         }
         if (readOnly_)
-            checkCatalogueIsOurs(connection, schemaSteps().size());
+            requirePresentVersion(connection);
         else
             prepareSchema(connection, schemaSteps());
         connection.integer("SELECT access FROM library");
@@ -229,7 +238,7 @@ void Library::prepareCatalogue(const std::string& path) {
         mode_ = CatalogueConnection::Mode::immutable;
         readOnly_ = true;
         CatalogueConnection connection(folder_.get(), mode_);
-        checkCatalogueIsOurs(connection, schemaSteps().size());
+        requirePresentVersion(connection);
     }
 }
 

@@ -218,6 +218,33 @@ void PowerCut::drop() {
     dropSharedMemory();
 }
 
+// From some change on, all that follow in the same folder are undone; a rename is a change of both
+// its folders.
+void PowerCut::undoSome(std::mt19937_64& random) {
+    std::map<ino_t, std::size_t> left; // how many changes of a folder stay
+    for (const NameChange& change : names_) {
+        ++left[change.place];
+        if (change.fromPlace != 0 && change.fromPlace != change.place)
+            ++left[change.fromPlace];
+    }
+    for (auto& [place, count] : left)
+        count = random() % (count + 1);
+    std::vector<const NameChange*> undone;
+    for (const NameChange& change : names_) {
+        const ino_t other = change.fromPlace != 0 ? change.fromPlace : change.place;
+        if (left[change.place] == 0 || left[other] == 0) {
+            left[change.place] = left[other] = 0;
+            undone.push_back(&change);
+            continue;
+        }
+        --left[change.place];
+        if (other != change.place)
+            --left[other];
+    }
+    for (auto change = undone.rbegin(); change != undone.rend(); ++change)
+        undo(**change);
+}
+
 void PowerCut::tear(std::uint64_t seed) {
     std::mt19937_64 random(seed);
     for (auto& [inode, file] : files_) {
@@ -232,18 +259,7 @@ void PowerCut::tear(std::uint64_t seed) {
         if (!dropSize)
             raw::call(SYS_ftruncate, file.descriptor, sizeNow);
     }
-    // From the end of each folder's changes some are undone; those before them stay.
-    std::map<ino_t, std::size_t> toUndo;
-    for (const NameChange& change : names_)
-        ++toUndo[change.place];
-    for (auto& [place, count] : toUndo)
-        count = random() % (count + 1);
-    for (auto change = names_.rbegin(); change != names_.rend(); ++change) {
-        if (toUndo[change->place] == 0)
-            continue;
-        --toUndo[change->place];
-        undo(*change);
-    }
+    undoSome(random);
     if (random() % 2 != 0)
         dropSharedMemory();
 }

@@ -5,10 +5,10 @@
 // that failed, nothing that it covered becomes durable by a later one; it has to be written again.
 // A name (made, removed or renamed) is durable once fsync of its folder has succeeded; until then
 // it may be on the disk or not, in the order of the changes within one folder, but independently of
-// other folders and of the files' bytes. A rename between folders happens as a whole, and is
-// durable with either of them. This is what POSIX grants, less than what ext4, XFS and Btrfs do:
-// their journals keep the order of changes between folders as well. The shared memory of SQLite
-// (library.db-shm) does not outlive the power.
+// other folders and of the files' bytes. A rename between folders happens as a whole, has its place
+// in the order of both, and is durable once either was synced. This is what POSIX grants, less than
+// what ext4, XFS and Btrfs do: their journals keep the order of changes between folders as well.
+// The shared memory of SQLite (library.db-shm) does not outlive the power.
 //
 // Not thread-safe: the caller holds one lock over an operation and what it notes here.
 #pragma once
@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <map>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -66,6 +67,7 @@ private:
     void keepSectors(File& file, off_t offset, off_t end);
     void restore(File& file, const std::set<off_t>& sectors, bool size);
     void undo(const NameChange& change);
+    void undoSome(std::mt19937_64& random);
     void dropSharedMemory();
 
     std::string library_, shadow_;
