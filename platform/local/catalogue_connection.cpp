@@ -154,6 +154,11 @@ std::int64_t CatalogueConnection::integer(const char* sql) {
     return query.step() ? query.integer(0) : 0;
 }
 
+void CatalogueConnection::writeFirstPage() {
+    const std::int64_t version = integer("PRAGMA user_version");
+    execute(("PRAGMA user_version = " + std::to_string(version)).c_str());
+}
+
 void CatalogueConnection::waitWithoutLimit() {
     sqlite3_busy_handler(database_, waitForOtherProcess, nullptr);
 }
@@ -193,8 +198,29 @@ WriteTransaction::~WriteTransaction() {
 }
 
 void WriteTransaction::commit() {
-    connection_.statement("COMMIT").run();
-    open_ = false;
+    try {
+        connection_.statement("COMMIT").run();
+        open_ = false;
+    } catch (const LibraryError&) {
+        replaceInLog();
+        throw;
+    }
+}
+
+// What was refused may stand in the log all the same, when only its sync failed. A commit in its
+// place keeps the next process that reads the log from finding it.
+void WriteTransaction::replaceInLog() {
+    try {
+        if (!sqlite3_get_autocommit(connection_.handle()))
+            connection_.statement("ROLLBACK").run();
+        open_ = false;
+        connection_.execute("BEGIN IMMEDIATE");
+        connection_.writeFirstPage();
+        connection_.execute("COMMIT");
+    } catch (const LibraryError&) {
+        if (!sqlite3_get_autocommit(connection_.handle()))
+            sqlite3_exec(connection_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
 }
 
 } // namespace local

@@ -74,6 +74,10 @@ public:
     void execute(const char* sql);
     std::int64_t integer(const char* sql); // the first column of the first row; 0 without a row
 
+    // Writes a page as it is, so that a transaction that changes nothing reaches the log and the
+    // disk all the same. (An UPDATE to the values that are there writes nothing.)
+    void writeFirstPage();
+
     bool isReadOnly() const;
     // How many pages the log held after this connection's last commit.
     int logPages() const { return logPages_; }
@@ -109,11 +113,13 @@ public:
     ~WriteTransaction();
     WriteTransaction(const WriteTransaction&) = delete;
     WriteTransaction& operator=(const WriteTransaction&) = delete;
-    // Durable when this returns. After a throw nothing is in force now; yet what reached the log
-    // could come back if every process died before the next commit.
+    // Durable when this returns. After a throw nothing is in force; only when the disk goes on
+    // failing could what reached the log come back once every process has ended.
     void commit();
 
 private:
+    void replaceInLog();
+
     CatalogueConnection& connection_;
     bool open_ = true;
 };

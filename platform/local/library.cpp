@@ -175,7 +175,7 @@ void Library::sweep() {
 void Library::makeDurable(CatalogueConnection& connection) {
     const std::unique_lock<std::mutex> lock = writeLock();
     WriteTransaction transaction(connection);
-    connection.execute("UPDATE library SET access = access");
+    connection.writeFirstPage();
     transaction.commit();
 }
 

@@ -39,6 +39,8 @@ struct Method {
     bool opensFirst = true;
     // Whether success may leave a part undone, as the method's contract has it.
     bool partialSuccess = false;
+    // The library must not open, and nothing in it may change.
+    bool refused = false;
     // A library has 256 shelves for originals from the start; runs are shorter without the empty
     // ones, as in a library whose owner has tidied up.
     bool emptyShelves = false;

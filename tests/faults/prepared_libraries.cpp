@@ -199,6 +199,13 @@ Names prepareLeftBehind() {
     return names;
 }
 
+Names prepareWithoutCatalogue() {
+    prepareUsual();
+    for (const char* name : {"library.db", "library.db-wal", "library.db-shm"})
+        fs::remove(here().library() / name);
+    return {};
+}
+
 Names prepareOlder(std::size_t version) {
     const fs::path library = here().library();
     fs::create_directories(library);

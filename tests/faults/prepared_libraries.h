@@ -20,7 +20,9 @@ Names prepareUsual();
 // The same as a process left it that died: a placed original and a render without rows, an edit
 // in progress, a file that no row names any longer.
 Names prepareLeftBehind();
-// Two assets in a catalogue of an earlier version.
+// Originals whose catalogue is gone.
+Names prepareWithoutCatalogue();
+// Three assets in a catalogue of an earlier version.
 Names prepareOlder(std::size_t version);
 // Nothing at all.
 Names prepareNothing();

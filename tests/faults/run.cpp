@@ -33,6 +33,16 @@ void removeEmptyShelves(const fs::path& originals) {
     }
 }
 
+std::string namesBelow(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        names.insert(entry.path().string());
+    std::string text;
+    for (const std::string& name : names)
+        text += "\n" + name;
+    return text;
+}
+
 std::set<std::string> linesOf(const std::string& text) {
     std::set<std::string> lines;
     std::istringstream stream(text);
@@ -135,17 +145,23 @@ int Workplace::inProcess(const std::function<void()>& body) {
     return status;
 }
 
-// By a process that opens the library anew; complains when it cannot.
-std::string Workplace::describeFresh(std::vector<std::string>& bad, bool strangers) {
-    const int status = inProcess([&] {
-        try {
-            shared_->tell(describeLibrary());
-            for (const std::string& fault : faultsOfLibrary(place().library(), strangers))
-                shared_->complain(fault);
-        } catch (const std::exception& error) {
+// Within a run's own process.
+void Workplace::describe(const Trial& trial, bool strangers) {
+    try {
+        shared_->tell(describeLibrary());
+        for (const std::string& fault : faultsOfLibrary(place().library(), strangers))
+            shared_->complain(fault);
+    } catch (const std::exception& error) {
+        shared_->tell(std::string("does not open: ") + error.what() +
+                      namesBelow(place().library()));
+        if (!trial.refused)
             shared_->complain(std::string("the library does not open: ") + error.what());
-        }
-    });
+    }
+}
+
+// By a process that opens the library anew.
+std::string Workplace::describeFresh(const Trial& trial, std::vector<std::string>& bad) {
+    const int status = inProcess([&] { describe(trial, true); });
     if (status != 0)
         bad.push_back("the next process ended with status " + std::to_string(status));
     std::istringstream lines(shared_->bad);
@@ -159,7 +175,7 @@ std::string Workplace::describeAfter(const Trial& trial,
     renew(trial.original);
     inProcess([&] { action(trial.names); });
     std::vector<std::string> bad;
-    const std::string description = describeFresh(bad, true);
+    const std::string description = describeFresh(trial, bad);
     for (const std::string& fault : bad)
         std::fprintf(stderr, "without any fault: %s\n", fault.c_str());
     if (!bad.empty())
@@ -178,6 +194,7 @@ Trial Workplace::prepare(const Method& method) {
     });
     Trial trial{.run = method.run, .opensFirst = method.opensFirst};
     trial.partialSuccess = method.partialSuccess;
+    trial.refused = method.refused;
     std::istringstream lines(shared_->description);
     for (std::string name, identifier;
          std::getline(lines, name, '=') && std::getline(lines, identifier);)
@@ -197,6 +214,8 @@ Trial Workplace::prepare(const Method& method) {
     };
     for (const auto& action : method.between)
         add(action);
+    if (method.refused)
+        return trial;
     add([&](const Names& names) {
         if (!method.run(names).success)
             std::abort();
@@ -221,18 +240,12 @@ void Workplace::runMethod(const Trial& trial, const Plan& plan) {
     if (kills(plan.kind))
         endByPlan();
     if (plan.kind == Kind::retry) {
-        if (!succeeded && !attempt())
+        if (!succeeded && !attempt() && !trial.refused)
             shared_->complain("the method, called again, fails without a fault");
         endByPlan();
     }
     // The process must be able to go on.
-    try {
-        shared_->tell(describeLibrary());
-        for (const std::string& fault : faultsOfLibrary(place().library(), false))
-            shared_->complain("in the same process: " + fault);
-    } catch (const std::exception& error) {
-        shared_->complain(std::string("the process cannot go on: ") + error.what());
-    }
+    describe(trial, false);
 }
 
 Outcome Workplace::run(const Trial& trial, const Plan& plan) {
@@ -278,7 +291,7 @@ void Workplace::judge(const Trial& trial, const Plan& plan, int status, Outcome&
         outcome.bad.push_back("in the same process, state " + std::to_string(states.indexOf(here)) +
                               ", beside the new one:" + difference(states, here));
 
-    const std::string after = describeFresh(outcome.bad, true);
+    const std::string after = describeFresh(trial, outcome.bad);
     outcome.state = states.indexOf(after);
     const bool repeated = plan.kind == Kind::retry && states.descriptions.size() > 2;
     if (!fits(outcome.state) && !repeated)

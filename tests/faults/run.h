@@ -29,6 +29,7 @@ struct Trial {
     States states;
     bool opensFirst = true;
     bool mustReachNew = true;    // when it reports success
+    bool refused = false;        // the library must not open
     bool partialSuccess = false; // success may leave a part undone, as the method's contract says
 };
 
@@ -65,7 +66,8 @@ private:
     Place place() const { return {folder_ / "run" / "home"}; }
     void renew(const std::filesystem::path& original);
     int inProcess(const std::function<void()>& body);
-    std::string describeFresh(std::vector<std::string>& bad, bool strangers);
+    void describe(const Trial& trial, bool strangers);
+    std::string describeFresh(const Trial& trial, std::vector<std::string>& bad);
     std::string describeAfter(const Trial& trial, const std::function<void(const Names&)>& action);
     void runMethod(const Trial& trial, const Plan& plan);
     void judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome);
