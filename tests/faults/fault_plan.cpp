@@ -56,6 +56,7 @@ bool befalls(Kind kind, unsigned does) {
     case Kind::killKept:
     case Kind::killDropped:
     case Kind::killTorn:
+    case Kind::killBeside:
         return (does & changes) != 0;
     }
     return false;
@@ -101,13 +102,15 @@ void noteFirst(State& now, const char* function, std::string_view path) {
 
 std::string_view nameOf(Kind kind) {
     constexpr std::array<std::string_view, allKinds.size() + 1> names{
-        "none",        "io-once",   "io-on", "space-once", "space-on",     "short-write",
-        "denied-once", "denied-on", "retry", "kill-kept",  "kill-dropped", "kill-torn"};
+        "none",         "io-once",     "io-on",      "space-once", "space-on",
+        "short-write",  "denied-once", "denied-on",  "retry",      "kill-kept",
+        "kill-dropped", "kill-torn",   "kill-beside"};
     return names[static_cast<std::size_t>(kind)];
 }
 
 bool kills(Kind kind) {
-    return kind == Kind::killKept || kind == Kind::killDropped || kind == Kind::killTorn;
+    return kind == Kind::killKept || kind == Kind::killDropped || kind == Kind::killTorn ||
+           kind == Kind::killBeside;
 }
 
 void arm(const Plan& plan, const std::string& library, const std::string& shadow, Trace& trace) {

@@ -29,11 +29,12 @@ enum class Kind {
     killKept,    // the process is killed; what it wrote stays
     killDropped, // the power fails: everything that was not synced is gone
     killTorn,    // likewise, but any part of it may have reached the disk
+    killBeside,  // as killKept, while another process has the library open and outlives this one
 };
 inline constexpr std::array allKinds{Kind::ioOnce,      Kind::ioOn,       Kind::spaceOnce,
                                      Kind::spaceOn,     Kind::shortWrite, Kind::deniedOnce,
                                      Kind::deniedOn,    Kind::retry,      Kind::killKept,
-                                     Kind::killDropped, Kind::killTorn};
+                                     Kind::killDropped, Kind::killTorn,   Kind::killBeside};
 
 std::string_view nameOf(Kind kind);
 bool kills(Kind kind);

@@ -70,6 +70,7 @@ struct Workplace::Shared {
     Trace trace;
     Outcome::Reported reported;
     char identifier[64];
+    volatile bool neighbourIsThere;
     char description[1 << 18];
     char bad[1 << 14];
 
@@ -223,6 +224,23 @@ Trial Workplace::prepare(const Method& method) {
     return trial;
 }
 
+// A process that opens the library and does nothing, until it is killed.
+pid_t Workplace::startNeighbour(const Trial& trial) {
+    shared_->neighbourIsThere = false;
+    const pid_t neighbour = fork();
+    if (neighbour == 0) {
+        alarm(2 * longestRun);
+        setenv("HOME", place().home.c_str(), 1);
+        describe(trial, false);
+        shared_->neighbourIsThere = true;
+        for (;;)
+            pause();
+    }
+    while (!shared_->neighbourIsThere && kill(neighbour, 0) == 0)
+        usleep(200);
+    return neighbour;
+}
+
 // Within the run's own process.
 void Workplace::runMethod(const Trial& trial, const Plan& plan) {
     if (trial.opensFirst)
@@ -251,6 +269,8 @@ void Workplace::runMethod(const Trial& trial, const Plan& plan) {
 Outcome Workplace::run(const Trial& trial, const Plan& plan) {
     renew(trial.original);
     shared_->trace = {};
+    const pid_t neighbour =
+        plan.kind == Kind::killBeside && trial.opensFirst ? startNeighbour(trial) : 0;
     const int status = inProcess([&] { runMethod(trial, plan); });
     Outcome outcome;
     outcome.reported = shared_->reported;
@@ -266,6 +286,15 @@ Outcome Workplace::run(const Trial& trial, const Plan& plan) {
     for (std::string line; std::getline(lines, line);)
         outcome.bad.push_back(line);
     judge(trial, plan, status, outcome);
+    if (neighbour == 0)
+        return outcome;
+    // Now nobody has the library open. What a process saw may have been the old state, and the
+    // commit be found in the log only now; but nothing that it needs may be gone.
+    kill(neighbour, SIGKILL);
+    waitpid(neighbour, nullptr, 0);
+    const std::string last = describeFresh(trial, outcome.bad);
+    if (trial.states.indexOf(last) > trial.states.newest())
+        outcome.bad.push_back("in the end, beside the new one:" + difference(trial.states, last));
     return outcome;
 }
 

@@ -7,6 +7,7 @@
 
 #include <set>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace faults {
@@ -66,6 +67,7 @@ private:
     Place place() const { return {folder_ / "run" / "home"}; }
     void renew(const std::filesystem::path& original);
     int inProcess(const std::function<void()>& body);
+    pid_t startNeighbour(const Trial& trial);
     void describe(const Trial& trial, bool strangers);
     std::string describeFresh(const Trial& trial, std::vector<std::string>& bad);
     std::string describeAfter(const Trial& trial, const std::function<void(const Names&)>& action);

@@ -35,7 +35,7 @@ private:
             const Plan plan{kind, point, options_.seed + point};
             const Outcome outcome = workplace_.run(trial_, plan);
             judge(outcome, plan, "");
-            if (kills(kind) && outcome.bad.empty())
+            if (kills(kind) && kind != Kind::killBeside && outcome.bad.empty())
                 sweepRecovery(plan);
             if (!outcome.fired || options_.onlyPoint)
                 return;
