@@ -34,5 +34,9 @@ void addTrash(Tool& tool);
 void addRevert(Tool& tool);
 void addAccess(Tool& tool);
 void addSettings(Tool& tool);
+void addVerify(Tool& tool);
+void addRepair(Tool& tool);
+void addBackup(Tool& tool);
+void addDoctor(Tool& tool);
 
 } // namespace tool

@@ -46,6 +46,7 @@ void describe(tool::Tool& tool) {
     tool::addRevert(tool);
     tool::addAccess(tool);
     tool::addSettings(tool);
+    tool::addVerify(tool);
 }
 
 int sayWhatIsWrong(const tool::Tool& tool, const CLI::ParseError& misuse) {

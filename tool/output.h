@@ -67,6 +67,7 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
+    void total(std::size_t all) { total_ = all; } // where it is learned on the way
     // Some times a second, however often it is called.
     void show(std::size_t finished, std::string_view now);
     // Takes the bar away, so that lines can be printed.

@@ -187,9 +187,46 @@ void FileStore::create() const {
         if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
             throw systemError("The photo library's folders could not be made", errno);
     }
-    const UniqueFd originals(openat(folder_, "originals", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!originals || fsync(originals.get()) != 0 || fsync(folder_) != 0)
+    mark(Stored::original);
+    mark(Stored::render);
+    if (fsync(folder_) != 0)
         throw systemError("The photo library's folders could not be made durable", errno);
+}
+
+bool FileStore::holds(Stored kind, const std::string& name) const {
+    return faccessat(folder_, pathOf(kind, name).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool FileStore::isPresent(Stored kind) const {
+    const std::string marker = std::string(folderOf(kind)).append("/").append(storeMarkerName);
+    return faccessat(folder_, marker.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+void FileStore::requirePresent(Stored kind) const {
+    if (!isPresent(kind))
+        throw LibraryError(posixErrorDomain, ENOENT,
+                           "The photo library's folder \"" + std::string(folderOf(kind)) +
+                               "\" is not there, or another one is in its place: perhaps its disk "
+                               "is not mounted. Nothing was changed.");
+}
+
+void FileStore::mark(Stored kind) const {
+    constexpr std::string_view words =
+        "This folder belongs to a photo library. Without this file the library takes the folder "
+        "for another one.\n";
+    const std::string root(folderOf(kind));
+    const std::string path = root + "/" + std::string(storeMarkerName);
+    if (mkdirat(folder_, root.c_str(), 0700) != 0 && errno != EEXIST)
+        throw systemError("The photo library's folder \"" + root + "\" could not be made", errno);
+    const UniqueFd marker(
+        openat(folder_, path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const UniqueFd folder(openat(folder_, root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const bool written =
+        marker && folder &&
+        pwrite(marker.get(), words.data(), words.size(), 0) == static_cast<ssize_t>(words.size()) &&
+        fsync(marker.get()) == 0 && fsync(folder.get()) == 0;
+    if (!written)
+        throw systemError("The photo library's folder \"" + root + "\" could not be marked", errno);
 }
 
 UniqueFd FileStore::open(Stored kind, const std::string& name) const {
@@ -211,7 +248,12 @@ bool FileStore::syncFolder(const std::string& path) const {
 
 std::vector<std::string> FileStore::removeDiscarded(const std::vector<std::string>& paths) const {
     std::map<std::string, std::vector<std::string>> gone; // by folder
+    const bool originals = isPresent(Stored::original);
+    const bool renders = isPresent(Stored::render);
     for (const std::string& path : paths) {
+        // What is not there because its disk is not has still to be removed.
+        if (!(path.starts_with(folderOf(Stored::render)) ? renders : originals))
+            continue;
         if (unlinkat(folder_, path.c_str(), 0) == 0 || errno == ENOENT)
             gone[path.substr(0, path.find_last_of('/'))].push_back(path);
     }
@@ -243,6 +285,8 @@ bool FileStore::holdsOriginals() const {
     }
     int error = 0;
     for (const std::string& shelf : namesIn(folder_, "originals", &error)) {
+        if (shelf == storeMarkerName)
+            continue;
         if (!namesIn(originals.get(), shelf.c_str(), &error).empty())
             return true;
         check(error);

@@ -35,6 +35,11 @@ enum class Stored { original, render };
 std::string_view folderOf(Stored kind);
 std::string_view markerEnding(Stored kind); // of the name of a marker in incoming/
 
+// A file in "originals" and in "renders" that says: this is the store. Where it is missing another
+// folder stands in the store's place, such as the empty one below a disk that is not mounted; what
+// is not found there is not gone, and nothing may be put there.
+inline constexpr std::string_view storeMarkerName = ".photos-kit";
+
 class FileStore {
 public:
     // `folder` is the library's folder; borrowed.
@@ -51,6 +56,15 @@ public:
     UniqueFd openDerivatives() const;
 
     bool holdsOriginals() const;
+
+    // Whether there is a file of this name.
+    bool holds(Stored kind, const std::string& name) const;
+
+    // Whether the folder of this kind holds its store marker.
+    bool isPresent(Stored kind) const;
+    void requirePresent(Stored kind) const; // throws, with a sentence
+    // Puts the marker there, durably, in a folder that is made where it is missing. Throws.
+    void mark(Stored kind) const;
 
     // Removes what importers and editors left that died: `isCatalogued` tells whether the
     // catalogue names the file, and is asked only about files that nobody holds. `beforeRemoval`

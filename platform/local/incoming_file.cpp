@@ -58,6 +58,7 @@ void writeChunk(int target, const std::uint8_t* bytes, std::size_t size) {
 
 IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::string& name, int source)
     : store_(store) {
+    store.requirePresent(kind);
     partPath_ = "incoming/" + name;
     markerPath_ = partPath_ + std::string(markerEnding(kind));
     root_ = folderOf(kind);

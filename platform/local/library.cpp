@@ -152,9 +152,31 @@ Library::Library(const std::string& path) : folder_(openFolder(path)), files_(fo
     if (readOnly_)
         return;
     try {
+        markStore();
         sweep();
     } catch (const LibraryError&) {
         // What is left over waits for a better day; it is in nobody's way.
+    }
+}
+
+// For libraries that were made before their store was marked: a folder that holds what the
+// catalogue names, or has nothing to hold yet, is the right one.
+void Library::markStore() {
+    for (const Stored kind : {Stored::original, Stored::render}) {
+        if (files_.isPresent(kind))
+            continue;
+        const std::unique_ptr<CatalogueConnection> connection = connect();
+        Statement named =
+            connection->statement(kind == Stored::original ? "SELECT stored_as FROM asset LIMIT 20"
+                                                           : "SELECT stored_as FROM edit LIMIT 20");
+        bool any = false;
+        bool found = false;
+        while (!found && named.step()) {
+            any = true;
+            found = files_.holds(kind, std::string(named.text(0)));
+        }
+        if (found || !any)
+            files_.mark(kind);
     }
 }
 

@@ -77,6 +77,7 @@ private:
 
     static std::shared_ptr<Library> openAnew();
     bool stillAt(const std::string& path) const;
+    void markStore();
     void sweep();
     std::unique_ptr<CatalogueConnection> connect();
     bool tryToPrepareCatalogue(const std::string& path); // false: another process is at it

@@ -2,6 +2,7 @@
 
 #include "platform/change_requests.h"
 #include "platform/local/asset_record.h"
+#include "platform/local/file_store.h"
 #include "platform/local/imaging/imaging.h"
 #include "platform/photo_library.h"
 
@@ -165,7 +166,7 @@ void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated
 std::vector<std::string> filesBelow(const fs::path& folder) {
     std::vector<std::string> found;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-        if (!entry.is_directory())
+        if (!entry.is_directory() && entry.path().filename() != local::storeMarkerName)
             found.push_back(fs::relative(entry.path(), folder).string());
     }
     std::sort(found.begin(), found.end());

@@ -71,7 +71,7 @@ std::string storedAs(const ScratchHome& home, const std::string& identifier);
 void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
                    std::int64_t step);
 
-// Paths below `folder`, relative to it, files only.
+// Paths below `folder`, relative to it, files only; not the store's markers.
 std::vector<std::string> filesBelow(const std::filesystem::path& folder);
 
 } // namespace support

@@ -34,7 +34,7 @@ three_pictures() {
     [ "$(photos-kit trash list --json | jq -r '.[].filename')" = b.jpg ]
     photos-kit trash empty --all --yes
     photos-kit status
-    [ "$(find "$HOME/Pictures/Lumatrice Library/originals" -type f | wc -l)" -eq 1 ]
+    [ "$(find "$HOME/Pictures/Lumatrice Library/originals" -type f -not -name .photos-kit | wc -l)" -eq 1 ]
     photos-kit export out --all
     cmp in/c.jpg out/c.jpg
 }

@@ -1,0 +1,174 @@
+#include "platform/local/maintenance/library_reader.h"
+
+#include "platform/local/asset_record.h"
+#include "platform/local/catalogue_schema.h"
+#include "platform/local/stored_bytes.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+namespace local {
+
+namespace {
+
+constexpr int assetsAtOnce = 200;
+
+UniqueFd openLibraryFolder(const std::string& path) {
+    UniqueFd folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder && errno == ENOENT)
+        throw LibraryError(posixErrorDomain, ENOENT, "There is no photo library at " + path + ".");
+    if (!folder)
+        throw systemError("The photo library " + path + " could not be opened", errno);
+    struct stat catalogue {};
+    if (fstatat(folder.get(), "library.db", &catalogue, 0) != 0 || catalogue.st_size == 0)
+        throw LibraryError(posixErrorDomain, ENOENT,
+                           path + " holds no catalogue: it is no photo library, or its disk is "
+                                  "not mounted.");
+    return folder;
+}
+
+bool logIsEmpty(int folder) {
+    struct stat log {};
+    return fstatat(folder, "library.db-wal", &log, 0) != 0 || log.st_size == 0;
+}
+
+std::unique_ptr<CatalogueConnection> openCatalogue(int folder) {
+    using Mode = CatalogueConnection::Mode;
+    std::unique_ptr<CatalogueConnection> catalogue;
+    try {
+        catalogue = std::make_unique<CatalogueConnection>(folder, Mode::readWrite);
+        catalogue->integer("SELECT count(*) FROM sqlite_schema");
+    } catch (const LibraryError&) {
+        // SQLite could not make its own files beside the catalogue.
+        if (!logIsEmpty(folder))
+            throw;
+        catalogue = std::make_unique<CatalogueConnection>(folder, Mode::immutable);
+    }
+    sqlite3_db_config(catalogue->handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    catalogue->execute("PRAGMA query_only=1");
+    return catalogue;
+}
+
+NamedFile fileOf(const Statement& row, int first) {
+    NamedFile file;
+    file.asset = row.integer(0);
+    const auto uuid = row.blob(1);
+    std::copy_n(uuid.begin(), std::min(uuid.size(), file.uuid.size()), file.uuid.begin());
+    file.name = row.text(first);
+    const auto hash = row.blob(first + 1);
+    std::copy_n(hash.begin(), std::min(hash.size(), file.hash.size()), file.hash.begin());
+    file.size = row.integer(first + 2);
+    return file;
+}
+
+} // namespace
+
+std::string NamedFile::identifier() const {
+    return assetIdentifier(uuid);
+}
+
+std::string NamedFile::path() const {
+    return std::string(folderOf(kind)) + "/" + name.substr(0, 2) + "/" + name;
+}
+
+LibraryReader::LibraryReader(const std::string& path)
+    : folder_(openLibraryFolder(path)), files_(folder_.get()),
+      catalogue_(openCatalogue(folder_.get())) {
+    const auto version = static_cast<std::int64_t>(schemaSteps().size());
+    checkCatalogueIsOurs(*catalogue_, schemaSteps().size());
+    if (catalogue_->integer("PRAGMA user_version") != version)
+        throw LibraryError(sqliteErrorDomain, SQLITE_SCHEMA,
+                           "The photo library was made by an earlier version of this software. "
+                           "Open it once, with photos-kit list for instance, to bring it up to "
+                           "date.");
+}
+
+std::vector<NamedFile> LibraryReader::filesAfter(std::int64_t after) {
+    Statement rows = catalogue_->statement(
+        "SELECT a.n, a.uuid, a.stored_as, a.hash, a.size, e.stored_as, e.hash, e.size "
+        "FROM asset AS a LEFT JOIN edit AS e ON e.asset = a.n WHERE a.n > ?1 ORDER BY a.n LIMIT "
+        "?2");
+    rows.bind(1, after).bind(2, assetsAtOnce);
+    std::vector<NamedFile> files;
+    while (rows.step()) {
+        files.push_back(fileOf(rows, 2));
+        if (rows.isNull(5))
+            continue;
+        files.push_back(fileOf(rows, 5));
+        files.back().kind = Stored::render;
+    }
+    return files;
+}
+
+std::int64_t LibraryReader::countFiles() {
+    return catalogue_->integer("SELECT (SELECT count(*) FROM asset) + (SELECT count(*) FROM edit)");
+}
+
+bool LibraryReader::stillNames(const NamedFile& file) {
+    Statement row = catalogue_->statement(
+        file.kind == Stored::original
+            ? "SELECT 1 FROM asset WHERE n = ?1 AND stored_as = ?2 AND hash = ?3"
+            : "SELECT 1 FROM edit WHERE asset = ?1 AND stored_as = ?2 AND hash = ?3");
+    return row.bind(1, file.asset).bind(2, file.name).bindBlob(3, file.hash).step();
+}
+
+bool LibraryReader::namesFile(Stored kind, const std::string& name) {
+    if (kind == Stored::render) {
+        Statement row = catalogue_->statement("SELECT 1 FROM edit WHERE stored_as = ?1");
+        return row.bind(1, name).step();
+    }
+    const auto uuid = uuidFromText(std::string_view(name).substr(0, 36));
+    if (!uuid)
+        return false;
+    Statement row = catalogue_->statement("SELECT 1 FROM asset WHERE uuid = ?1 AND stored_as = ?2");
+    return row.bindBlob(1, *uuid).bind(2, name).step();
+}
+
+bool LibraryReader::isDiscarded(const std::string& path) {
+    Statement row = catalogue_->statement("SELECT 1 FROM discarded_file WHERE path = ?1");
+    return row.bind(1, path).step();
+}
+
+std::vector<std::string> entriesOf(int library, const std::string& path) {
+    std::vector<std::string> names;
+    const int fd = openat(library, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* const folder = fd >= 0 ? fdopendir(fd) : nullptr;
+    if (!folder) {
+        if (fd >= 0)
+            close(fd);
+        return names;
+    }
+    while (const dirent* entry = readdir(folder)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+    closedir(folder);
+    return names;
+}
+
+bool hasContent(int file, const ContentHash& hash, std::int64_t size,
+                const std::function<bool()>& stop) {
+    Verifier verifier;
+    std::array<std::uint8_t, 256 * 1024> chunk;
+    for (off_t at = 0;;) {
+        if (stop && stop())
+            return false;
+        const ssize_t got = pread(file, chunk.data(), chunk.size(), at);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            throw systemError("The file could not be read", errno);
+        if (got == 0)
+            return verifier.matches(hash, size);
+        verifier.take(chunk.data(), static_cast<std::size_t>(got));
+        at += got;
+    }
+}
+
+} // namespace local

@@ -1,0 +1,74 @@
+#include "platform/local/maintenance/stray_files.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace local {
+
+namespace {
+
+std::string markerOf(Stored kind, const std::string& name) {
+    return "incoming/" + name + std::string(markerEnding(kind));
+}
+
+bool exists(int folder, const std::string& path) {
+    return faccessat(folder, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// Asked in this order, because an importer names the file before it takes its marker away.
+bool isAccountedFor(LibraryReader& reader, Stored kind, const std::string& name) {
+    return reader.namesFile(kind, name) || exists(reader.folder(), markerOf(kind, name)) ||
+           reader.namesFile(kind, name);
+}
+
+void lookThroughShelf(LibraryReader& reader, Stored kind, const std::string& shelf,
+                      Verification& result) {
+    const std::string folder = std::string(folderOf(kind)) + "/" + shelf;
+    for (const std::string& name : entriesOf(reader.folder(), folder)) {
+        const std::string path = folder + "/" + name;
+        if (name.substr(0, 2) == shelf && isAccountedFor(reader, kind, name))
+            continue;
+        if (reader.isDiscarded(path))
+            ++result.leftOver;
+        else if (exists(reader.folder(), path))
+            result.findings.push_back(
+                {Finding::Kind::unnamed, path, "", "Nothing in the catalogue names it."});
+    }
+}
+
+// A marker that nobody holds, or an editing folder of a process that died.
+bool isLeftOver(int library, const std::string& path) {
+    const UniqueFd entry(openat(library, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    return entry && flock(entry.get(), LOCK_EX | LOCK_NB) == 0;
+}
+
+void lookThroughIncoming(LibraryReader& reader, Verification& result) {
+    for (const std::string& name : entriesOf(reader.folder(), "incoming")) {
+        const std::string path = "incoming/" + name;
+        if (uuidFromText(std::string_view(name).substr(0, 36)))
+            result.leftOver += isLeftOver(reader.folder(), path) ? 1 : 0;
+        else
+            result.findings.push_back(
+                {Finding::Kind::unnamed, path, "", "It is none of the library's own files."});
+    }
+}
+
+} // namespace
+
+bool isUnnamed(LibraryReader& reader, Stored kind, const std::string& name) {
+    const std::string path = std::string(folderOf(kind)) + "/" + name.substr(0, 2) + "/" + name;
+    return !isAccountedFor(reader, kind, name) && !reader.isDiscarded(path);
+}
+
+void findStrayFiles(LibraryReader& reader, Verification& result) {
+    for (const Stored kind : {Stored::original, Stored::render}) {
+        for (const std::string& shelf : entriesOf(reader.folder(), std::string(folderOf(kind)))) {
+            if (shelf != storeMarkerName)
+                lookThroughShelf(reader, kind, shelf, result);
+        }
+    }
+    lookThroughIncoming(reader, result);
+}
+
+} // namespace local

@@ -1,0 +1,186 @@
+// Looking at a library's health: each kind of damage is found, and nothing else.
+#include "tests/local/collections_support.h"
+#include "tests/local/support.h"
+
+#include "platform/local/maintenance/catalogue_rules.h"
+#include "platform/local/maintenance/verification.h"
+
+#include <sys/stat.h>
+
+using namespace support;
+using local::Finding;
+using local::Verification;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class VerificationOf : public testing::Test {
+protected:
+    const ScratchHome home;
+
+    void SetUp() override {
+        for (const char* name : {"a", "b", "c"})
+            identifiers.push_back(
+                *importFile(writePicture(home.file(std::string(name) + ".jpg"), 64, 48, name[0]))
+                     .identifier);
+    }
+
+    Verification verified(local::VerificationOptions options = {}) const {
+        return local::verifyLibrary(home.library().string(), options);
+    }
+
+    // "kind subject", each.
+    std::vector<std::string> faults() const {
+        std::vector<std::string> all;
+        for (const Finding& finding : verified().findings)
+            all.push_back(local::nameOf(finding.kind) + " " + finding.subject);
+        return all;
+    }
+
+    std::string pathOf(std::size_t which) const {
+        const std::string name = storedAs(home, identifiers[which]);
+        return "originals/" + name.substr(0, 2) + "/" + name;
+    }
+    std::filesystem::path originalOf(std::size_t which) const {
+        return home.library() / pathOf(which);
+    }
+
+    std::vector<std::string> identifiers;
+};
+
+TEST_F(VerificationOf, AWholeLibraryFindsNothingAndChangesNothing) {
+    const auto before = std::filesystem::last_write_time(home.library() / "library.db");
+    const Verification result = verified();
+    EXPECT_THAT(result.findings, IsEmpty());
+    EXPECT_TRUE(result.complete);
+    EXPECT_EQ(result.files, 3);
+    EXPECT_EQ(std::filesystem::last_write_time(home.library() / "library.db"), before);
+    EXPECT_THROW(local::verifyLibrary(home.file("nowhere").string(), {}), local::LibraryError);
+    EXPECT_FALSE(std::filesystem::exists(home.file("nowhere")));
+}
+
+TEST_F(VerificationOf, FilesThatAreGoneChangedTruncatedOrTooMany) {
+    std::string bytes = readBytes(originalOf(0));
+    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 1);
+    const std::string damaged = "damaged " + pathOf(0);
+    chmod(originalOf(0).c_str(), 0600);
+    writeText(originalOf(0), bytes);
+    std::filesystem::resize_file(originalOf(1), 10);
+    std::filesystem::remove(originalOf(2));
+    writeText(home.library() / "originals" / "AA" / "stray.jpg", "stray");
+    EXPECT_THAT(faults(), testing::UnorderedElementsAre(damaged, "damaged " + pathOf(1),
+                                                        "missing " + pathOf(2),
+                                                        "unnamed originals/AA/stray.jpg"));
+}
+
+TEST_F(VerificationOf, AFolderThatIsNotMountedIsNoLoss) {
+    std::filesystem::rename(home.library() / "originals", home.file("unmounted"));
+    std::filesystem::create_directory(home.library() / "originals");
+    EXPECT_THAT(faults(), ElementsAre("absent originals"));
+    // Nothing is put where it would be hidden later, not even after a new opening.
+    EXPECT_EQ(inChild([&] {
+                  const auto refused = importFile(home.file("a.jpg"));
+                  EXPECT_FALSE(refused.identifier);
+                  EXPECT_THAT(refused.sentence(), testing::HasSubstr("not mounted"));
+              }),
+              0);
+    EXPECT_THAT(filesBelow(home.library() / "originals"), IsEmpty());
+    std::filesystem::remove(home.library() / "originals");
+    std::filesystem::rename(home.file("unmounted"), home.library() / "originals");
+    EXPECT_THAT(faults(), IsEmpty());
+    EXPECT_TRUE(importFile(home.file("a.jpg")).identifier);
+}
+
+TEST_F(VerificationOf, ALibraryMadeBeforeItsStoreWasMarkedIsMarked) {
+    const ScratchHome copy;
+    std::filesystem::create_directories(copy.path() / "Pictures");
+    std::filesystem::copy(home.library(), copy.library(),
+                          std::filesystem::copy_options::recursive);
+    std::filesystem::remove(copy.library() / "originals" / ".photos-kit");
+    std::filesystem::remove(copy.library() / "renders" / ".photos-kit");
+    EXPECT_TRUE(importFile(home.file("a.jpg")).identifier);
+    const Verification result = local::verifyLibrary(copy.library().string(), {});
+    EXPECT_THAT(result.findings, IsEmpty());
+    EXPECT_EQ(result.files, 4);
+}
+
+TEST_F(VerificationOf, EveryRuleIsBrokenFoundAndMended) {
+    const std::string album = newAlbum("Album");
+    newFolder("Folder");
+    ASSERT_EQ(add(album, identifiers), "");
+    runSql(home, "INSERT INTO favorite SELECT created, n FROM asset");
+    const std::vector<std::string> breaks{
+        "UPDATE collection SET parent = (SELECT n FROM collection WHERE kind = 1), position = 99 "
+        "WHERE kind = 2",
+        "UPDATE collection SET parent = n WHERE kind = 2",
+        "UPDATE asset SET edited = 1 WHERE n = 1",
+        "UPDATE favorite SET created = created - 1 WHERE asset = 2",
+        "UPDATE album_member SET listed = 0 WHERE asset = 1",
+        "UPDATE collection SET held = 17 WHERE kind = 1",
+        "UPDATE collection SET held = 17 WHERE kind = 2",
+        "UPDATE library SET listed = 17",
+        "UPDATE smart_album SET raw = 17",
+        "UPDATE library SET listing_changes = 17",
+    };
+    ASSERT_EQ(breaks.size(), local::catalogueRules().size());
+    ASSERT_THAT(faults(), IsEmpty());
+    for (std::size_t i = 0; i < breaks.size(); ++i) {
+        runSql(home, breaks[i]);
+        EXPECT_GT(sqlInteger(home, local::catalogueRules()[i].count), 0) << breaks[i];
+        EXPECT_THAT(faults(), testing::Not(IsEmpty())) << breaks[i];
+        for (const local::CatalogueRule& rule : local::catalogueRules())
+            if (sqlInteger(home, rule.count) > 0)
+                runSql(home, rule.mend);
+        EXPECT_THAT(faults(), IsEmpty()) << breaks[i];
+    }
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM album_member WHERE listed"), 3);
+    EXPECT_EQ(listedIdentifiers().size(), 3U);
+}
+
+TEST_F(VerificationOf, ADamagedCatalogueIsSaid) {
+    runSql(home, "PRAGMA wal_checkpoint(TRUNCATE)");
+    std::string bytes = readBytes(home.library() / "library.db");
+    for (std::size_t page = 2; page < bytes.size() / 4096; ++page)
+        bytes.replace(page * 4096, 200, std::string(200, 'x'));
+    std::filesystem::create_directory(home.file("copy"));
+    writeText(home.file("copy") / "library.db", bytes);
+    const auto result = local::verifyLibrary(home.file("copy").string(), {});
+    ASSERT_FALSE(result.findings.empty());
+    EXPECT_EQ(result.findings.front().kind, Finding::Kind::catalogue);
+}
+
+TEST_F(VerificationOf, GoesOnWhereItStopped) {
+    std::filesystem::remove(originalOf(2));
+    int looks = 0;
+    local::VerificationOptions options;
+    std::int64_t row = 0;
+    options.progress = [&](std::int64_t, std::int64_t, std::int64_t, const auto&) { ++looks; };
+    options.stop = [&] { return looks >= 1; };
+    const Verification first = verified(options);
+    EXPECT_FALSE(first.complete);
+    row = first.row;
+    options = {};
+    options.after = row;
+    const Verification second = verified(options);
+    EXPECT_TRUE(second.complete);
+    EXPECT_EQ(second.findings.size(), 1U);
+}
+
+TEST_F(VerificationOf, WhatAHostDeletesMeanwhileIsNotReported) {
+    local::VerificationOptions options;
+    options.progress = [&](std::int64_t files, std::int64_t, std::int64_t, const auto&) {
+        if (files != 1)
+            return;
+        const int child = inChild([&] {
+            runSql(home, "DELETE FROM asset WHERE n > 1");
+            listed(); // opens the library, which removes the files
+        });
+        EXPECT_EQ(child, 0);
+    };
+    const Verification result = verified(options);
+    EXPECT_TRUE(result.complete);
+    EXPECT_THAT(result.findings, IsEmpty());
+}
+
+} // namespace
