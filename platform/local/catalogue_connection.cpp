@@ -20,6 +20,8 @@ namespace {
         sentence = "There is no space left for the library's catalogue (" + reason + ").";
     if (primary == SQLITE_READONLY)
         sentence = "The photo library is read-only.";
+    if ((primary == SQLITE_BUSY || primary == SQLITE_PROTOCOL) && lockingError() != 0)
+        throw systemError("The library's catalogue could not be locked", lockingError());
     throw LibraryError(sqliteErrorDomain, code, std::move(sentence));
 }
 
@@ -28,8 +30,10 @@ void check(sqlite3* database, int code) {
         fail(database, code);
 }
 
-// Short waits first, since most writers are done within a millisecond; never gives up.
+// Short waits first, since most writers are done within a millisecond; never gives up on others.
 int waitForOtherProcess(void*, int attempts) {
+    if (lockingError() != 0)
+        return 0;
     using namespace std::chrono_literals;
     const auto pause = attempts < 20 ? 100us : attempts < 100 ? 1000us : 5000us;
     std::this_thread::sleep_for(pause);

@@ -2,6 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstdarg>
 #include <cstring>
 
 namespace local {
@@ -35,11 +39,40 @@ int accessFile(sqlite3_vfs*, const char* name, int flags, int* result) {
     return system->xAccess(system, name, flags, result);
 }
 
+thread_local int errorOfLastLock = 0;
+
+// What SQLite locks with. A file system that cannot lock answers ENOLCK or EIO.
+int controlFile(int file, int command, ...) {
+    std::va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    const int answer = fcntl(file, command, argument);
+    if (command == F_SETLK) {
+        const bool othersHoldIt = errno == EAGAIN || errno == EACCES || errno == EINTR;
+        errorOfLastLock = answer == -1 && !othersHoldIt ? errno : 0;
+    }
+    return answer;
+}
+
+// SQLite waits for a lock for up to ten seconds of its own, which is in vain where nothing can be
+// locked.
+int sleepFor(sqlite3_vfs*, int microseconds) {
+    sqlite3_vfs* system = systemVfs();
+    return errorOfLastLock != 0 ? microseconds : system->xSleep(system, microseconds);
+}
+
 } // namespace
+
+int lockingError() noexcept {
+    return errorOfLastLock;
+}
 
 const char* catalogueVfsName() {
     static sqlite3_vfs* const vfs = [] {
         sqlite3_initialize();
+        systemVfs()->xSetSystemCall(systemVfs(), "fcntl",
+                                    reinterpret_cast<sqlite3_syscall_ptr>(controlFile));
         // Never freed: SQLite keeps it registered until the process ends.
         auto* made = new sqlite3_vfs(*systemVfs());
         made->pNext = nullptr;
@@ -48,6 +81,7 @@ const char* catalogueVfsName() {
         made->xFullPathname = keepPathname;
         made->xDelete = deleteFile;
         made->xAccess = accessFile;
+        made->xSleep = sleepFor;
         sqlite3_vfs_register(made, 0);
         return made;
     }();

@@ -8,4 +8,8 @@ namespace local {
 // refuses from 512 bytes on.
 const char* catalogueVfsName();
 
+// The errno with which the system refused this thread's last lock, unless somebody else held it;
+// 0: it did not. SQLite reports both as busy, but only one of them ends by waiting.
+int lockingError() noexcept;
+
 } // namespace local

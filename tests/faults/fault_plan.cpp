@@ -40,11 +40,12 @@ namespace {
 bool befalls(Kind kind, unsigned does) {
     switch (kind) {
     case Kind::none:
-        return true;
     case Kind::ioOnce:
     case Kind::ioOn:
     case Kind::retry:
-        return (does & locks) == 0;
+        return true;
+    case Kind::lockOn:
+        return (does & locks) != 0;
     case Kind::spaceOnce:
     case Kind::spaceOn:
         return (does & needsSpace) != 0;
@@ -63,7 +64,8 @@ bool befalls(Kind kind, unsigned does) {
 }
 
 bool lasts(Kind kind) {
-    return kind == Kind::ioOn || kind == Kind::spaceOn || kind == Kind::deniedOn;
+    return kind == Kind::ioOn || kind == Kind::lockOn || kind == Kind::spaceOn ||
+           kind == Kind::deniedOn;
 }
 
 int errorOf(Kind kind) {
@@ -75,6 +77,8 @@ int errorOf(Kind kind) {
     case Kind::deniedOnce:
     case Kind::deniedOn:
         return EACCES;
+    case Kind::lockOn:
+        return ENOLCK;
     default:
         return EIO;
     }
@@ -102,9 +106,9 @@ void noteFirst(State& now, const char* function, std::string_view path) {
 
 std::string_view nameOf(Kind kind) {
     constexpr std::array<std::string_view, allKinds.size() + 1> names{
-        "none",         "io-once",     "io-on",      "space-once", "space-on",
-        "short-write",  "denied-once", "denied-on",  "retry",      "kill-kept",
-        "kill-dropped", "kill-torn",   "kill-beside"};
+        "none",        "io-once",      "io-on",     "space-once", "space-on",
+        "short-write", "denied-once",  "denied-on", "lock-on",    "retry",
+        "kill-kept",   "kill-dropped", "kill-torn", "kill-beside"};
     return names[static_cast<std::size_t>(kind)];
 }
 

@@ -25,16 +25,17 @@ enum class Kind {
     shortWrite, // half of a write is written, then there is no more room for anything
     deniedOnce, // EACCES, where a path is named
     deniedOn,
+    lockOn,      // ENOLCK for this lock and every later one
     retry,       // EIO once; the method is repeated; then the power fails
     killKept,    // the process is killed; what it wrote stays
     killDropped, // the power fails: everything that was not synced is gone
     killTorn,    // likewise, but any part of it may have reached the disk
     killBeside,  // as killKept, while another process has the library open and outlives this one
 };
-inline constexpr std::array allKinds{Kind::ioOnce,      Kind::ioOn,       Kind::spaceOnce,
-                                     Kind::spaceOn,     Kind::shortWrite, Kind::deniedOnce,
-                                     Kind::deniedOn,    Kind::retry,      Kind::killKept,
-                                     Kind::killDropped, Kind::killTorn,   Kind::killBeside};
+inline constexpr std::array allKinds{
+    Kind::ioOnce,      Kind::ioOn,     Kind::spaceOnce, Kind::spaceOn, Kind::shortWrite,
+    Kind::deniedOnce,  Kind::deniedOn, Kind::lockOn,    Kind::retry,   Kind::killKept,
+    Kind::killDropped, Kind::killTorn, Kind::killBeside};
 
 std::string_view nameOf(Kind kind);
 bool kills(Kind kind);
@@ -45,7 +46,7 @@ enum Does : unsigned {
     needsSpace = 1,  // may find the disk full
     namesPath = 2,   // may be denied
     changes = 4,     // what a later process sees is changed by it
-    locks = 8,       // a lock: fails with ENOLCK at most, which is left out
+    locks = 8,       // takes a lock
     writesBytes = 16 // may write less than asked for
 };
 

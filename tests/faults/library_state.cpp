@@ -141,7 +141,8 @@ void findStrangers(const fs::path& library, const std::set<std::string>& named,
         for (const auto& entry : fs::recursive_directory_iterator(library / folder)) {
             const std::string path = fs::relative(entry.path(), library).string();
             const bool shelf = entry.is_directory() && std::string_view(folder) != "incoming";
-            if (!shelf && !named.contains(path))
+            const bool mark = entry.path().filename() == ".photos-kit"; // of the folder itself
+            if (!shelf && !mark && !named.contains(path))
                 found.push_back("left behind: " + path);
         }
     }

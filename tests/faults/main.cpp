@@ -37,6 +37,9 @@ void work(Board& board, const std::filesystem::path& folder, const std::vector<M
         board.rows[i].seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         board.rows[i].swept = true;
+        if (options.verbose)
+            std::printf("%s: %.1f s\n", methods[i].name.c_str(), board.rows[i].seconds);
+        std::fflush(stdout);
     }
 }
 
@@ -124,6 +127,10 @@ int main(int count, char** arguments) {
             options.onlyKind = known;
     }
     const std::vector<Method> methods = chosen(only);
+    if (methods.empty() || (!kind.empty() && !options.onlyKind)) {
+        std::fputs("There is no such method or kind.\n", stderr);
+        return 2;
+    }
     auto* const board = new (mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE,
                                   MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Board;
     std::string base = (folder / "photos-kit-faults-XXXXXX").string();

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned longestRun = 60; // seconds; a run takes some hundredths
+constexpr unsigned longestRun = 20; // seconds; a run takes some hundredths
 
 void removeEmptyShelves(const fs::path& originals) {
     if (!fs::exists(originals))

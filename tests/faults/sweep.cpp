@@ -1,10 +1,15 @@
 #include "tests/faults/sweep.h"
 
 #include <cstdio>
+#include <limits>
 
 namespace faults {
 
 namespace {
+
+constexpr std::uint64_t mostPointsInBrief = 2;
+constexpr std::uint64_t mostRecoveries = 6;        // of a method and a kind of kill
+constexpr std::uint64_t mostPointsInRecovery = 12; // for each kind of fault
 
 class MethodSweep {
 public:
@@ -26,27 +31,36 @@ public:
     }
 
 private:
+    // The run that the fault does not reach is the last one: how many operations it could befall.
+    std::uint64_t pointsOf(Kind kind, const Trial& trial, const std::string& origin) {
+        const Plan beyond{kind, std::numeric_limits<std::uint64_t>::max(), options_.seed};
+        const Outcome outcome = workplace_.run(trial, beyond);
+        judge(outcome, beyond, origin);
+        return outcome.operations;
+    }
+
     void sweepKind(Kind kind) {
-        const std::uint64_t step = options_.brief ? 7 : 1;
-        const std::uint64_t first = options_.onlyPoint ? options_.onlyPoint
-                                    : options_.brief   ? 1 + options_.seed % step
-                                                       : 1;
-        for (std::uint64_t point = first;; point += step) {
+        const std::uint64_t points = pointsOf(kind, trial_, "");
+        const std::uint64_t step = options_.brief ? points / mostPointsInBrief + 1 : 1;
+        const std::uint64_t recoveryStep =
+            step * (points / step / (options_.brief ? 1 : mostRecoveries) + 1);
+        // A background thread may add to what was counted: a run beyond the end does no harm.
+        for (std::uint64_t point = 1 + options_.seed % step; point <= points + step;
+             point += step) {
+            if (options_.onlyPoint != 0 && point != options_.onlyPoint)
+                continue;
             const Plan plan{kind, point, options_.seed + point};
             const Outcome outcome = workplace_.run(trial_, plan);
             judge(outcome, plan, "");
-            if (kills(kind) && kind != Kind::killBeside && outcome.bad.empty())
+            const bool recovers = kills(kind) && kind != Kind::killBeside && outcome.bad.empty() &&
+                                  (point / step % (recoveryStep / step) == 0 || options_.onlyPoint);
+            if (recovers)
                 sweepRecovery(plan);
-            if (!outcome.fired || options_.onlyPoint)
-                return;
         }
     }
 
     // The library as the kill left it is opened, and that fails or is killed in its turn.
     void sweepRecovery(const Plan& first) {
-        const std::uint64_t stride = options_.brief ? 23 : 4;
-        if (first.point % stride != 1 && !options_.onlyPoint)
-            return;
         // What was judged has been opened already: the run is made once more.
         Trial recovery = trial_;
         recovery.original = workplace_.leftBy(trial_, first);
@@ -57,20 +71,18 @@ private:
             " after " + std::string(nameOf(first.kind)) + " " + std::to_string(first.point);
         for (const Kind kind : {Kind::ioOnce, Kind::ioOn, Kind::spaceOn, Kind::deniedOn,
                                 Kind::killKept, Kind::killDropped, Kind::killTorn}) {
-            const std::uint64_t step = options_.brief ? 41 : kills(kind) ? 1 : 3;
-            for (std::uint64_t point = 1 + first.point % step;; point += step) {
+            const std::uint64_t points = pointsOf(kind, recovery, origin);
+            const std::uint64_t step = points / (options_.brief ? 1 : mostPointsInRecovery) + 1;
+            for (std::uint64_t point = 1 + first.point % step; point <= points; point += step) {
                 const Plan plan{kind, point, options_.seed + point};
-                const Outcome outcome = workplace_.run(recovery, plan);
-                ++tally_.recoveries;
-                judge(outcome, plan, origin);
-                if (!outcome.fired)
-                    break;
+                judge(workplace_.run(recovery, plan), plan, origin);
             }
         }
     }
 
     void judge(const Outcome& outcome, const Plan& plan, const std::string& origin) {
         ++tally_.runs;
+        tally_.recoveries += origin.empty() ? 0 : 1;
         const std::size_t newest = trial_.states.newest();
         if (outcome.state == newest)
             ++tally_.newState;
