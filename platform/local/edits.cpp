@@ -89,6 +89,8 @@ void PreparedEdit::insert(CatalogueConnection& connection) const {
 }
 
 std::size_t revertEdits(const std::vector<std::string>& identifiers) {
+    // Opened before: what is committed is no failure any more.
+    const std::shared_ptr<Library> library = Library::open();
     std::size_t reverted = 0;
     carryOutSteps({[&](CatalogueConnection& connection) {
         Statement edited = connection.statement(
@@ -102,7 +104,7 @@ std::size_t revertEdits(const std::vector<std::string>& identifiers) {
             ++reverted;
         }
     }});
-    removeDiscardedFiles(*Library::open());
+    removeDiscardedFiles(*library);
     return reverted;
 }
 

@@ -63,6 +63,8 @@ std::size_t restoreFromTrash(const std::vector<std::string>& identifiers) {
 }
 
 std::size_t emptyTrash(std::int64_t before) {
+    // Opened before: what is committed is no failure any more.
+    const std::shared_ptr<Library> library = Library::open();
     std::size_t emptied = 0;
     carryOutSteps({[&](CatalogueConnection& connection) {
         connection
@@ -72,7 +74,7 @@ std::size_t emptyTrash(std::int64_t before) {
             .run();
         emptied = static_cast<std::size_t>(connection.changes());
     }});
-    removeDiscardedFiles(*Library::open());
+    removeDiscardedFiles(*library);
     return emptied;
 }
 

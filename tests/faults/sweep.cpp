@@ -53,6 +53,7 @@ private:
             const Outcome outcome = workplace_.run(trial_, plan);
             judge(outcome, plan, "");
             const bool recovers = kills(kind) && kind != Kind::killBeside && outcome.bad.empty() &&
+                                  (!options_.brief || kind == Kind::killDropped) &&
                                   (point / step % (recoveryStep / step) == 0 || options_.onlyPoint);
             if (recovers)
                 sweepRecovery(plan);
