@@ -47,6 +47,7 @@ void describe(tool::Tool& tool) {
     tool::addAccess(tool);
     tool::addSettings(tool);
     tool::addVerify(tool);
+    tool::addRepair(tool);
 }
 
 int sayWhatIsWrong(const tool::Tool& tool, const CLI::ParseError& misuse) {
