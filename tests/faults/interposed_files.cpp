@@ -72,6 +72,7 @@ int control(int file, int command, void* argument) {
 void* map(void* where, std::size_t length, int protection, int flags, int file, off_t offset) {
     if (file >= 0 && failsOn("mmap", file, reads))
         return MAP_FAILED;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the system answers
     return reinterpret_cast<void*>(
         raw::call(SYS_mmap, where, length, protection, flags, file, offset));
 }

@@ -104,6 +104,7 @@ bool print(const Board& board, const std::vector<Method>& methods, bool markdown
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the program, as it should
 int main(int count, char** arguments) {
     CLI::App app{"Fails and kills the embedded library at every file operation."};
     SweepOptions options;

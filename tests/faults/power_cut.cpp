@@ -44,7 +44,7 @@ void removeTree(const std::string& path) {
     }
     for (const std::string& name : names) {
         if (name != "." && name != "..")
-            removeTree(path + "/" + name);
+            removeTree(std::string(path).append("/").append(name));
     }
     raw::call(SYS_close, folder);
     raw::call(SYS_unlinkat, AT_FDCWD, path.c_str(), AT_REMOVEDIR);

@@ -48,6 +48,11 @@ void require(bool done, const char* what) {
     std::abort();
 }
 
+void touch(const fs::path& path) {
+    const std::ofstream made(path);
+    require(made.good(), "a marker");
+}
+
 // As 2021-03-04 05:06:07, so that the capture date does not change from run to run.
 void setTime(const fs::path& path, long second) {
     const timespec time{1614834367 + second, 0};
@@ -182,13 +187,13 @@ Names prepareLeftBehind() {
     };
     const std::string original = local::uppercaseText(local::randomUuid()) + ".jpg";
     copyTo(library / "originals" / original.substr(0, 2) / original);
-    std::ofstream(library / "incoming" / (original + ".importing"));
+    touch(library / "incoming" / (original + ".importing"));
     const std::string part = local::uppercaseText(local::randomUuid()) + ".jpg";
     copyTo(library / "incoming" / part);
-    std::ofstream(library / "incoming" / (part + ".importing"));
+    touch(library / "incoming" / (part + ".importing"));
     const std::string render = local::uppercaseText(local::randomUuid()) + ".jpg";
     copyTo(library / "renders" / render.substr(0, 2) / render);
-    std::ofstream(library / "incoming" / (render + ".editing"));
+    touch(library / "incoming" / (render + ".editing"));
     copyTo(library / "incoming" / (local::uppercaseText(local::randomUuid()) + ".edit") /
            "rendered.jpg");
     const std::string discarded = local::uppercaseText(local::randomUuid()) + ".jpg";

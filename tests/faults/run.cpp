@@ -176,7 +176,7 @@ std::string Workplace::describeAfter(const Trial& trial,
     renew(trial.original);
     inProcess([&] { action(trial.names); });
     std::vector<std::string> bad;
-    const std::string description = describeFresh(trial, bad);
+    std::string description = describeFresh(trial, bad);
     for (const std::string& fault : bad)
         std::fprintf(stderr, "without any fault: %s\n", fault.c_str());
     if (!bad.empty())
