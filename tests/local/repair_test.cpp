@@ -1,0 +1,126 @@
+// Repairs: dry by default, nothing unlinked, nothing taken that somebody is still working on.
+#include "tests/local/support.h"
+
+#include "platform/local/file_store.h"
+#include "platform/local/maintenance/repair.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+using namespace support;
+using local::RepairStep;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class RepairOf : public testing::Test {
+protected:
+    const ScratchHome home;
+    std::vector<std::string> identifiers;
+
+    void SetUp() override {
+        for (const int seed : {1, 2})
+            identifiers.push_back(
+                *importFile(writePicture(home.file("a.jpg"), 64, 48, seed)).identifier);
+    }
+
+    fs::path originalOf(std::size_t which) const {
+        const std::string name = storedAs(home, identifiers[which]);
+        return home.library() / "originals" / name.substr(0, 2) / name;
+    }
+
+    // "outcome subject", each.
+    std::vector<std::string> repaired(bool apply = true, const std::string& backup = "") const {
+        local::RepairOptions options;
+        options.apply = apply;
+        options.backup = backup;
+        std::vector<std::string> all;
+        for (const RepairStep& step : local::repairLibrary(home.library().string(), options).steps)
+            all.push_back(local::nameOf(step.outcome) + " " +
+                          fs::path(step.subject).filename().string());
+        return all;
+    }
+
+    std::size_t faults() const {
+        return local::verifyLibrary(home.library().string(), {}).findings.size();
+    }
+};
+
+TEST_F(RepairOf, IsDryUnlessItIsWanted) {
+    EXPECT_THAT(repaired(), IsEmpty());
+    writeText(home.library() / "originals" / "AA" / "stray", "stray");
+    runSql(home, "UPDATE library SET listed = 9");
+    EXPECT_THAT(repaired(false), UnorderedElementsAre("planned stray", "planned the library"));
+    EXPECT_EQ(faults(), 2U);
+    EXPECT_FALSE(fs::exists(home.library() / "quarantine"));
+    EXPECT_THAT(repaired(), UnorderedElementsAre("done stray", "done the library"));
+    EXPECT_EQ(faults(), 0U);
+    EXPECT_EQ(readBytes(home.library() / "quarantine" / "stray"), "stray");
+    EXPECT_EQ(sqlInteger(home, "SELECT listed FROM library"), 2);
+}
+
+TEST_F(RepairOf, ALostFileComesBackFromWhereItStrayed) {
+    const std::string bytes = readBytes(originalOf(0));
+    fs::rename(originalOf(0), home.library() / "originals" / "AA" / "strayed");
+    EXPECT_THAT(repaired(false), testing::SizeIs(2));
+    repaired();
+    EXPECT_EQ(faults(), 0U);
+    EXPECT_EQ(readBytes(originalOf(0)), bytes);
+}
+
+TEST_F(RepairOf, ADamagedFileGoesToQuarantineWhenTheBackupHasItWhole) {
+    const std::string bytes = readBytes(originalOf(0));
+    fs::copy(home.library(), home.file("backup"), fs::copy_options::recursive);
+    fs::resize_file(originalOf(0), 20);
+    fs::remove(originalOf(1));
+    const std::string name = originalOf(0).filename().string();
+    EXPECT_THAT(repaired(),
+                UnorderedElementsAre("impossible " + name,
+                                     "impossible " + originalOf(1).filename().string()));
+    EXPECT_EQ(fs::file_size(originalOf(0)), 20U); // better than nothing
+    repaired(true, home.file("backup").string());
+    EXPECT_EQ(faults(), 0U);
+    EXPECT_EQ(readBytes(originalOf(0)), bytes);
+    EXPECT_EQ(fs::file_size(home.library() / "quarantine" / name), 20U);
+}
+
+TEST_F(RepairOf, ABackupThatIsDamagedToBringsNothing) {
+    fs::copy(home.library(), home.file("backup"), fs::copy_options::recursive);
+    const fs::path inBackup = home.file("backup") / fs::relative(originalOf(0), home.library());
+    std::string bytes = readBytes(inBackup);
+    bytes[30] = static_cast<char>(bytes[30] ^ 4);
+    fs::permissions(inBackup, fs::perms::owner_all);
+    writeText(inBackup, bytes);
+    fs::remove(originalOf(0));
+    EXPECT_THAT(repaired(true, home.file("backup").string()),
+                UnorderedElementsAre("impossible " + originalOf(0).filename().string()));
+    EXPECT_FALSE(fs::exists(originalOf(0)));
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM asset"), 2);
+}
+
+TEST_F(RepairOf, AFileOnItsWayInIsLeftAlone) {
+    const std::string name = local::uppercaseText(local::randomUuid()) + ".jpg";
+    const fs::path marker = home.library() / "incoming" / (name + ".importing");
+    writeText(marker, "");
+    const int held = open(marker.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(held, LOCK_EX), 0);
+    const fs::path placed = home.library() / "originals" / name.substr(0, 2) / name;
+    fs::create_directories(placed.parent_path());
+    writeText(placed, "just placed, not committed yet");
+    EXPECT_THAT(repaired(), IsEmpty());
+    EXPECT_TRUE(fs::exists(placed));
+    close(held);
+}
+
+TEST_F(RepairOf, AbsenceOfEverythingIsNotJudged) {
+    fs::rename(home.library() / "originals", home.file("unmounted"));
+    fs::create_directory(home.library() / "originals");
+    EXPECT_THROW(repaired(), local::LibraryError);
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM asset"), 2);
+    EXPECT_FALSE(fs::exists(home.library() / "quarantine"));
+}
+
+} // namespace
