@@ -2,6 +2,7 @@
 
 #include "platform/asset.h"
 #include "platform/local/library.h"
+#include "platform/local/maintenance/verification.h"
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -206,6 +207,11 @@ std::vector<std::string> faultsOfLibrary(const fs::path& library, bool strangers
     findStrangers(library, named, found);
     if (const auto left = connection->integer("SELECT count(*) FROM discarded_file"); left != 0)
         found.push_back("discarded files not forgotten: " + std::to_string(left));
+    const local::Verification verification = local::verifyLibrary(library.string(), {});
+    for (const local::Finding& finding : verification.findings)
+        found.push_back("verification: " + finding.sentence);
+    if (verification.leftOver != 0 || !verification.complete)
+        found.push_back("verification: files are left over, or it stopped");
     return found;
 }
 

@@ -3,6 +3,7 @@
 #include "bridge/entry_points.h"
 #include "platform/local/edits.h"
 #include "platform/local/library.h"
+#include "platform/local/maintenance/repair.h"
 #include "platform/local/settings.h"
 #include "platform/local/trash.h"
 #include "tests/core/jni_double.h"
@@ -151,6 +152,23 @@ Report foldLog(const Names&) {
     });
 }
 
+// Done when every step is, as the command says it.
+Report repair(const Names&) {
+    local::RepairOptions options;
+    options.apply = true;
+    Report report;
+    try {
+        const Place here{pathInHome("")};
+        const auto repaired = local::repairLibrary(here.library(), options);
+        report.success = repaired.complete && !repaired.steps.empty();
+        for (const local::RepairStep& step : repaired.steps)
+            report.success = report.success && step.outcome == local::RepairStep::Outcome::done;
+    } catch (const local::LibraryError&) {
+        return {};
+    }
+    return report;
+}
+
 constexpr auto farFuture = std::numeric_limits<std::int64_t>::max();
 
 std::vector<Method> makeMethods() {
@@ -180,6 +198,11 @@ std::vector<Method> makeMethods() {
          .run = openLibrary,
          .opensFirst = false,
          .refused = true},
+        {.name = "repair",
+         .prepare = prepareDamaged,
+         .run = repair,
+         .between = {[](const Names&) { mendCount(); }, takeStrayAway},
+         .damaged = true},
         {.name = "import", .prepare = prepareUsual, .run = import, .emptyShelves = true},
         {.name = "import-two",
          .prepare = prepareUsual,

@@ -41,6 +41,8 @@ struct Method {
     bool partialSuccess = false;
     // The library must not open, and nothing in it may change.
     bool refused = false;
+    // The library is damaged to begin with: what is found is part of its state.
+    bool damaged = false;
     // A library has 256 shelves for originals from the start; runs are shorter without the empty
     // ones, as in a library whose owner has tidied up.
     bool emptyShelves = false;

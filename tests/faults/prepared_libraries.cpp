@@ -204,6 +204,28 @@ Names prepareLeftBehind() {
     return names;
 }
 
+Names prepareDamaged() {
+    Names names = prepareUsual();
+    const std::string stray = local::uppercaseText(local::randomUuid()) + ".jpg";
+    names["stray"] = "originals/" + stray.substr(0, 2) + "/" + stray;
+    const fs::path path = here().library() / names["stray"];
+    fs::create_directories(path.parent_path());
+    fs::copy_file(pathInHome("import.jpg"), path);
+    setTime(path, 0); // a young one may belong to an import at work
+    const auto connection = local::Library::open()->connectionForChanges();
+    connection->execute("UPDATE library SET listed = listed + 5");
+    return names;
+}
+
+void mendCount() {
+    const auto connection = local::Library::open()->connectionForChanges();
+    connection->execute("UPDATE library SET listed = listed - 5");
+}
+
+void takeStrayAway(const Names& names) {
+    fs::remove(here().library() / names.at("stray"));
+}
+
 Names prepareWithoutCatalogue() {
     prepareUsual();
     for (const char* name : {"library.db", "library.db-wal", "library.db-shm"})

@@ -22,6 +22,10 @@ Names prepareUsual();
 Names prepareLeftBehind();
 // Originals whose catalogue is gone.
 Names prepareWithoutCatalogue();
+// The usual one with a count that is wrong, and a file that no row names: "stray", by its path.
+Names prepareDamaged();
+void mendCount();
+void takeStrayAway(const Names& names);
 // Three assets in a catalogue of an earlier version.
 Names prepareOlder(std::size_t version);
 // Nothing at all.

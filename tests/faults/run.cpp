@@ -149,9 +149,14 @@ int Workplace::inProcess(const std::function<void()>& body) {
 // Within a run's own process.
 void Workplace::describe(const Trial& trial, bool strangers) {
     try {
-        shared_->tell(describeLibrary());
-        for (const std::string& fault : faultsOfLibrary(place().library(), strangers))
-            shared_->complain(fault);
+        std::string description = describeLibrary();
+        for (const std::string& fault : faultsOfLibrary(place().library(), strangers)) {
+            if (trial.damaged)
+                description.append("found ").append(fault).append("\n");
+            else
+                shared_->complain(fault);
+        }
+        shared_->tell(description);
     } catch (const std::exception& error) {
         shared_->tell(std::string("does not open: ") + error.what() +
                       namesBelow(place().library()));
@@ -196,6 +201,7 @@ Trial Workplace::prepare(const Method& method) {
     Trial trial{.run = method.run, .opensFirst = method.opensFirst};
     trial.partialSuccess = method.partialSuccess;
     trial.refused = method.refused;
+    trial.damaged = method.damaged;
     std::istringstream lines(shared_->description);
     for (std::string name, identifier;
          std::getline(lines, name, '=') && std::getline(lines, identifier);)
@@ -263,7 +269,7 @@ void Workplace::runMethod(const Trial& trial, const Plan& plan) {
         endByPlan();
     }
     // The process must be able to go on.
-    describe(trial, false);
+    describe(trial, trial.damaged);
 }
 
 Outcome Workplace::run(const Trial& trial, const Plan& plan) {

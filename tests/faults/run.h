@@ -30,6 +30,7 @@ struct Trial {
     States states;
     bool opensFirst = true;
     bool mustReachNew = true;    // when it reports success
+    bool damaged = false;        // what is found wrong with it belongs to its state
     bool refused = false;        // the library must not open
     bool partialSuccess = false; // success may leave a part undone, as the method's contract says
 };

@@ -134,16 +134,25 @@ bool LibraryReader::isDiscarded(const std::string& path) {
     return row.bind(1, path).step();
 }
 
-std::vector<std::string> entriesOf(int library, const std::string& path) {
+std::vector<std::string> entriesOf(int library, const std::string& path, int* error) {
     std::vector<std::string> names;
+    int unread = 0;
+    if (!error)
+        error = &unread;
     const int fd = openat(library, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* const folder = fd >= 0 ? fdopendir(fd) : nullptr;
     if (!folder) {
+        *error = errno;
         if (fd >= 0)
             close(fd);
         return names;
     }
-    while (const dirent* entry = readdir(folder)) {
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = readdir(folder);
+        *error = errno;
+        if (!entry)
+            break;
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..")
             names.emplace_back(name);

@@ -4,6 +4,8 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace local {
 
 namespace {
@@ -22,10 +24,21 @@ bool isAccountedFor(LibraryReader& reader, Stored kind, const std::string& name)
            reader.namesFile(kind, name);
 }
 
+// What cannot be listed is a finding: nobody knows what lies in it.
+std::vector<std::string> listed(LibraryReader& reader, const std::string& path,
+                                Verification& result) {
+    int error = 0;
+    std::vector<std::string> names = entriesOf(reader.folder(), path, &error);
+    if (error != 0 && error != ENOENT)
+        result.findings.push_back({Finding::Kind::unreadable, path, "",
+                                   systemError("The folder could not be listed", error).what()});
+    return names;
+}
+
 void lookThroughShelf(LibraryReader& reader, Stored kind, const std::string& shelf,
                       Verification& result) {
     const std::string folder = std::string(folderOf(kind)) + "/" + shelf;
-    for (const std::string& name : entriesOf(reader.folder(), folder)) {
+    for (const std::string& name : listed(reader, folder, result)) {
         const std::string path = folder + "/" + name;
         if (name.substr(0, 2) == shelf && isAccountedFor(reader, kind, name))
             continue;
@@ -44,7 +57,7 @@ bool isLeftOver(int library, const std::string& path) {
 }
 
 void lookThroughIncoming(LibraryReader& reader, Verification& result) {
-    for (const std::string& name : entriesOf(reader.folder(), "incoming")) {
+    for (const std::string& name : listed(reader, "incoming", result)) {
         const std::string path = "incoming/" + name;
         if (uuidFromText(std::string_view(name).substr(0, 36)))
             result.leftOver += isLeftOver(reader.folder(), path) ? 1 : 0;
@@ -63,7 +76,7 @@ bool isUnnamed(LibraryReader& reader, Stored kind, const std::string& name) {
 
 void findStrayFiles(LibraryReader& reader, Verification& result) {
     for (const Stored kind : {Stored::original, Stored::render}) {
-        for (const std::string& shelf : entriesOf(reader.folder(), std::string(folderOf(kind)))) {
+        for (const std::string& shelf : listed(reader, std::string(folderOf(kind)), result)) {
             if (shelf != storeMarkerName)
                 lookThroughShelf(reader, kind, shelf, result);
         }
