@@ -1,4 +1,5 @@
 // How the library comes to be, and what is refused instead of being touched.
+#include "tests/local/collections_support.h"
 #include "tests/local/support.h"
 
 #include "platform/local/catalogue_schema.h"
@@ -217,4 +218,34 @@ TEST(SchemaSteps, AnOlderCatalogueIsBroughtUpToDateAndKeepsItsRows) {
     EXPECT_EQ(sqlInteger(home, "PRAGMA user_version"), released + 1);
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM later"), 4);
     EXPECT_THROW(local::prepareSchema(connection, local::schemaSteps()), local::LibraryError);
+}
+
+// The number is 10,000 in the deep check.
+TEST(LibraryOpening, OpeningAndClosingInTurnsLeavesNothingBehind) {
+    const char* const wanted = std::getenv("PHOTOS_KIT_ALTERNATIONS");
+    const int turns = wanted ? std::atoi(wanted) : 100;
+    const ScratchHome home;
+    const ScratchHome second; // is HOME from here on
+    const auto openDescriptors = [] {
+        const fs::directory_iterator all("/proc/self/fd");
+        return std::distance(begin(all), end(all));
+    };
+    const auto take = [](const ScratchHome& one, int added) {
+        setenv("HOME", one.path().c_str(), 1); // opening the one closes the other
+        EXPECT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+        addBareAssets(one, added, 0, 1);
+    };
+    take(second, 5);
+    take(home, 3);
+    const auto before = openDescriptors();
+    for (int turn = 0; turn < turns && !testing::Test::HasFailure(); ++turn) {
+        const bool first = turn % 2 == 0;
+        setenv("HOME", (first ? home : second).path().c_str(), 1);
+        ASSERT_EQ(listed().count(), first ? 3U : 5U) << turn;
+        if (turn % 16 == 0)
+            newAlbum("Album"); // so that there is a log to close
+    }
+    EXPECT_LE(openDescriptors(), before + 2);
+    for (const ScratchHome* one : {&home, &second})
+        EXPECT_EQ(sqlText(*one, "PRAGMA integrity_check"), "ok");
 }
