@@ -48,6 +48,7 @@ void describe(tool::Tool& tool) {
     tool::addSettings(tool);
     tool::addVerify(tool);
     tool::addRepair(tool);
+    tool::addBackup(tool);
 }
 
 int sayWhatIsWrong(const tool::Tool& tool, const CLI::ParseError& misuse) {

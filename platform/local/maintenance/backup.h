@@ -7,6 +7,8 @@
 // work on the library all the while.
 #pragma once
 
+#include "platform/local/maintenance/verification.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -27,29 +29,23 @@ struct BackupOptions {
     std::function<bool()> stop;
 };
 
-// A file that the library itself has no longer, or not as it was stored.
-struct BackupProblem {
-    std::string path; // in the library
-    std::string asset;
-    std::string sentence;
-};
-
 struct Backup {
-    std::int64_t copied = 0;  // files, each read back and found right
-    std::int64_t linked = 0;  // likewise
-    std::int64_t present = 0; // files that were there already
-    std::int64_t bytes = 0;   // of the copied ones
-    std::int64_t assets = 0;  // in the catalogue of the backup
-    std::int64_t setAside = 0; // files of assets that were deleted since the last backup, or of
-                               // former edits: moved to "quarantine" in the backup
-    std::vector<BackupProblem> problems;
+    std::int64_t copied = 0;   // files, each read back and found right
+    std::int64_t linked = 0;   // likewise
+    std::int64_t bytes = 0;    // of both
+    std::int64_t present = 0;  // files that were there already
+    std::int64_t setAside = 0; // files that the library no longer has, of deleted assets for
+                               // instance: moved to "quarantine" in the backup
+    // Files that neither the library nor the backup has as they were stored. A damaged one goes to
+    // "quarantine" in the backup, in case it is all there is.
+    std::vector<Finding> findings;
     bool complete = false; // false: stopped; the earlier backup, if any, is in force
 };
 
 // Backs up the library in the folder `library` into the folder `destination`, which is made where
-// it is missing, must be empty or an earlier backup of the same library, and must lie outside the
-// library. Throws LibraryError when that is not so and when copying fails, for want of room for
-// instance; then, and after a kill, the same call goes on with what is there.
+// it is missing (but not the one above it), must be empty or an earlier backup of the same library,
+// and must lie outside the library. Throws LibraryError when that is not so and when copying fails,
+// for want of room for instance; then, and after a kill, the same call goes on with what is there.
 Backup backUpLibrary(const std::string& library, const std::string& destination,
                      const BackupOptions& options);
 

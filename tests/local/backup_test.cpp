@@ -1,0 +1,265 @@
+// Backups: whole, incremental, kept through kills and full disks, and never made of the wrong
+// thing.
+#include "tests/local/support.h"
+
+#include "platform/local/maintenance/backup.h"
+#include "platform/local/trash.h"
+#include "platform/photo_library.h"
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <limits>
+
+using namespace support;
+using local::Backup;
+using local::BackupOptions;
+using local::Finding;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+namespace {
+
+class BackupOf : public testing::Test {
+protected:
+    const ScratchHome home;
+    const fs::path target = home.file("backup");
+    std::vector<std::string> identifiers;
+
+    void SetUp() override {
+        for (const char* name : {"a", "b", "c"})
+            import(name);
+    }
+
+    std::string import(const std::string& name) {
+        const auto picture = writePicture(home.file(name + ".jpg"), 64, 48, name[0]);
+        identifiers.push_back(importFile(picture).identifier.value());
+        return identifiers.back();
+    }
+
+    Backup backUp(const BackupOptions& options = {}) const {
+        return local::backUpLibrary(home.library().string(), target.string(), options);
+    }
+
+    std::string refusal(const fs::path& folder, const BackupOptions& options = {}) const {
+        try {
+            local::backUpLibrary(home.library().string(), folder.string(), options);
+        } catch (const local::LibraryError& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    void deleteForGood(const std::string& where) const {
+        runSql(home, "UPDATE asset SET trashed_at = 1 WHERE " + where);
+        local::emptyTrash(std::numeric_limits<std::int64_t>::max());
+    }
+
+    std::string pathOf(std::size_t which) const {
+        const std::string name = storedAs(home, identifiers[which]);
+        return "originals/" + name.substr(0, 2) + "/" + name;
+    }
+
+    // What the library in this folder is found to be: complaints, and how many files it has.
+    static std::vector<std::string> faultsOf(const fs::path& library, std::int64_t files) {
+        const local::Verification result = local::verifyLibrary(library.string(), {});
+        std::vector<std::string> all;
+        for (const Finding& finding : result.findings)
+            all.push_back(local::nameOf(finding.kind) + " " + finding.subject);
+        if (result.files != files)
+            all.push_back(std::to_string(result.files) + " files");
+        return all;
+    }
+};
+
+void flipAByte(const fs::path& path) {
+    std::string bytes = readBytes(path);
+    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 1);
+    writeText(path, bytes);
+}
+
+TEST_F(BackupOf, IsALibraryThatOpensInTheOnesPlace) {
+    const Backup first = backUp();
+    EXPECT_TRUE(first.complete);
+    EXPECT_EQ(first.copied, 3);
+    EXPECT_THAT(first.findings, IsEmpty());
+    EXPECT_THAT(faultsOf(target, 3), IsEmpty());
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_all);
+    const auto before = listedIdentifiers();
+    const ScratchHome other;
+    fs::create_directories(other.path() / "Pictures");
+    fs::copy(target, other.library(), fs::copy_options::recursive);
+    EXPECT_EQ(listedIdentifiers(), before);
+    EXPECT_TRUE(importFile(home.file("a.jpg")).identifier);
+    EXPECT_THAT(faultsOf(other.library(), 4), IsEmpty());
+}
+
+TEST_F(BackupOf, CopiesOnlyWhatIsNewAndSetsAsideWhatIsGone) {
+    backUp();
+    const std::string gone = storedAs(home, identifiers[0]);
+    import("d");
+    deleteForGood("n = 1");
+    const Backup second = backUp();
+    EXPECT_EQ(second.copied, 1);
+    EXPECT_EQ(second.present, 2);
+    EXPECT_EQ(second.setAside, 1);
+    EXPECT_THAT(faultsOf(target, 3), IsEmpty());
+    EXPECT_THAT(filesBelow(target / "quarantine"), ElementsAre(gone));
+    const Backup third = backUp();
+    EXPECT_EQ(third.copied + third.setAside, 0);
+    EXPECT_EQ(third.present, 3);
+}
+
+TEST_F(BackupOf, LinksWhereAskedTo) {
+    BackupOptions options;
+    options.link = true;
+    const Backup linked = backUp(options);
+    EXPECT_EQ(linked.linked, 3);
+    EXPECT_EQ(fs::hard_link_count(target / pathOf(0)), 2U);
+    deleteForGood("n = 1");
+    EXPECT_THAT(faultsOf(target, 3), IsEmpty());
+}
+
+TEST_F(BackupOf, KeepsGoodFilesAndNamesThoseThatNobodyHas) {
+    backUp();
+    import("d");
+    import("e");
+    flipAByte(home.library() / pathOf(0));
+    flipAByte(home.library() / pathOf(3));
+    fs::remove(home.library() / pathOf(4));
+    const Backup second = backUp();
+    EXPECT_TRUE(second.complete);
+    ASSERT_EQ(second.findings.size(), 2U);
+    EXPECT_EQ(second.findings[0].kind, Finding::Kind::damaged);
+    EXPECT_EQ(second.findings[0].subject, pathOf(3));
+    EXPECT_EQ(second.findings[1].kind, Finding::Kind::missing);
+    EXPECT_THAT(faultsOf(target, 5), ElementsAre("missing " + pathOf(3), "missing " + pathOf(4)));
+    EXPECT_EQ(filesBelow(target / "quarantine").size(), 1U);
+    // Damage in the backup is found when it is looked for, and mended from the library.
+    flipAByte(target / pathOf(1));
+    EXPECT_EQ(backUp().copied, 0);
+    BackupOptions options;
+    options.check = true;
+    EXPECT_EQ(backUp(options).copied, 1);
+    EXPECT_THAT(faultsOf(target, 5), ElementsAre("missing " + pathOf(3), "missing " + pathOf(4)));
+    // Damage in both is not passed over.
+    flipAByte(target / pathOf(0));
+    EXPECT_EQ(backUp(options).findings.size(), 3U);
+}
+
+TEST_F(BackupOf, GoesOnlyWhereItBelongs) {
+    const fs::path library = home.library();
+    EXPECT_THAT(refusal(library), HasSubstr("inside the library"));
+    EXPECT_THAT(refusal(library / "originals" / "new"), HasSubstr("inside the library"));
+    EXPECT_FALSE(fs::exists(library / "originals" / "new"));
+    EXPECT_THAT(refusal(home.path() / "Pictures"), HasSubstr("lies inside"));
+    EXPECT_THAT(refusal(home.file("no/such/place")), HasSubstr("could not be made"));
+    fs::create_directory(target);
+    writeText(target / "diary.txt", "dear");
+    EXPECT_THAT(refusal(target), HasSubstr("something else"));
+    EXPECT_THAT(filesBelow(target), ElementsAre("diary.txt"));
+    fs::remove(target / "diary.txt");
+    backUp();
+    fs::remove(target / "backup.state");
+    EXPECT_THAT(refusal(target), HasSubstr("of its own"));
+}
+
+TEST_F(BackupOf, OneThatWasUsedAsALibraryIsNotWrittenTo) {
+    backUp();
+    const ScratchHome other;
+    fs::create_directories(other.path() / "Pictures");
+    fs::rename(target, other.library());
+    ASSERT_EQ(inChild([] { EXPECT_EQ(listedIdentifiers().size(), 3U); }), 0);
+    EXPECT_EQ(refusal(other.library()), ""); // it was only looked at
+    int outcome = inChild([&] { EXPECT_TRUE(importFile(home.file("a.jpg")).identifier); });
+    ASSERT_EQ(outcome, 0);
+    EXPECT_THAT(refusal(other.library()), HasSubstr("has changed"));
+    runSql(other, "PRAGMA wal_checkpoint(TRUNCATE)");
+    EXPECT_THAT(refusal(other.library()), HasSubstr("has changed"));
+}
+
+TEST_F(BackupOf, AnEmptiedOrOtherLibraryDoesNotReplaceIt) {
+    backUp();
+    deleteForGood("1");
+    EXPECT_THAT(refusal(target), HasSubstr("another one"));
+    EXPECT_THAT(faultsOf(target, 3), IsEmpty());
+    BackupOptions options;
+    options.replace = true;
+    EXPECT_EQ(backUp(options).setAside, 3);
+    EXPECT_THAT(faultsOf(target, 0), IsEmpty());
+}
+
+TEST_F(BackupOf, StoppedOrKilledTheEarlierOneStaysAndTheNextGoesOn) {
+    backUp();
+    for (const char* name : {"d", "e", "f"})
+        import(name);
+    BackupOptions options;
+    int looks = 0;
+    options.stop = [&] { return ++looks > 8; };
+    EXPECT_FALSE(backUp(options).complete);
+    EXPECT_THAT(local::verifyLibrary(target.string(), {}).files, 3);
+    options = {};
+    options.progress = [&](std::int64_t file, std::int64_t) {
+        if (file == 5)
+            raise(SIGKILL);
+    };
+    const pid_t child = fork();
+    if (child == 0) {
+        backUp(options);
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_THAT(local::verifyLibrary(target.string(), {}).files, 3);
+    const Backup last = backUp();
+    EXPECT_TRUE(last.complete);
+    EXPECT_LT(last.copied, 3);
+    EXPECT_THAT(faultsOf(target, 6), IsEmpty());
+}
+
+TEST_F(BackupOf, AFullDiskLeavesTheEarlierOneInForce) {
+    const int outcome = inChild([&] {
+        if (!mountSmallDisk(target, "size=2m"))
+            _exit(notPossibleHere);
+        EXPECT_TRUE(backUp().complete);
+        std::ofstream(target / "quarantine") << std::string(2 << 20, 'x');
+        import("d");
+        EXPECT_NE(refusal(target), "");
+        EXPECT_THAT(faultsOf(target, 3), IsEmpty());
+        fs::remove(target / "quarantine");
+        EXPECT_TRUE(backUp().complete);
+        EXPECT_THAT(faultsOf(target, 4), IsEmpty());
+    });
+    if (outcome == notPossibleHere)
+        GTEST_SKIP() << "this system does not let the test mount a disk";
+    EXPECT_EQ(outcome, 0);
+}
+
+TEST_F(BackupOf, WhileAnotherProcessImportsAndDeletes) {
+    const auto picture = home.file("a.jpg");
+    const pid_t busy = fork();
+    if (busy == 0) {
+        for (int i = 0;; ++i) {
+            importFile(picture);
+            if (i % 3 == 2)
+                deleteForGood("n = (SELECT max(n) FROM asset)");
+        }
+    }
+    for (int i = 0; i < 10; ++i) {
+        const Backup backup = backUp();
+        EXPECT_TRUE(backup.complete);
+        EXPECT_THAT(backup.findings, IsEmpty());
+        const local::Verification result = local::verifyLibrary(target.string(), {});
+        EXPECT_THAT(result.findings, IsEmpty());
+        EXPECT_EQ(result.files, backup.copied + backup.present);
+    }
+    kill(busy, SIGKILL);
+    waitpid(busy, nullptr, 0);
+}
+
+} // namespace
