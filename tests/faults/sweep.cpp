@@ -8,8 +8,8 @@ namespace faults {
 namespace {
 
 constexpr std::uint64_t mostPointsInBrief = 2;
-constexpr std::uint64_t mostRecoveries = 6;        // of a method and a kind of kill
-constexpr std::uint64_t mostPointsInRecovery = 12; // for each kind of fault
+constexpr std::uint64_t mostRecoveries = 3;       // of a method and a kind of kill
+constexpr std::uint64_t mostPointsInRecovery = 8; // for each kind of fault
 
 class MethodSweep {
 public:

@@ -14,8 +14,13 @@ std::string markerOf(Stored kind, const std::string& name) {
     return "incoming/" + name + std::string(markerEnding(kind));
 }
 
+// Throws when nobody can tell.
 bool exists(int folder, const std::string& path) {
-    return faccessat(folder, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+    if (faccessat(folder, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0)
+        return true;
+    if (errno != ENOENT)
+        throw systemError("The disk does not tell whether it is there", errno);
+    return false;
 }
 
 // Asked in this order, because an importer names the file before it takes its marker away.
@@ -35,18 +40,31 @@ std::vector<std::string> listed(LibraryReader& reader, const std::string& path,
     return names;
 }
 
+void lookAt(LibraryReader& reader, Stored kind, const std::string& path, const std::string& name,
+            Verification& result) {
+    const bool inItsPlace =
+        path == std::string(folderOf(kind)) + "/" + name.substr(0, 2) + "/" + name;
+    if (inItsPlace && isAccountedFor(reader, kind, name))
+        return;
+    if (reader.isDiscarded(path))
+        ++result.leftOver;
+    else if (exists(reader.folder(), path))
+        result.findings.push_back(
+            {Finding::Kind::unnamed, path, "", "Nothing in the catalogue names it."});
+}
+
 void lookThroughShelf(LibraryReader& reader, Stored kind, const std::string& shelf,
                       Verification& result) {
     const std::string folder = std::string(folderOf(kind)) + "/" + shelf;
     for (const std::string& name : listed(reader, folder, result)) {
-        const std::string path = folder + "/" + name;
-        if (name.substr(0, 2) == shelf && isAccountedFor(reader, kind, name))
-            continue;
-        if (reader.isDiscarded(path))
-            ++result.leftOver;
-        else if (exists(reader.folder(), path))
+        try {
+            lookAt(reader, kind, folder + "/" + name, name, result);
+        } catch (const LibraryError& failure) {
+            if (failure.error().domain != posixErrorDomain)
+                throw;
             result.findings.push_back(
-                {Finding::Kind::unnamed, path, "", "Nothing in the catalogue names it."});
+                {Finding::Kind::unreadable, folder + "/" + name, "", failure.what()});
+        }
     }
 }
 
