@@ -49,6 +49,7 @@ void describe(tool::Tool& tool) {
     tool::addVerify(tool);
     tool::addRepair(tool);
     tool::addBackup(tool);
+    tool::addDoctor(tool);
 }
 
 int sayWhatIsWrong(const tool::Tool& tool, const CLI::ParseError& misuse) {
