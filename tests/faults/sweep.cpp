@@ -7,7 +7,7 @@ namespace faults {
 
 namespace {
 
-constexpr std::uint64_t mostPointsInBrief = 2;
+constexpr std::uint64_t mostPointsInBrief = 1;
 constexpr std::uint64_t mostRecoveries = 3;       // of a method and a kind of kill
 constexpr std::uint64_t mostPointsInRecovery = 8; // for each kind of fault
 
@@ -70,8 +70,10 @@ private:
         recovery.run = openLibrary;
         const std::string origin =
             " after " + std::string(nameOf(first.kind)) + " " + std::to_string(first.point);
-        for (const Kind kind : {Kind::ioOnce, Kind::ioOn, Kind::spaceOn, Kind::deniedOn,
-                                Kind::killKept, Kind::killDropped, Kind::killTorn}) {
+        for (const Kind kind : {Kind::ioOnce, Kind::killDropped, Kind::ioOn, Kind::spaceOn,
+                                Kind::deniedOn, Kind::killKept, Kind::killTorn}) {
+            if (options_.brief && kind != Kind::ioOnce && kind != Kind::killDropped)
+                break;
             const std::uint64_t points = pointsOf(kind, recovery, origin);
             const std::uint64_t step = points / (options_.brief ? 1 : mostPointsInRecovery) + 1;
             for (std::uint64_t point = 1 + first.point % step; point <= points; point += step) {
