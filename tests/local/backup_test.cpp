@@ -3,6 +3,7 @@
 #include "tests/local/support.h"
 
 #include "platform/local/maintenance/backup.h"
+#include "platform/local/maintenance/library_reader.h"
 #include "platform/local/trash.h"
 #include "platform/photo_library.h"
 
@@ -238,6 +239,52 @@ TEST_F(BackupOf, AFullDiskLeavesTheEarlierOneInForce) {
     if (outcome == notPossibleHere)
         GTEST_SKIP() << "this system does not let the test mount a disk";
     EXPECT_EQ(outcome, 0);
+}
+
+TEST_F(BackupOf, ADamagedOrUnmountedLibraryLeavesIt) {
+    backUp();
+    fs::rename(home.library() / "originals", home.file("unmounted"));
+    fs::create_directory(home.library() / "originals");
+    EXPECT_THAT(refusal(target), HasSubstr("not mounted"));
+    fs::remove(home.library() / "originals");
+    fs::rename(home.file("unmounted"), home.library() / "originals");
+    EXPECT_EQ(refusal(target), "");
+    runSql(home, "PRAGMA wal_checkpoint(TRUNCATE)");
+    const auto page =
+        sqlInteger(home, "SELECT rootpage FROM sqlite_schema WHERE name = 'asset_added'");
+    const int outcome = inChild([&] { // closing the file drops the process's locks
+        std::fstream catalogue(home.library() / "library.db",
+                               std::ios::in | std::ios::out | std::ios::binary);
+        catalogue.seekp((page - 1) * 4096);
+        catalogue << std::string(4096, 'x');
+    });
+    ASSERT_EQ(outcome, 0);
+    EXPECT_THAT(refusal(target), HasSubstr("catalogue is damaged"));
+    EXPECT_THAT(faultsOf(target, 3), IsEmpty());
+}
+
+TEST_F(BackupOf, IsNotReplacedUnderSomebodyWhoHasItOpen) {
+    backUp();
+    import("d");
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t reader = fork();
+    if (reader == 0) {
+        local::LibraryReader open(target.string());
+        open.countFiles();
+        EXPECT_EQ(write(ready[1], "x", 1), 1);
+        pause();
+    }
+    char nothing = 0;
+    ASSERT_EQ(read(ready[0], &nothing, 1), 1);
+    EXPECT_THAT(refusal(target), HasSubstr("has the backup open"));
+    kill(reader, SIGKILL);
+    waitpid(reader, nullptr, 0);
+    EXPECT_EQ(local::verifyLibrary(target.string(), {}).files, 3);
+    const Backup next = backUp();
+    EXPECT_TRUE(next.complete);
+    EXPECT_EQ(next.copied, 0); // the file went in before
+    EXPECT_THAT(faultsOf(target, 4), IsEmpty());
 }
 
 TEST_F(BackupOf, WhileAnotherProcessImportsAndDeletes) {
