@@ -170,6 +170,7 @@ TEST_F(BackupOf, GoesOnlyWhereItBelongs) {
 }
 
 TEST_F(BackupOf, OneThatWasUsedAsALibraryIsNotWrittenTo) {
+    runSql(home, "INSERT INTO discarded_file VALUES ('originals/AA/gone.jpg')");
     backUp();
     const ScratchHome other;
     fs::create_directories(other.path() / "Pictures");
@@ -285,6 +286,24 @@ TEST_F(BackupOf, IsNotReplacedUnderSomebodyWhoHasItOpen) {
     EXPECT_TRUE(next.complete);
     EXPECT_EQ(next.copied, 0); // the file went in before
     EXPECT_THAT(faultsOf(target, 4), IsEmpty());
+}
+
+TEST_F(BackupOf, AnAssetThatGoesAfterItsRowWasReadBeginsTheMomentAnew) {
+    int passes = 0;
+    BackupOptions options;
+    options.progress = [&](std::int64_t file, std::int64_t) {
+        if (file != 0 || ++passes != 2)
+            return;
+        // As if the last one had come after the first pass and gone again.
+        const std::string path = pathOf(2);
+        deleteForGood("n = 3");
+        fs::remove(target / path);
+    };
+    const Backup backup = backUp(options);
+    EXPECT_TRUE(backup.complete);
+    EXPECT_EQ(passes, 3);
+    EXPECT_THAT(backup.findings, IsEmpty());
+    EXPECT_THAT(faultsOf(target, 2), IsEmpty());
 }
 
 TEST_F(BackupOf, WhileAnotherProcessImportsAndDeletes) {
