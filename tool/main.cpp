@@ -17,6 +17,8 @@ constexpr const char* lessons = R"(Examples:
   photos-kit list --count 10              the ten newest
   photos-kit export /media/stick --all    copies of everything that is listed
   photos-kit trash list                   what was deleted, and can come back
+  photos-kit verify                       whether the library is whole
+  photos-kit backup /media/disk/photos    a copy that is a library itself
   photos-kit COMMAND --help               more about one command
 
 Exit codes: 0 done; 1 something failed or was refused; 2 wrong use, nothing was done;
