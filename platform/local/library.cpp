@@ -3,6 +3,7 @@
 #include "platform/local/catalogue_schema.h"
 #include "platform/local/discarded_files.h"
 #include "platform/local/library_location.h"
+#include "platform/local/mount_points.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -29,10 +30,19 @@ void makeFolder(const std::string& path) {
         throw systemError("The photo library " + path + " could not be made", errno);
 }
 
+// A library made where a disk is to be mounted would be hidden once it is.
+void requireMountedPlace(const std::string& path) {
+    if (const auto place = unmountedPlaceOf(path))
+        throw LibraryError(posixErrorDomain, ENODEV,
+                           "The photo library's disk is not mounted on " + *place +
+                               ", so no new library was made there; nothing was changed.");
+}
+
 UniqueFd openFolder(const std::string& path) {
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     UniqueFd folder(::open(path.c_str(), flags));
     if (!folder && errno == ENOENT) {
+        requireMountedPlace(path);
         makeFolder(path);
         folder.reset(::open(path.c_str(), flags));
     }
@@ -233,6 +243,8 @@ void Library::prepareCatalogue(const std::string& path) {
                                " holds originals but no catalogue; nothing was changed.");
     if (exists)
         refuseNewerVersion(folder_.get());
+    else
+        requireMountedPlace(path);
     try {
         CatalogueConnection connection(folder_.get(), CatalogueConnection::Mode::readWrite,
                                        !exists);
