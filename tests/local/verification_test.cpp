@@ -95,8 +95,7 @@ TEST_F(VerificationOf, AFolderThatIsNotMountedIsNoLoss) {
 TEST_F(VerificationOf, ALibraryMadeBeforeItsStoreWasMarkedIsMarked) {
     const ScratchHome copy;
     std::filesystem::create_directories(copy.path() / "Pictures");
-    std::filesystem::copy(home.library(), copy.library(),
-                          std::filesystem::copy_options::recursive);
+    std::filesystem::copy(home.library(), copy.library(), std::filesystem::copy_options::recursive);
     std::filesystem::remove(copy.library() / "originals" / ".photos-kit");
     std::filesystem::remove(copy.library() / "renders" / ".photos-kit");
     EXPECT_TRUE(importFile(home.file("a.jpg")).identifier);
