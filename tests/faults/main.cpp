@@ -38,7 +38,8 @@ void work(Board& board, const std::filesystem::path& folder, const std::vector<M
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         board.rows[i].swept = true;
         if (options.verbose)
-            std::printf("%s: %.1f s\n", methods[i].name.c_str(), board.rows[i].seconds);
+            std::printf("%s done: %lu runs in %.1f s, %lu bad\n", methods[i].name.c_str(),
+                        board.rows[i].tally.runs, board.rows[i].seconds, board.rows[i].tally.bad);
         std::fflush(stdout);
     }
 }

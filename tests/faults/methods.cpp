@@ -160,7 +160,7 @@ Report repair(const Names&) {
     try {
         const Place here{pathInHome("")};
         const auto repaired = local::repairLibrary(here.library(), options);
-        report.success = repaired.complete && !repaired.steps.empty();
+        report.success = repaired.complete;
         for (const local::RepairStep& step : repaired.steps)
             report.success = report.success && step.outcome == local::RepairStep::Outcome::done;
     } catch (const local::LibraryError&) {
@@ -177,32 +177,6 @@ std::vector<Method> makeMethods() {
         return [=](const Names& names) { return method(names, name); };
     };
     return {
-        {.name = "create-library",
-         .prepare = prepareNothing,
-         .run = openLibrary,
-         .opensFirst = false},
-        {.name = "open-after-crash",
-         .prepare = prepareLeftBehind,
-         .run = openLibrary,
-         .opensFirst = false},
-        {.name = "migrate-1",
-         .prepare = [] { return prepareOlder(1); },
-         .run = openLibrary,
-         .opensFirst = false},
-        {.name = "migrate-2",
-         .prepare = [] { return prepareOlder(2); },
-         .run = openLibrary,
-         .opensFirst = false},
-        {.name = "catalogue-lost",
-         .prepare = prepareWithoutCatalogue,
-         .run = openLibrary,
-         .opensFirst = false,
-         .refused = true},
-        {.name = "repair",
-         .prepare = prepareDamaged,
-         .run = repair,
-         .between = {[](const Names&) { mendCount(); }, takeStrayAway},
-         .damaged = true},
         {.name = "import", .prepare = prepareUsual, .run = import, .emptyShelves = true},
         {.name = "import-two",
          .prepare = prepareUsual,
@@ -281,6 +255,32 @@ std::vector<Method> makeMethods() {
          .run = [](const Names&) { return command([] { local::emptyTrash(farFuture); }); }},
         {.name = "limit-access", .prepare = prepareUsual, .run = limitAccess},
         {.name = "fold-log", .prepare = prepareUsual, .run = foldLog},
+        {.name = "create-library",
+         .prepare = prepareNothing,
+         .run = openLibrary,
+         .opensFirst = false},
+        {.name = "open-after-crash",
+         .prepare = prepareLeftBehind,
+         .run = openLibrary,
+         .opensFirst = false},
+        {.name = "migrate-1",
+         .prepare = [] { return prepareOlder(1); },
+         .run = openLibrary,
+         .opensFirst = false},
+        {.name = "migrate-2",
+         .prepare = [] { return prepareOlder(2); },
+         .run = openLibrary,
+         .opensFirst = false},
+        {.name = "catalogue-lost",
+         .prepare = prepareWithoutCatalogue,
+         .run = openLibrary,
+         .opensFirst = false,
+         .refused = true},
+        {.name = "repair",
+         .prepare = prepareDamaged,
+         .run = repair,
+         .between = {[](const Names&) { mendCount(); }, takeStrayAway},
+         .damaged = true},
     };
 }
 
