@@ -198,16 +198,21 @@ private:
     std::vector<std::string> unnamedFiles() {
         std::vector<std::string> paths;
         for (const Stored kind : {Stored::original, Stored::render}) {
-            const std::string root(folderOf(kind));
-            for (const std::string& shelf : entriesOf(folder_.descriptor(), root)) {
-                if (shelf == storeMarkerName)
-                    continue;
-                for (const std::string& name : entriesOf(folder_.descriptor(), root + "/" + shelf))
-                    if (!reader_.namesFile(kind, name))
-                        paths.push_back(root + "/" + shelf + "/" + name);
+            for (const std::string& shelf :
+                 entriesOf(folder_.descriptor(), std::string(folderOf(kind)))) {
+                if (shelf != storeMarkerName)
+                    addUnnamed(kind, shelf, paths);
             }
         }
         return paths;
+    }
+
+    void addUnnamed(Stored kind, const std::string& shelf, std::vector<std::string>& paths) {
+        const std::string folder = std::string(folderOf(kind)).append("/").append(shelf);
+        for (const std::string& name : entriesOf(folder_.descriptor(), folder)) {
+            if (!reader_.namesFile(kind, name))
+                paths.push_back(std::string(folder).append("/").append(name));
+        }
     }
 
     LibraryReader reader_;

@@ -61,7 +61,7 @@ std::string hashOfCatalogue(int folder, const std::string& path) {
 
 void removeAllIn(int folder, const std::string& path) {
     for (const std::string& name : entriesOf(folder, path))
-        unlinkat(folder, (path + "/" + name).c_str(), 0);
+        unlinkat(folder, std::string(path).append("/").append(name).c_str(), 0);
 }
 
 // Holds a catalogue that nobody else has open.
