@@ -1,8 +1,6 @@
 #include "platform/local/maintenance/backup_files.h"
 
 #include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -99,20 +97,18 @@ BackupFiles::Taken BackupFiles::copy(int source, const std::string& part) const 
         openat(backup_, part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!target)
         backupFailed("creating a file", errno);
-    // Where the file system can share the blocks, nothing is copied.
-    if (ioctl(target.get(), FICLONE, source) != 0) {
-        std::array<std::uint8_t, 256 * 1024> chunk;
-        posix_fadvise(source, 0, 0, POSIX_FADV_SEQUENTIAL);
-        for (;;) {
-            const ssize_t got = read(source, chunk.data(), chunk.size());
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got < 0)
-                return Taken::unreadable;
-            if (got == 0)
-                break;
-            writeAll(target.get(), chunk.data(), static_cast<std::size_t>(got));
-        }
+    // Never by sharing blocks where the file system could: damage to one would be damage to both.
+    std::array<std::uint8_t, 256 * 1024> chunk;
+    posix_fadvise(source, 0, 0, POSIX_FADV_SEQUENTIAL);
+    for (;;) {
+        const ssize_t got = read(source, chunk.data(), chunk.size());
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return Taken::unreadable;
+        if (got == 0)
+            break;
+        writeAll(target.get(), chunk.data(), static_cast<std::size_t>(got));
     }
     if (fsync(target.get()) != 0)
         backupFailed("writing through", errno);
