@@ -344,7 +344,13 @@ EditFolder::EditFolder(const FileStore& store) : store_(store) {
         if (!opened_ && errno != ENOENT)
             throw systemError("The place for an edit could not be opened", errno);
         // A sweep may have taken it for a dead one's before it is locked.
-        if (opened_ && flock(opened_.get(), LOCK_EX | LOCK_NB) == 0 && isLinked(opened_.get()))
+        const bool locked = opened_ && flock(opened_.get(), LOCK_EX | LOCK_NB) == 0;
+        const int error = errno;
+        if (opened_ && !locked && error != EWOULDBLOCK) {
+            removeEditFolder(store_.folder(), path_);
+            throw systemError("The place for an edit could not be locked", error);
+        }
+        if (locked && isLinked(opened_.get()))
             return;
     }
 }
