@@ -108,7 +108,7 @@ struct Answer {
     std::uint32_t height;
     std::uint32_t sourceWidth; // pictures: the file's own size as displayed
     std::uint32_t sourceHeight;
-    std::uint32_t residentKiB; // memory of the worker after the request
+    std::uint32_t residentKiB; // memory of the worker after the request; all ones: it is worn out
     FileFormat format;
     std::uint32_t flags;
     std::int32_t year, month, day, hour, minute, second, millisecond;

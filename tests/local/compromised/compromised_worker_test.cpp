@@ -46,7 +46,7 @@ TEST_F(CompromisedWorker, FilesNetworkProgramsAndOtherProcessesAreOutOfItsReach)
     if (local::imaging::kSanitized)
         GTEST_SKIP() << "the system call filter is off under sanitizers";
     for (const char* attempt : {"open", "create", "write", "truncate", "connect", "exec", "fork",
-                                "kill", "trace", "peek"})
+                                "kill", "trace", "peek", "renew"})
         isRefused(attempt);
 }
 

@@ -19,6 +19,7 @@
 #include <netinet/in.h>
 #include <sys/mman.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 
@@ -90,9 +91,14 @@ bool eatsWithoutEnd() {
     return true;
 }
 
+bool takesMoreProcessorTime() {
+    const rlimit more{100'000, RLIM_INFINITY};
+    return setrlimit(RLIMIT_CPU, &more) == 0;
+}
+
 [[noreturn]] void runWithoutEnd() {
     for (;;)
-        renewProcessorTime();
+        isWornOut();
 }
 
 void shrinkWhileItIsRead() {
@@ -158,6 +164,8 @@ void attempt(std::string_view order, int file) {
         return tell(ptrace(PTRACE_ATTACH, getppid(), nullptr, nullptr) == 0);
     if (order == "peek")
         return tell(readsTheHostsMemory());
+    if (order == "renew")
+        return tell(takesMoreProcessorTime());
     if (order == "eat")
         return tell(eatsWithoutEnd());
     if (order == "spin")

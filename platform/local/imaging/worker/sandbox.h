@@ -3,11 +3,12 @@
 
 namespace local::imaging {
 
-// Limits that hold from the start: memory, core dumps, descriptors, the size of files.
+// Limits that hold from the start and for good: memory, processor time, core dumps, descriptors,
+// the size of files.
 void limitResources();
 
-// Lets the process use some more seconds of processor time, counted from now.
-void renewProcessorTime();
+// Whether so much of the processor time is used up that a fresh process should take the next file.
+bool isWornOut();
 
 // Gives up files, network, programs and processes for good. False when the system does not grant
 // it: then nothing may be decoded.
