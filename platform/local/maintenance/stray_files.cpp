@@ -57,13 +57,13 @@ void lookThroughShelf(LibraryReader& reader, Stored kind, const std::string& she
                       Verification& result) {
     const std::string folder = std::string(folderOf(kind)) + "/" + shelf;
     for (const std::string& name : listed(reader, folder, result)) {
+        const std::string path = std::string(folder).append("/").append(name);
         try {
-            lookAt(reader, kind, folder + "/" + name, name, result);
+            lookAt(reader, kind, path, name, result);
         } catch (const LibraryError& failure) {
             if (failure.error().domain != posixErrorDomain)
                 throw;
-            result.findings.push_back(
-                {Finding::Kind::unreadable, folder + "/" + name, "", failure.what()});
+            result.findings.push_back({Finding::Kind::unreadable, path, "", failure.what()});
         }
     }
 }
