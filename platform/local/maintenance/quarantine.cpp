@@ -93,7 +93,7 @@ std::string copyToQuarantine(int library, const NamedFile& wanted, int from,
 
 std::string findInQuarantine(int library, const NamedFile& wanted) {
     for (const std::string& name : entriesOf(library, quarantine)) {
-        const std::string path = std::string(quarantine) + "/" + name;
+        std::string path = std::string(quarantine) + "/" + name;
         struct stat status {};
         if (fstatat(library, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
             !S_ISREG(status.st_mode) || status.st_size != wanted.size)
