@@ -7,6 +7,7 @@
 // importer that died: what it left is swept when the catalogue does not name it.
 #pragma once
 
+#include "platform/local/content_hasher.h"
 #include "platform/local/library_error.h"
 #include "platform/local/unique_fd.h"
 
@@ -19,7 +20,6 @@
 namespace local {
 
 using Uuid = std::array<std::uint8_t, 16>;
-using ContentHash = std::array<std::uint8_t, 16>; // XXH3 128, big endian (its canonical form)
 
 std::string uppercaseText(const Uuid& uuid); // 8-4-4-4-12
 // Reads what uppercaseText writes; nothing for any other text.

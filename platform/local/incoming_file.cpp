@@ -4,10 +4,6 @@
 // between leaves a file that nobody names, with its marker.
 #include "platform/local/file_store.h"
 
-// Inlined, so that no library has to be loaded into the host for it.
-#define XXH_INLINE_ALL
-#include <xxhash.h>
-
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/file.h>
@@ -15,7 +11,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 #include <memory>
 
 namespace local {
@@ -23,10 +18,6 @@ namespace local {
 namespace {
 
 constexpr std::size_t chunkSize = std::size_t{1} << 20;
-
-struct FreeHash {
-    void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
-};
 
 [[noreturn]] void copyFailed(const std::string& what, int error) {
     throw systemError("The file could not be copied into the photo library (" + what + ")", error);
@@ -77,13 +68,12 @@ IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::strin
 
         // Where the file system can share the blocks, the copy costs nothing but its hash.
         const bool shared = ioctl(part, FICLONE, source) == 0;
-        const std::unique_ptr<XXH3_state_t, FreeHash> hashing(XXH3_createState());
+        ContentHasher hasher;
         const std::unique_ptr<std::uint8_t[]> chunk(new std::uint8_t[chunkSize]);
-        XXH3_128bits_reset(hashing.get());
         const int from = shared ? readable_.get() : source;
         posix_fadvise(from, 0, 0, POSIX_FADV_SEQUENTIAL);
         while (const std::size_t got = readChunk(from, chunk.get())) {
-            XXH3_128bits_update(hashing.get(), chunk.get(), got);
+            hasher.take(chunk.get(), got);
             if (!shared) {
                 writeChunk(part, chunk.get(), got);
                 // Lets the disk begin while the next chunk is read.
@@ -92,9 +82,7 @@ IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::strin
             size_ += static_cast<std::int64_t>(got);
         }
         lseek(readable_.get(), 0, SEEK_SET);
-        XXH128_canonical_t canonical;
-        XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(hashing.get()));
-        std::memcpy(hash_.data(), canonical.digest, hash_.size());
+        hash_ = hasher.hash();
     } catch (...) {
         remove();
         throw;

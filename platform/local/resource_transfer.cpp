@@ -75,7 +75,7 @@ void handOverData(const Transfer& transfer, std::span<const std::uint8_t> data) 
 void handOverFile(const Transfer& transfer, const StoredBytes& stored) {
     posix_fadvise(stored.file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
     const std::unique_ptr<std::uint8_t[]> chunk(new std::uint8_t[chunkSize]);
-    Verifier verifier;
+    ContentHasher hasher;
     for (;;) {
         throwWhenCancelled(transfer);
         const ssize_t got = read(stored.file.get(), chunk.get(), chunkSize);
@@ -86,10 +86,10 @@ void handOverFile(const Transfer& transfer, const StoredBytes& stored) {
         if (got == 0)
             break;
         const auto size = static_cast<std::size_t>(got);
-        verifier.take(chunk.get(), size);
+        hasher.take(chunk.get(), size);
         transfer.take({chunk.get(), size});
     }
-    if (!verifier.matches(stored.hash, stored.size))
+    if (!hasher.matches(stored.hash, stored.size))
         throw damagedFile(transfer.resourceType);
 }
 

@@ -2,10 +2,6 @@
 
 #include "platform/local/library.h"
 
-// Inlined, so that no library has to be loaded into the host for it.
-#define XXH_INLINE_ALL
-#include <xxhash.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -74,29 +70,8 @@ StoredBytes openResource(std::int64_t asset, long resourceType) {
     return stored;
 }
 
-struct Verifier::State {
-    XXH3_state_t hashing;
-};
-
-Verifier::Verifier() : state_(std::make_unique<State>()) {
-    XXH3_128bits_reset(&state_->hashing);
-}
-
-Verifier::~Verifier() = default;
-
-void Verifier::take(const std::uint8_t* bytes, std::size_t size) {
-    XXH3_128bits_update(&state_->hashing, bytes, size);
-    size_ += static_cast<std::int64_t>(size);
-}
-
-bool Verifier::matches(const ContentHash& hash, std::int64_t size) const {
-    XXH128_canonical_t found;
-    XXH128_canonicalFromHash(&found, XXH3_128bits_digest(&state_->hashing));
-    return size_ == size && std::equal(hash.begin(), hash.end(), found.digest);
-}
-
 bool isIntact(const StoredBytes& stored) {
-    Verifier verifier;
+    ContentHasher hasher;
     std::array<std::uint8_t, 128 * 1024> chunk;
     for (off_t at = 0;;) {
         const ssize_t got = pread(stored.file.get(), chunk.data(), chunk.size(), at);
@@ -105,8 +80,8 @@ bool isIntact(const StoredBytes& stored) {
         if (got < 0)
             throw systemError("The asset's file could not be read", errno);
         if (got == 0)
-            return verifier.matches(stored.hash, stored.size);
-        verifier.take(chunk.data(), static_cast<std::size_t>(got));
+            return hasher.matches(stored.hash, stored.size);
+        hasher.take(chunk.data(), static_cast<std::size_t>(got));
         at += got;
     }
 }

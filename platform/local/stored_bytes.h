@@ -4,8 +4,6 @@
 #include "platform/asset.h"
 #include "platform/local/file_store.h"
 
-#include <memory>
-
 namespace local {
 
 // An open file of the store (or, for adjustment data, its bytes), with what it must amount to.
@@ -19,21 +17,6 @@ struct StoredBytes {
 // Opens the asset's resource of this type as it is now. Throws LibraryError when the asset or the
 // resource is gone, or its file cannot be opened.
 StoredBytes openResource(std::int64_t asset, long resourceType);
-
-// Takes the bytes of a file one after the other and tells at the end whether they are the right
-// ones.
-class Verifier {
-public:
-    Verifier();
-    ~Verifier();
-    void take(const std::uint8_t* bytes, std::size_t size);
-    bool matches(const ContentHash& hash, std::int64_t size) const;
-
-private:
-    struct State;
-    std::unique_ptr<State> state_;
-    std::int64_t size_ = 0;
-};
 
 // Reads the whole file; false when its bytes are not the right ones. Throws when it cannot be read.
 bool isIntact(const StoredBytes& stored);

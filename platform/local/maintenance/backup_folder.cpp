@@ -7,10 +7,6 @@
 
 #include <sqlite3.h>
 
-// Inlined, as in the other places that hash.
-#define XXH_INLINE_ALL
-#include <xxhash.h>
-
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -40,23 +36,17 @@ bool hasBytes(int folder, const std::string& name) {
 // Nobody may have the catalogue open in this process: closing the file would drop SQLite's locks.
 std::string hashOfCatalogue(int folder, const std::string& path) {
     const UniqueFd file(openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    const std::unique_ptr<XXH3_state_t, decltype(&XXH3_freeState)> hashing(XXH3_createState(),
-                                                                           &XXH3_freeState);
-    XXH3_128bits_reset(hashing.get());
+    ContentHasher hasher;
     std::array<std::uint8_t, 64 * 1024> chunk;
     ssize_t got = file ? 1 : -1;
     while (got > 0) {
         got = read(file.get(), chunk.data(), chunk.size());
         if (got > 0)
-            XXH3_128bits_update(hashing.get(), chunk.data(), static_cast<std::size_t>(got));
+            hasher.take(chunk.data(), static_cast<std::size_t>(got));
     }
     if (got < 0)
         throw systemError("The catalogue of the backup could not be read", errno);
-    XXH128_canonical_t canonical;
-    XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(hashing.get()));
-    ContentHash hash{};
-    std::copy_n(canonical.digest, hash.size(), hash.begin());
-    return hexadecimal(hash);
+    return hexadecimal(hasher.hash());
 }
 
 void removeAllIn(int folder, const std::string& path) {

@@ -163,7 +163,7 @@ std::vector<std::string> entriesOf(int library, const std::string& path, int* er
 
 bool hasContent(int file, const ContentHash& hash, std::int64_t size,
                 const std::function<bool()>& stop) {
-    Verifier verifier;
+    ContentHasher hasher;
     std::array<std::uint8_t, 256 * 1024> chunk;
     for (off_t at = 0;;) {
         if (stop && stop())
@@ -174,8 +174,8 @@ bool hasContent(int file, const ContentHash& hash, std::int64_t size,
         if (got < 0)
             throw systemError("The file could not be read", errno);
         if (got == 0)
-            return verifier.matches(hash, size);
-        verifier.take(chunk.data(), static_cast<std::size_t>(got));
+            return hasher.matches(hash, size);
+        hasher.take(chunk.data(), static_cast<std::size_t>(got));
         at += got;
     }
 }

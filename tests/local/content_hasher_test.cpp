@@ -1,0 +1,51 @@
+// Stored hashes outlive the machine that made them: whatever instructions the processor has, and
+// however the bytes come, the hash is the one of the format.
+#include "platform/local/content_hasher.h"
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace {
+
+local::ContentHash hashOfFormat(const std::vector<std::uint8_t>& bytes) {
+    XXH128_canonical_t canonical;
+    XXH128_canonicalFromHash(&canonical, XXH3_128bits(bytes.data(), bytes.size()));
+    local::ContentHash hash{};
+    std::copy_n(canonical.digest, hash.size(), hash.begin());
+    return hash;
+}
+
+TEST(ContentHasher, BytesInPiecesOfAnyLengthHaveTheHashOfTheFormat) {
+    constexpr std::array<std::size_t, 9> pieces{1, 63, 64, 65, 255, 256, 257, 1024, 3000};
+    for (const std::size_t size : {0, 1, 16, 17, 128, 240, 241, 256, 257, 1024, 1025, 99'999}) {
+        std::vector<std::uint8_t> bytes(size);
+        for (std::size_t i = 0; i < size; ++i)
+            bytes[i] = static_cast<std::uint8_t>(i * 2654435761U >> 13);
+        local::ContentHasher hasher;
+        for (std::size_t at = 0, turn = 0; at < size; ++turn) {
+            const std::size_t piece = std::min(size - at, pieces[turn % pieces.size()]);
+            hasher.take(bytes.data() + at, piece);
+            at += piece;
+        }
+        EXPECT_EQ(hasher.hash(), hashOfFormat(bytes)) << size;
+        EXPECT_TRUE(hasher.matches(hashOfFormat(bytes), static_cast<std::int64_t>(size)));
+        EXPECT_FALSE(hasher.matches(hashOfFormat(bytes), static_cast<std::int64_t>(size) + 1));
+    }
+}
+
+TEST(ContentHasher, OneChangedBitIsSeen) {
+    std::vector<std::uint8_t> bytes(4096, 0x5A);
+    const local::ContentHash stored = hashOfFormat(bytes);
+    bytes[4095] ^= 1;
+    local::ContentHasher hasher;
+    hasher.take(bytes.data(), bytes.size());
+    EXPECT_FALSE(hasher.matches(stored, 4096));
+}
+
+} // namespace
