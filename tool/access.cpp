@@ -27,7 +27,7 @@ int show(bool json) {
     return done;
 }
 
-struct Options {
+struct AccessOptions {
     std::vector<std::string> identifiers;
     bool json = false;
 };
@@ -36,7 +36,7 @@ struct Options {
 
 void addAccess(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("access", "What applications may see");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<AccessOptions>();
     addJson(command, options->json);
     command->footer(
         R"(Without a word it shows what holds. The decision is in force at once, also for
@@ -57,15 +57,16 @@ Examples:
         });
     };
     decide(command->add_subcommand("full", "The whole library"),
-           [](const Options&) { local::grantFullAccess(); });
+           [](const AccessOptions&) { local::grantFullAccess(); });
     CLI::App* limited = command->add_subcommand("limited", "These assets and no others");
     limited->add_option("ID", options->identifiers, "As list shows them")
         ->required()
         ->type_name("");
-    decide(limited,
-           [](const Options& given) { local::limitAccess(assetIdentifiers(given.identifiers)); });
+    decide(limited, [](const AccessOptions& given) {
+        local::limitAccess(assetIdentifiers(given.identifiers));
+    });
     decide(command->add_subcommand("denied", "Nothing"),
-           [](const Options&) { local::denyAccess(); });
+           [](const AccessOptions&) { local::denyAccess(); });
 }
 
 } // namespace tool

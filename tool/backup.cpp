@@ -11,7 +11,7 @@ namespace tool {
 
 namespace {
 
-struct Options {
+struct BackupOptions {
     std::string folder;
     bool link = false;
     bool check = false;
@@ -52,7 +52,7 @@ Json jsonOf(const local::Backup& backup) {
     return json;
 }
 
-int backUp(const Options& options) {
+int backUp(const BackupOptions& options) {
     const auto place = local::libraryPath();
     if (!place)
         throw Failure("The home folder is not known (HOME is not set).");
@@ -82,7 +82,7 @@ int backUp(const Options& options) {
 
 void addBackup(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("backup", "Copy the whole library to a folder");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<BackupOptions>();
     command->add_option("DIR", options->folder, "A new or empty folder, or an earlier backup")
         ->required()
         ->type_name("");

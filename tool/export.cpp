@@ -14,7 +14,7 @@ namespace tool {
 
 namespace {
 
-struct Options {
+struct ExportOptions {
     std::string folder;
     std::vector<std::string> identifiers;
     std::string album;
@@ -52,7 +52,7 @@ std::vector<std::string> identifiersIn(const platform::PHFetchResult<platform::P
     return identifiers;
 }
 
-std::vector<std::string> wantedIdentifiers(const Options& options) {
+std::vector<std::string> wantedIdentifiers(const ExportOptions& options) {
     if (options.all)
         return identifiersIn(assetsOf(nullptr));
     if (options.album.empty())
@@ -84,7 +84,7 @@ std::string nameFor(const platform::PHAsset& asset, const platform::PHAssetResou
 
 class Exporter {
 public:
-    Exporter(const Options& options, std::vector<std::string> identifiers)
+    Exporter(const ExportOptions& options, std::vector<std::string> identifiers)
         : options_(options), identifiers_(std::move(identifiers)), folder_(options.folder),
           progress_("Exporting", identifiers_.size()) {}
 
@@ -136,7 +136,7 @@ private:
         progress_.show(outcome_.written.size() + outcome_.failed.size(), name + size);
     }
 
-    const Options& options_;
+    const ExportOptions& options_;
     std::vector<std::string> identifiers_;
     ExportFolder folder_;
     Progress progress_;
@@ -176,7 +176,7 @@ void summarize(const Export& outcome) {
             " left out: export the album Hidden for them (see photos-kit albums).");
 }
 
-int exportAssets(const Options& options) {
+int exportAssets(const ExportOptions& options) {
     const int wishes =
         int{options.all} + int{!options.album.empty()} + int{!options.identifiers.empty()};
     if (wishes != 1) {
@@ -201,7 +201,7 @@ int exportAssets(const Options& options) {
 void addExport(Tool& tool) {
     CLI::App* command =
         tool.app.add_subcommand("export", "Copy pictures and videos out of the library");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExportOptions>();
     command->add_option("DIR", options->folder, "The folder, made where it is missing")
         ->required()
         ->type_name("");

@@ -110,7 +110,7 @@ int import(const std::vector<std::string>& paths, bool json) {
     return outcome.refused.empty() ? done : failed;
 }
 
-struct Options {
+struct ImportOptions {
     std::vector<std::string> paths;
     bool json = false;
 };
@@ -120,7 +120,7 @@ struct Options {
 void addImport(Tool& tool) {
     CLI::App* command =
         tool.app.add_subcommand("import", "Copy pictures and videos into the library");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ImportOptions>();
     command->add_option("PATH", options->paths, "Files, and folders with all that is below them")
         ->required()
         ->type_name("");

@@ -10,7 +10,7 @@ namespace tool {
 
 namespace {
 
-struct Options {
+struct ListOptions {
     std::size_t count = 100; // 0: all
     std::size_t offset = 0;
     std::string album;
@@ -23,7 +23,7 @@ struct Page {
 };
 
 // Read at once: a terminal may take its time, and the fetch holds a snapshot of the library.
-Page readPage(const Options& options) {
+Page readPage(const ListOptions& options) {
     std::optional<platform::PHAssetCollection> album;
     if (!options.album.empty())
         album = albumWithIdentifier(options.album);
@@ -87,7 +87,7 @@ void printForPeople(const Page& page, std::size_t offset) {
             " of " + std::to_string(page.total) + ".");
 }
 
-int list(const Options& options) {
+int list(const ListOptions& options) {
     requireVisibleLibrary();
     const Page page = readPage(options);
     if (options.json)
@@ -101,7 +101,7 @@ int list(const Options& options) {
 
 void addList(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("list", "Photos and videos, newest first");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ListOptions>();
     command->add_option("--count", options->count, "How many (100); 0 for all")->type_name("N");
     command->add_option("--offset", options->offset, "How many to pass over")->type_name("N");
     command->add_option("--album", options->album, "Those of one album")->type_name("ID");

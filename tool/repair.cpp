@@ -16,7 +16,7 @@ namespace {
 using local::RepairStep;
 using Outcome = local::RepairStep::Outcome;
 
-struct Options {
+struct RepairOptions {
     std::string backup;
     bool apply = false;
     bool quick = false;
@@ -44,7 +44,7 @@ void printForPeople(const local::Repair& repair, bool applied) {
         say("Nothing was changed. With --apply, what is planned is done.");
 }
 
-int repair(const Options& options) {
+int repair(const RepairOptions& options) {
     const auto place = local::libraryPath();
     if (!place)
         throw Failure("The home folder is not known (HOME is not set).");
@@ -81,7 +81,7 @@ int repair(const Options& options) {
 
 void addRepair(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("repair", "Mend what verify finds");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RepairOptions>();
     command->add_flag("--apply", options->apply, "Do it; else it only says what it would do");
     command->add_option("--from", options->backup, "Take lost files from this backup")
         ->type_name("DIR");

@@ -30,7 +30,7 @@ int revert(const std::vector<std::string>& typed, bool json) {
     return untouched.empty() ? done : failed;
 }
 
-struct Options {
+struct RevertOptions {
     std::vector<std::string> identifiers;
     bool json = false;
 };
@@ -39,7 +39,7 @@ struct Options {
 
 void addRevert(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("revert", "Drop the edits of assets");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RevertOptions>();
     command->add_option("ID", options->identifiers, "As list shows them")
         ->required()
         ->type_name("");

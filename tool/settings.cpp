@@ -24,7 +24,7 @@ int confirmDeletions(bool ask, bool json) {
     return show(json);
 }
 
-struct Options {
+struct SettingsOptions {
     std::string answer;
     bool json = false;
 };
@@ -33,7 +33,7 @@ struct Options {
 
 void addSettings(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("settings", "Show or change settings");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<SettingsOptions>();
     addJson(command, options->json);
     command->footer("Without a setting it shows all of them.");
     tool.onRun(command, [options] { return show(options->json); });

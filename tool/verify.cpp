@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 using local::Finding;
 using local::Verification;
 
-struct Options {
+struct VerifyOptions {
     std::string state; // a file; empty: none
     std::string library;
     bool quick = false;
@@ -107,7 +107,7 @@ void summarize(const Verification& result, std::size_t findings, const std::stri
             " found. See photos-kit repair.");
 }
 
-int verify(const Options& options) {
+int verify(const VerifyOptions& options) {
     const auto place = options.library.empty() ? local::libraryPath() : options.library;
     if (!place)
         throw Failure("The home folder is not known (HOME is not set).");
@@ -159,7 +159,7 @@ int verify(const Options& options) {
 
 void addVerify(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("verify", "Whether the library is whole");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<VerifyOptions>();
     command->add_option("--state", options->state, "Go on where an earlier one stopped")
         ->type_name("FILE");
     command->add_option("--library", options->library, "Another library: a backup, say")

@@ -9,9 +9,10 @@ using testing::Not;
 
 namespace {
 
-using Method = jint (*)(JNIEnv*, jobject, jobjectArray, jboolean) noexcept;
-constexpr Method setFavorite = Java_com_morrowfen_lumatrice_service_PhotosService_nativeSetFavorite;
-constexpr Method setHidden = Java_com_morrowfen_lumatrice_service_PhotosService_nativeSetHidden;
+using FlagMethod = jint (*)(JNIEnv*, jobject, jobjectArray, jboolean) noexcept;
+constexpr FlagMethod setFavorite =
+    Java_com_morrowfen_lumatrice_service_PhotosService_nativeSetFavorite;
+constexpr FlagMethod setHidden = Java_com_morrowfen_lumatrice_service_PhotosService_nativeSetHidden;
 
 struct AssetFlags : CoreTest {
     AssetFlags() { library.assets = {imageAsset("1"), imageAsset("2"), imageAsset("3")}; }

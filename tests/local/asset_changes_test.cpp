@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::optional<NSError> change(const std::function<void()>& block) {
+std::optional<NSError> changeAssets(const std::function<void()>& block) {
     std::optional<NSError> error;
     if (performChangesAndWait(block, error))
         return std::nullopt;
@@ -29,14 +29,14 @@ std::optional<NSError> change(const std::function<void()>& block) {
 std::optional<NSError> mark(const std::vector<std::string>& identifiers,
                             void (*set)(const PHAssetChangeRequest&, bool), bool value) {
     const auto assets = fetchAssetsWithLocalIdentifiers(identifiers);
-    return change([&] {
+    return changeAssets([&] {
         for (std::size_t i = 0; i < assets.count(); ++i)
             set(changeRequestForAsset(*assets.objectAtIndex(i)), value);
     });
 }
 
 std::optional<NSError> remove(const std::vector<std::string>& identifiers) {
-    return change([&] { deleteAssets(fetchAssetsWithLocalIdentifiers(identifiers)); });
+    return changeAssets([&] { deleteAssets(fetchAssetsWithLocalIdentifiers(identifiers)); });
 }
 
 std::size_t countOfSmartAlbum(const std::string& title) {
@@ -112,7 +112,7 @@ TEST(AssetMarks, AreSetOnAllOrNone) {
     const auto identifiers = identifiersOf(home, "1");
     const auto assets = fetchAssetsWithLocalIdentifiers(identifiers);
     ASSERT_FALSE(remove({identifiers[1]}));
-    const auto error = change([&] {
+    const auto error = changeAssets([&] {
         for (std::size_t i = 0; i < assets.count(); ++i)
             setFavorite(changeRequestForAsset(*assets.objectAtIndex(i)), true);
     });
@@ -126,7 +126,7 @@ TEST(AssetMarks, OfBothKindsInOneBlockKeepTheirOrder) {
     listed();
     addBareAssets(home, 1, 1000, 1000);
     const auto asset = *listed().objectAtIndex(0);
-    ASSERT_FALSE(change([&] {
+    ASSERT_FALSE(changeAssets([&] {
         const auto request = changeRequestForAsset(asset);
         setFavorite(request, true);
         setHidden(request, true);

@@ -68,10 +68,6 @@ std::optional<PHContentEditingInput> inputOf(const PHAsset& asset, bool canHandl
     return got;
 }
 
-NSData dataOf(std::string_view text) {
-    return NSData(text.begin(), text.end());
-}
-
 // As an editor does it: the input, the rendered file, the commit.
 std::optional<NSError> edit(const std::string& identifier, const NSData& rendered) {
     const auto asset = assetWith(identifier);
@@ -97,7 +93,7 @@ NSData picture(const ScratchHome& home, int width, int height, int seed) {
     return dataOf(readBytes(writePicture(home.file("rendered.jpg"), width, height, seed)));
 }
 
-std::string sizeOf(const std::string& identifier) {
+std::string pixelSizeOf(const std::string& identifier) {
     const auto asset = assetWith(identifier);
     return std::to_string(asset->pixelWidth) + "x" + std::to_string(asset->pixelHeight);
 }
@@ -174,7 +170,7 @@ TEST(Edits, StandBesideTheOriginalAndCanBeTakenBack) {
     ASSERT_FALSE(edit(identifier, picture(home, 30, 40, 1)));
     const auto firstEdit = filesBelow(home.library() / "renders");
     EXPECT_EQ(firstEdit.size(), 1u);
-    EXPECT_EQ(sizeOf(identifier), "30x40");
+    EXPECT_EQ(pixelSizeOf(identifier), "30x40");
     EXPECT_THAT(typesOf(*assetWith(identifier)), ElementsAre(1, 5, 7));
     EXPECT_THAT(typesOf(*listed().objectAtIndex(0)), ElementsAre(1, 5, 7));
 
@@ -182,7 +178,7 @@ TEST(Edits, StandBesideTheOriginalAndCanBeTakenBack) {
     ASSERT_FALSE(edit(identifier, second));
     EXPECT_NE(filesBelow(home.library() / "renders"), firstEdit);
     EXPECT_EQ(filesBelow(home.library() / "renders").size(), 1u) << "the first one is gone";
-    EXPECT_EQ(sizeOf(identifier), "20x10");
+    EXPECT_EQ(pixelSizeOf(identifier), "20x10");
     EXPECT_EQ(dataOf(transfer(resourceOf(identifier, PHAssetResourceTypeFullSizePhoto)).bytes),
               second);
     EXPECT_EQ(transfer(resourceOf(identifier, PHAssetResourceTypeAdjustmentData)).bytes, "how");
@@ -195,7 +191,7 @@ TEST(Edits, StandBesideTheOriginalAndCanBeTakenBack) {
         second);
 
     EXPECT_EQ(local::revertEdits({identifier, "unknown"}), 1u);
-    EXPECT_EQ(sizeOf(identifier), "64x48");
+    EXPECT_EQ(pixelSizeOf(identifier), "64x48");
     EXPECT_THAT(typesOf(*assetWith(identifier)), ElementsAre(1));
     EXPECT_THAT(filesBelow(home.library() / "renders"), IsEmpty());
     EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
@@ -220,7 +216,7 @@ TEST(Edits, TakeOnlyAJpegThatDecodes) {
         EXPECT_THAT(error->localizedDescription.value_or(""), HasSubstr(why));
     }
     EXPECT_THAT(typesOf(*assetWith(identifier)), ElementsAre(1));
-    EXPECT_EQ(sizeOf(identifier), "64x48");
+    EXPECT_EQ(pixelSizeOf(identifier), "64x48");
     EXPECT_THAT(filesBelow(home.library() / "renders"), IsEmpty());
     EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
 }
@@ -252,7 +248,7 @@ void expectWhole(const ScratchHome& home, const std::string& identifier,
     EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
     EXPECT_EQ(sqlText(home, "PRAGMA integrity_check"), "ok");
     if (!edited) {
-        EXPECT_EQ(sizeOf(identifier), "640x480");
+        EXPECT_EQ(pixelSizeOf(identifier), "640x480");
         return;
     }
     const auto picture = resourceOf(identifier, PHAssetResourceTypeFullSizePhoto);

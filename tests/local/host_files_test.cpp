@@ -15,10 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-NSData dataOf(std::string_view text) {
-    return NSData(text.begin(), text.end());
-}
-
 std::span<const std::uint8_t> bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }

@@ -82,6 +82,10 @@ std::string readBytes(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+platform::NSData dataOf(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
 ImportOutcome importFile(const fs::path& path, long type) {
     std::optional<std::string> identifier;
     std::optional<platform::NSError> error;

@@ -46,6 +46,7 @@ std::filesystem::path writePicture(const std::filesystem::path& path, int width 
                                    int height = 48, int seed = 0);
 void writeText(const std::filesystem::path& path, std::string_view text);
 std::string readBytes(const std::filesystem::path& path);
+platform::NSData dataOf(std::string_view text);
 
 struct ImportOutcome {
     std::optional<std::string> identifier; // when done
