@@ -218,10 +218,10 @@ TEST_F(Export, IgnoresACancellationBetweenItsStartAndItsRegistration) {
 TEST_F(Export, EndsWhenItIsCancelledWhileItsTransferRuns) {
     library.transfers = {
         {.chunks = {"part"}, .runsUntilCancelled = true, .chunksAfterCancel = {" and more"}}};
+    library.reactions["write ' and more'"] = [] { cancel(); }; // a second time
     auto running = startExport("/out/one.jpg");
     waitUntilRegistered(7001);
     cancel(exportId + 1); // nobody's
-    cancel();
     cancel();
     EXPECT_EQ(running.get(), -4);
     EXPECT_EQ(exported(), "part and more"); // what was written stays
