@@ -141,12 +141,12 @@ void addTrashList(Tool& tool, CLI::App* trash) {
 }
 
 void addTrashRestore(Tool& tool, CLI::App* trash) {
-    struct TrashOptions {
+    struct RestoreOptions {
         std::vector<std::string> identifiers;
         bool json = false;
     };
     CLI::App* command = trash->add_subcommand("restore", "Put assets back as they were");
-    const auto options = std::make_shared<TrashOptions>();
+    const auto options = std::make_shared<RestoreOptions>();
     command->add_option("ID", options->identifiers, "As trash list shows them")
         ->required()
         ->type_name("");

@@ -3,6 +3,7 @@
 #include "platform/asset_resource_manager.h"
 
 #include "platform/local/asset_record.h"
+#include "platform/local/content_hasher.h"
 #include "platform/local/guarded.h"
 #include "platform/local/stored_bytes.h"
 

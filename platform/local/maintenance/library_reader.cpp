@@ -2,7 +2,7 @@
 
 #include "platform/local/asset_record.h"
 #include "platform/local/catalogue_schema.h"
-#include "platform/local/stored_bytes.h"
+#include "platform/local/content_hasher.h"
 
 #include <dirent.h>
 #include <fcntl.h>
