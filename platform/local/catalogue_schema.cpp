@@ -330,7 +330,35 @@ BEGIN
 END;
 )sql";
 
-constexpr std::array steps{firstVersion, secondVersion, thirdVersion};
+// What deleting for good needs: to find an asset's favourite without a walk, and to tell whether a
+// scaled picture still has a row of its content. And the room that scaled pictures may take.
+constexpr const char* fourthVersion = R"sql(
+CREATE INDEX favorite_asset ON favorite (asset);
+CREATE INDEX asset_content ON asset (hash);
+CREATE INDEX edit_content ON edit (hash);
+
+ALTER TABLE library ADD COLUMN derivatives_room INTEGER NOT NULL DEFAULT 2147483648
+    CHECK (derivatives_room >= 0);
+
+CREATE TRIGGER original_derivative_discarded AFTER DELETE ON asset
+WHEN NOT EXISTS (SELECT 1 FROM asset WHERE hash = old.hash)
+     AND NOT EXISTS (SELECT 1 FROM edit WHERE hash = old.hash)
+BEGIN
+    INSERT OR IGNORE INTO discarded_file
+    VALUES ('derivatives/' || substr(lower(hex(old.hash)), 1, 2) || '/' || lower(hex(old.hash))
+            || '.jpg');
+END;
+CREATE TRIGGER render_derivative_discarded AFTER DELETE ON edit
+WHEN NOT EXISTS (SELECT 1 FROM asset WHERE hash = old.hash)
+     AND NOT EXISTS (SELECT 1 FROM edit WHERE hash = old.hash)
+BEGIN
+    INSERT OR IGNORE INTO discarded_file
+    VALUES ('derivatives/' || substr(lower(hex(old.hash)), 1, 2) || '/' || lower(hex(old.hash))
+            || '.jpg');
+END;
+)sql";
+
+constexpr std::array steps{firstVersion, secondVersion, thirdVersion, fourthVersion};
 
 bool isEmptyFile(CatalogueConnection& connection) {
     return connection.integer("PRAGMA user_version") == 0 &&
