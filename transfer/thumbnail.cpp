@@ -4,6 +4,7 @@
 #include "bridge/entry_points.h"
 #include "platform/image_manager.h"
 
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -31,17 +32,18 @@ std::optional<platform::NSData> jpegOfBitmap(platform::CGImage bitmap) {
 // thumbnail, whatever came before.
 std::optional<platform::NSData> jpegOfAsset(const platform::PHAsset& asset,
                                             platform::CGSize targetSize) {
-    std::optional<platform::NSData> jpeg;
+    // Shared with the handler, which the library may keep for longer than this call.
+    const auto jpeg = std::make_shared<std::optional<platform::NSData>>();
     platform::requestImageForAsset(asset, targetSize, platform::PHImageContentModeAspectFill,
                                    thumbnailOptions(),
-                                   [&jpeg](const std::optional<platform::NSImage>& image) {
+                                   [jpeg](const std::optional<platform::NSImage>& image) {
                                        if (!image)
                                            return;
                                        auto bitmap = platform::CGImageForProposedRect(*image);
                                        if (bitmap)
-                                           jpeg = jpegOfBitmap(std::move(*bitmap));
+                                           *jpeg = jpegOfBitmap(std::move(*bitmap));
                                    });
-    return jpeg;
+    return std::move(*jpeg);
 }
 
 // Null, with the JVM's error left pending, when it has no room.

@@ -29,12 +29,13 @@ AlbumAssets::Walk::Walk(const AlbumOrder& order)
       state(connection->statement(statements.state)) {
     if (!order.smart)
         state.bind(4, order.album);
-    if (!state.step())
-        return; // the album is gone
-    const auto access = static_cast<long>(state.integer(0));
-    limited = seesChoice(access);
-    count = seesEverything(access) ? state.integer(1) : 0;
-    version = state.integer(2);
+    if (order.isListing())
+        markers = connection.library().listingMarkers().forNewSnapshot(*connection, [&] {
+            takeSnapshot();
+            return version;
+        });
+    else
+        takeSnapshot();
     if (!limited)
         return;
     Statement counted = connection->statement(statements.limitedCount);
@@ -42,6 +43,16 @@ AlbumAssets::Walk::Walk(const AlbumOrder& order)
         counted.bind(4, order.album);
     if (counted.step())
         count = counted.integer(0);
+}
+
+void AlbumAssets::Walk::takeSnapshot() {
+    state.reset();
+    if (!state.step())
+        return; // the album is gone
+    const auto access = static_cast<long>(state.integer(0));
+    limited = seesChoice(access);
+    count = seesEverything(access) ? state.integer(1) : 0;
+    version = state.integer(2);
 }
 
 std::optional<platform::PHAsset> AlbumAssets::Walk::at(const AlbumOrder& order,
@@ -79,7 +90,9 @@ void AlbumAssets::Walk::seek(const AlbumOrder& order, std::int64_t index) {
 ListingMarkers::Place AlbumAssets::Walk::locate(const AlbumOrder& order, std::int64_t index) {
     if (index < walkedWithoutMarkers)
         return {listingStart, index};
-    if (!markers) {
+    if (!markers && order.isListing())
+        markers = connection.library().listingMarkers().at(*connection, version);
+    if (!markers && !order.isListing()) {
         markers = connection.library().albumMarkers().at(order.key(), version, [&] {
             Statement keys = connection->statement(statements.keys);
             if (!order.smart)
@@ -87,7 +100,7 @@ ListingMarkers::Place AlbumAssets::Walk::locate(const AlbumOrder& order, std::in
             return ListingMarkers(keys, version);
         });
     }
-    return markers->locate(index);
+    return markers ? markers->locate(index) : ListingMarkers::Place{listingStart, index};
 }
 
 } // namespace local

@@ -25,6 +25,7 @@ private:
     struct Walk {
         explicit Walk(const AlbumOrder& order);
 
+        void takeSnapshot();
         std::optional<platform::PHAsset> at(const AlbumOrder& order, std::int64_t index);
         void seek(const AlbumOrder& order, std::int64_t index);
         ListingMarkers::Place locate(const AlbumOrder& order, std::int64_t index);

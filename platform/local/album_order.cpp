@@ -65,6 +65,8 @@ std::string limitedPage(const Source& source) {
 }
 
 std::string state(const AlbumOrder& order) {
+    if (order.isListing())
+        return "SELECT access, listed, listing_changes FROM library";
     if (order.smart)
         return std::string("SELECT library.access, ") + order.smart->countColumn +
                ", smart_album.changes FROM library, smart_album";

@@ -13,6 +13,8 @@ struct AlbumOrder {
     std::int64_t album = 0;
     bool byPosition = false; // user albums: as they were added, instead of newest first
 
+    // Whether it is the order of the whole library, whose markers it then shares.
+    bool isListing() const { return smart && smart->subtype == subtypeRecents; }
     // One number for each order that markers can be kept for.
     std::int64_t key() const { return smart ? -smart->subtype : album; }
 };

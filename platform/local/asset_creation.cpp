@@ -41,13 +41,17 @@ UniqueFd openSource(const std::string& path, struct stat& file) {
     return source;
 }
 
-std::int64_t modificationTime(const struct stat& file) {
-    return static_cast<std::int64_t>(file.st_mtim.tv_sec) * 1000 + file.st_mtim.tv_nsec / 1000000;
-}
-
 std::int64_t now() {
     using namespace std::chrono;
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+// The present for a file of no year that people know.
+std::int64_t modificationTime(const struct stat& file) {
+    const std::int64_t seconds = file.st_mtim.tv_sec;
+    if (seconds < earliestDate / 1000 || seconds > latestDate / 1000)
+        return now();
+    return seconds * 1000 + file.st_mtim.tv_nsec / 1000000;
 }
 
 bool isPanorama(const MediaInfo& info) {

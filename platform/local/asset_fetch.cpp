@@ -14,6 +14,18 @@ namespace {
 
 using platform::PHAsset;
 
+// What `fetch` answers; a fetch that fails is told from an empty one by changes alone.
+template <class Fetch>
+platform::PHFetchResult<PHAsset> resultOf(Fetch fetch) noexcept {
+    return orElse<platform::PHFetchResult<PHAsset>>({}, [&]() -> platform::PHFetchResult<PHAsset> {
+        try {
+            return {fetch()};
+        } catch (const LibraryError& failure) {
+            return {std::make_shared<FetchedAssets>(UnreadAssets{failure.error()})};
+        }
+    });
+}
+
 // An album's one asset with the identifier, if it has it.
 std::vector<PHAsset> memberWithIdentifier(const AlbumOrder& order, const std::string& identifier) {
     std::vector<PHAsset> found;
@@ -62,35 +74,32 @@ PHFetchResult<PHAsset> fetchAssetsInAssetCollection(const PHAssetCollection& col
                                                     const PHFetchOptions* options) {
     if (!collection.object)
         return {};
-    return local::orElse<PHFetchResult<PHAsset>>({}, [&] {
+    return local::resultOf([&] {
         const local::CollectionRecord& record = local::recordOf(collection);
         local::AlbumOrder order{record.smart, record.n, false};
         if (options && options->predicate)
-            return PHFetchResult<PHAsset>{std::make_shared<FetchedAssets>(local::KnownAssets{
-                local::memberWithIdentifier(order, options->predicate->argument)})};
+            return std::make_shared<FetchedAssets>(local::KnownAssets{
+                local::memberWithIdentifier(order, options->predicate->argument)});
         // Without options the album keeps its own order, and its count is known already.
         order.byPosition = !record.smart && (!options || options->sortDescriptors.empty());
-        return PHFetchResult<PHAsset>{
-            std::make_shared<FetchedAssets>(std::in_place_type<local::AlbumAssets>, order,
-                                            options ? std::nullopt : record.knownCount)};
+        return std::make_shared<FetchedAssets>(std::in_place_type<local::AlbumAssets>, order,
+                                               options ? std::nullopt : record.knownCount);
     });
 }
 
 PHFetchResult<PHAsset> fetchAssetsWithOptions(const PHFetchOptions& options) {
     // Newest first is the library's own order as well as the only one that is asked for; a fetch
     // that asks for no order is one to be counted.
-    return local::orElse<PHFetchResult<PHAsset>>({}, [&] {
-        return PHFetchResult<PHAsset>{std::make_shared<FetchedAssets>(
-            std::in_place_type<local::ListedAssets>, !options.sortDescriptors.empty())};
+    return local::resultOf([&] {
+        return std::make_shared<FetchedAssets>(std::in_place_type<local::ListedAssets>,
+                                               !options.sortDescriptors.empty());
     });
 }
 
 PHFetchResult<PHAsset>
 fetchAssetsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {
-    return local::orElse<PHFetchResult<PHAsset>>({}, [&] {
-        return PHFetchResult<PHAsset>{
-            std::make_shared<FetchedAssets>(local::assetsWithIdentifiers(identifiers))};
-    });
+    return local::resultOf(
+        [&] { return std::make_shared<FetchedAssets>(local::assetsWithIdentifiers(identifiers)); });
 }
 
 } // namespace platform

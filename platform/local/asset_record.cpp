@@ -1,5 +1,7 @@
 #include "platform/local/asset_record.h"
 
+#include "platform/local/capture_date.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -25,12 +27,14 @@ std::optional<Uuid> uuidOfAssetIdentifier(std::string_view identifier) {
 }
 
 double exactSeconds(std::int64_t milliseconds) {
-    double seconds = static_cast<double>(milliseconds) / 1000.0;
+    milliseconds = std::clamp(milliseconds, earliestDate, latestDate);
+    const double seconds = static_cast<double>(milliseconds) / 1000.0;
+    if (static_cast<std::int64_t>(seconds * 1000.0) == milliseconds)
+        return seconds;
+    // The quotient is half a step off at most, and a step is less than a millisecond.
     const double away = milliseconds < 0 ? -std::numeric_limits<double>::infinity()
                                          : std::numeric_limits<double>::infinity();
-    while (static_cast<std::int64_t>(seconds * 1000.0) != milliseconds)
-        seconds = std::nextafter(seconds, away);
-    return seconds;
+    return std::nextafter(seconds, away);
 }
 
 platform::PHAsset assetFromRow(const Statement& row) {

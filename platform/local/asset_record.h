@@ -42,7 +42,8 @@ std::string assetIdentifier(const Uuid& uuid);
 // The uuid in an asset's identifier, as this library writes it; nothing for any other text.
 std::optional<Uuid> uuidOfAssetIdentifier(std::string_view identifier);
 
-// The seconds whose thousandfold, cut to an integer, is exactly `milliseconds`.
+// The seconds whose thousandfold, cut to an integer, is exactly `milliseconds`; of a date that no
+// asset can have, the nearest that one can.
 double exactSeconds(std::int64_t milliseconds);
 
 } // namespace local

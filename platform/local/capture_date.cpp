@@ -14,6 +14,11 @@ bool isTimeOfDay(const CaptureTime& r) {
            r.second < 60 && r.millisecond >= 0 && r.millisecond < 1000;
 }
 
+// An offset can carry the first or the last day out of the years that count.
+std::optional<std::int64_t> dateOf(std::int64_t milliseconds) {
+    return isDate(milliseconds) ? std::optional(milliseconds) : std::nullopt;
+}
+
 std::optional<std::int64_t> localSeconds(const CaptureTime& r) {
     std::tm broken{};
     broken.tm_year = r.year - 1900;
@@ -42,11 +47,11 @@ std::optional<std::int64_t> millisecondsSince1970(const CaptureTime& reading) {
                               *reading.offsetMinutes < minutesInADay;
     if (!offsetExists) {
         const auto seconds = localSeconds(reading);
-        return seconds ? std::optional(*seconds * 1000 + reading.millisecond) : std::nullopt;
+        return seconds ? dateOf(*seconds * 1000 + reading.millisecond) : std::nullopt;
     }
     const auto point = sys_days(date).time_since_epoch() + hours(reading.hour) +
                        minutes(reading.minute - *reading.offsetMinutes) + seconds(reading.second);
-    return duration_cast<milliseconds>(point).count() + reading.millisecond;
+    return dateOf(duration_cast<milliseconds>(point).count() + reading.millisecond);
 }
 
 } // namespace local

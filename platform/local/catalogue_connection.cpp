@@ -2,6 +2,10 @@
 
 #include "platform/local/catalogue_vfs.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <chrono>
 #include <thread>
 
@@ -173,6 +177,15 @@ void CatalogueConnection::keepManyPages() {
 
 bool CatalogueConnection::isReadOnly() const {
     return sqlite3_db_readonly(database_, "main") == 1;
+}
+
+bool hasNoLog(int folder) {
+    struct stat log {};
+    if (fstatat(folder, "library.db-wal", &log, 0) == 0)
+        return log.st_size == 0;
+    if (errno != ENOENT)
+        throw systemError("The log of the library's catalogue could not be examined", errno);
+    return true;
 }
 
 Snapshot::Snapshot(CatalogueConnection& connection) : connection_(connection) {

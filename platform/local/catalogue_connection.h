@@ -94,6 +94,10 @@ private:
     std::unordered_map<const char*, sqlite3_stmt*> statements_;
 };
 
+// Whether all that was ever committed stands in the catalogue itself, because no log lies beside
+// it. Throws when that cannot be told.
+bool hasNoLog(int folder);
+
 // A read transaction: one snapshot of the catalogue from the first read on.
 class Snapshot {
 public:

@@ -360,12 +360,12 @@ END;
 
 constexpr std::array steps{firstVersion, secondVersion, thirdVersion, fourthVersion};
 
-bool isEmptyFile(CatalogueConnection& connection) {
+} // namespace
+
+bool isNewCatalogue(CatalogueConnection& connection) {
     return connection.integer("PRAGMA user_version") == 0 &&
            connection.integer("SELECT count(*) FROM sqlite_schema") == 0;
 }
-
-} // namespace
 
 std::span<const char* const> schemaSteps() {
     return steps;
@@ -387,7 +387,7 @@ void checkCatalogueIsOurs(CatalogueConnection& connection, std::size_t knownVers
 
 void prepareSchema(CatalogueConnection& connection, std::span<const char* const> wanted) {
     const auto current = static_cast<std::int64_t>(wanted.size());
-    const bool fresh = isEmptyFile(connection);
+    const bool fresh = isNewCatalogue(connection);
     if (!fresh) {
         checkCatalogueIsOurs(connection, wanted.size());
         if (connection.integer("PRAGMA user_version") == current)
@@ -396,7 +396,7 @@ void prepareSchema(CatalogueConnection& connection, std::span<const char* const>
     WriteTransaction transaction(connection);
     // Another process may have done it while this one waited.
     std::int64_t version = connection.integer("PRAGMA user_version");
-    if (!isEmptyFile(connection))
+    if (!isNewCatalogue(connection))
         checkCatalogueIsOurs(connection, wanted.size());
     for (; version < current; ++version)
         connection.execute(wanted[static_cast<std::size_t>(version)]);

@@ -13,6 +13,9 @@ inline constexpr std::int64_t catalogueApplicationId = 0x70686b31; // "phk1"
 // A step that has been released is never edited: what comes later is a new step.
 std::span<const char* const> schemaSteps();
 
+// Whether it is an empty file still, in which no table has been made.
+bool isNewCatalogue(CatalogueConnection& connection);
+
 // Creates the tables in an empty catalogue or brings an older one up to date, in one transaction.
 // Several processes may do so at once. Throws when the file is no catalogue of ours or is newer
 // than this code, and then leaves it as it was.

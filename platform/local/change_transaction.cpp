@@ -7,6 +7,7 @@
 #include "platform/local/confirmation.h"
 #include "platform/local/discarded_files.h"
 #include "platform/local/edits.h"
+#include "platform/local/guarded.h"
 #include "platform/local/library.h"
 #include "platform/photo_library.h"
 
@@ -29,6 +30,8 @@ template <class Prepared>
 using Parts = std::vector<std::unique_ptr<Prepared>>;
 
 void carryOut(const ChangeTransaction& changes) {
+    if (changes.refusal)
+        throw LibraryError(*changes.refusal);
     const std::shared_ptr<Library> library = Library::open();
     library->requireWritable();
     const ConnectionLease connection = library->connectionForChanges();
@@ -85,6 +88,20 @@ void carryOutSteps(const std::vector<std::function<void(CatalogueConnection&)>>&
         transaction.commit();
     }
     checkpointWhenLong(library, connection->logPages());
+}
+
+void refuseChangeUnderWay() noexcept {
+    ChangeTransaction* const change = ChangeTransaction::current();
+    if (!change || change->refusal)
+        return;
+    try {
+        throw;
+    } catch (const LibraryError& failure) {
+        change->refusal = failure.error();
+    } catch (const std::exception& failure) {
+        change->refusal =
+            platform::NSError{std::string(platform::PHPhotosErrorDomain), 0, failure.what()};
+    }
 }
 
 ChangeTransaction* ChangeTransaction::current() {

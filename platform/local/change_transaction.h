@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace local {
@@ -45,6 +46,9 @@ struct ChangeTransaction {
     // That of the newest step, while assets can still join it.
     std::shared_ptr<MarkWish> openMarks;
     std::size_t openMarksStep = 0;
+
+    // Why it cannot be carried out, when that is known already.
+    std::optional<platform::NSError> refusal;
 
     // The one whose block runs on this thread; null outside a block.
     static ChangeTransaction* current();

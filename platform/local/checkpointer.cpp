@@ -1,10 +1,10 @@
 #include "platform/local/checkpointer.h"
 
 #include "platform/local/library.h"
+#include "platform/local/quiet_thread.h"
 
 #include <condition_variable>
 #include <mutex>
-#include <thread>
 
 namespace local {
 
@@ -40,7 +40,7 @@ void checkpoint(Library& library, int pages) {
         sqlite3_wal_checkpoint_v2(connection->handle(), nullptr, SQLITE_CHECKPOINT_TRUNCATE,
                                   nullptr, nullptr);
         connection->waitWithoutLimit();
-    } catch (const LibraryError&) {
+    } catch (const std::exception&) {
         // The next commit asks again.
     }
 }
@@ -63,16 +63,15 @@ void workForever() {
 
 } // namespace
 
-void checkpointWhenLong(const std::shared_ptr<Library>& library, int logPages) {
+void checkpointWhenLong(const std::shared_ptr<Library>& library, int logPages) noexcept {
     if (logPages < longLogPages)
         return;
     Work& shared = work();
     const std::scoped_lock lock(shared.mutex);
     shared.library = library;
     shared.pages = logPages;
-    if (!shared.started)
-        std::thread(workForever).detach();
-    shared.started = true;
+    // Without a thread the log grows until a later commit finds one.
+    shared.started = shared.started || startQuietThread(workForever);
     shared.wanted.notify_one();
 }
 

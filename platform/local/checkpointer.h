@@ -8,7 +8,8 @@ namespace local {
 
 class Library;
 
-// To be told after each commit how many pages the log holds. Returns at once.
-void checkpointWhenLong(const std::shared_ptr<Library>& library, int logPages);
+// To be told after each commit how many pages the log holds. Returns at once, and never fails: what
+// is committed is done.
+void checkpointWhenLong(const std::shared_ptr<Library>& library, int logPages) noexcept;
 
 } // namespace local

@@ -58,16 +58,21 @@ std::optional<Sight> openToSee() {
 }
 
 void readChildren(Children& children) {
-    children.knownCount.reset();
     const auto sight = openToSee();
-    if (!sight)
+    if (!sight) {
+        children.knownCount.reset();
         return;
+    }
     Statement rows = sight->connection->statement("SELECT " PHOTOS_KIT_COLLECTION_COLUMNS
                                                   " FROM collection INDEXED BY collection_order "
                                                   "WHERE ifnull(parent, 0) = ?1 ORDER BY position");
     rows.bind(1, children.folder);
+    std::deque<CollectionRow> read;
     while (rows.step())
-        children.rows.push_back(collectionRow(rows, sight->limited));
+        read.push_back(collectionRow(rows, sight->limited));
+    // Only now: a reading that fails leaves what is known, and the next one tries again.
+    children.rows = std::move(read);
+    children.knownCount.reset();
 }
 
 std::vector<PHCollection> collectionsWithIdentifiers(const std::vector<std::string>& identifiers,

@@ -105,11 +105,15 @@ std::optional<PHAsset> ManyAssets::at(std::size_t index) {
         return std::nullopt;
     if (index < windowStart_ || index >= windowStart_ + window_.size())
         readWindow(index);
-    return window_[index - windowStart_];
+    const std::optional<PHAsset>& asset = window_[index - windowStart_];
+    if (!asset)
+        throw LibraryError(platform::PHPhotosErrorDomain, invalidResourceCode,
+                           "An asset no longer exists; nothing was changed.");
+    return asset;
 }
 
 void ManyAssets::readWindow(std::size_t start) {
-    window_.clear();
+    window_.clear(); // so that nothing of a reading that fails is taken for the window
     windowStart_ = start;
     const ConnectionLease connection = Library::open()->connection();
     const Snapshot snapshot(*connection);

@@ -31,6 +31,7 @@ public:
         : rowNumbers_(std::move(rowNumbers)) {}
 
     std::size_t count() const { return rowNumbers_.size(); }
+    // Throws when the asset has gone since.
     std::optional<platform::PHAsset> at(std::size_t index);
     const std::vector<std::int64_t>& rowNumbers() const { return rowNumbers_; }
 
@@ -42,7 +43,16 @@ private:
     std::vector<std::optional<platform::PHAsset>> window_;
 };
 
-using FetchedAssets = std::variant<KnownAssets, ManyAssets, ListedAssets, AlbumAssets>;
+// A fetch that failed. It looks empty to whoever only reads, but no change may take it for that.
+struct UnreadAssets {
+    platform::NSError error;
+
+    [[noreturn]] std::size_t count() const { throw LibraryError(error); }
+    std::optional<platform::PHAsset> at(std::size_t) const { throw LibraryError(error); }
+};
+
+using FetchedAssets =
+    std::variant<KnownAssets, ManyAssets, ListedAssets, AlbumAssets, UnreadAssets>;
 
 // In the order in which they are asked for first.
 FetchedAssets assetsWithIdentifiers(const std::vector<std::string>& identifiers);

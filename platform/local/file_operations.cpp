@@ -10,6 +10,7 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -20,7 +21,9 @@ namespace {
 
 using platform::NSData;
 
-constexpr mode_t usualMode = 0666; // less what the process's mask takes away
+constexpr std::size_t firstRoom = std::size_t{64} << 10;
+constexpr off_t mostInMemory = off_t{2} << 30; // no picture is larger
+constexpr mode_t usualMode = 0666;             // less what the process's mask takes away
 constexpr int writing = O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 
 UniqueFd openRegularFile(const std::string& path) {
@@ -106,12 +109,14 @@ void copyItem(const std::string& from, const std::string& to) {
 NSData contentsOf(const std::string& path) {
     const UniqueFd file = openRegularFile(path);
     struct stat status {};
-    fstat(file.get(), &status);
-    NSData data(static_cast<std::size_t>(status.st_size));
+    if (fstat(file.get(), &status) != 0 || status.st_size > mostInMemory)
+        throw systemError("The file could not be read", EFBIG);
+    NSData data;
     std::size_t length = 0;
     for (;;) {
+        // Room follows what was read: the size that a file states may be a hole's.
         if (length == data.size())
-            data.resize(data.size() + 65536); // it may have grown; and the end must be seen
+            data.resize(std::max(2 * data.size(), firstRoom));
         const ssize_t got = read(file.get(), data.data() + length, data.size() - length);
         if (got < 0 && errno == EINTR)
             continue;

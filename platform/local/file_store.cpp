@@ -6,6 +6,7 @@
 #include <sys/random.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <map>
@@ -16,6 +17,7 @@ namespace local {
 namespace {
 
 constexpr std::string_view editFolderEnding = ".edit";
+constexpr std::string_view derivativesFolder = "derivatives";
 constexpr std::size_t uuidTextLength = 36;
 
 struct CloseFolder {
@@ -55,14 +57,6 @@ std::vector<std::string> namesIn(int parent, const char* name, int* error = null
     return names;
 }
 
-std::string pathOf(Stored kind, std::string_view name) {
-    return std::string(folderOf(kind))
-        .append("/")
-        .append(name.substr(0, 2))
-        .append("/")
-        .append(name);
-}
-
 // What the name of a marker says about the file beside it.
 std::optional<Stored> kindOfMarker(std::string_view name) {
     for (const Stored kind : {Stored::original, Stored::render}) {
@@ -95,6 +89,19 @@ void sweepEditFolder(int incoming, const std::string& name) {
     const UniqueFd folder(openat(incoming, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder && flock(folder.get(), LOCK_EX | LOCK_NB) == 0 && isLinked(folder.get()))
         removeEditFolder(incoming, name);
+}
+
+// The folder of a path that may be removed: "<folder>/<first two characters>/<name>".
+std::optional<std::string_view> removableFrom(std::string_view path) {
+    const std::string_view folder = path.substr(0, path.find('/'));
+    const std::string_view rest = path.substr(std::min(path.size(), folder.size() + 1));
+    const bool known = folder == folderOf(Stored::original) || folder == folderOf(Stored::render) ||
+                       folder == derivativesFolder;
+    if (!known || rest.size() < 3 || rest[2] != '/')
+        return std::nullopt;
+    const std::string_view name = rest.substr(3);
+    return isStorableName(name) && rest.starts_with(name.substr(0, 2)) ? std::optional(folder)
+                                                                       : std::nullopt;
 }
 
 int uppercaseDigitValue(char digit) {
@@ -173,6 +180,22 @@ bool isLinked(int file) {
     return fstat(file, &status) == 0 && status.st_nlink > 0;
 }
 
+bool isStorableName(std::string_view name) {
+    return name.size() > 2 && name.front() != '.' &&
+           name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+std::string pathOf(Stored kind, std::string_view name) {
+    if (!isStorableName(name))
+        throw LibraryError(posixErrorDomain, EINVAL,
+                           "The catalogue names a file that is none of the library's own.");
+    return std::string(folderOf(kind))
+        .append("/")
+        .append(name.substr(0, 2))
+        .append("/")
+        .append(name);
+}
+
 void FileStore::create() const {
     for (const char* name : {"originals", "renders", "incoming", "derivatives"}) {
         if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
@@ -194,7 +217,8 @@ void FileStore::create() const {
 }
 
 bool FileStore::holds(Stored kind, const std::string& name) const {
-    return faccessat(folder_, pathOf(kind, name).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+    return isStorableName(name) &&
+           faccessat(folder_, pathOf(kind, name).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 bool FileStore::isPresent(Stored kind) const {
@@ -248,11 +272,12 @@ bool FileStore::syncFolder(const std::string& path) const {
 
 std::vector<std::string> FileStore::removeDiscarded(const std::vector<std::string>& paths) const {
     std::map<std::string, std::vector<std::string>> gone; // by folder
-    const bool originals = isPresent(Stored::original);
-    const bool renders = isPresent(Stored::render);
+    const std::array present{isPresent(Stored::original), isPresent(Stored::render)};
     for (const std::string& path : paths) {
+        const std::optional<std::string_view> folder = removableFrom(path);
         // What is not there because its disk is not has still to be removed.
-        if (!(path.starts_with(folderOf(Stored::render)) ? renders : originals))
+        if (!folder || (*folder == folderOf(Stored::original) && !present[0]) ||
+            (*folder == folderOf(Stored::render) && !present[1]))
             continue;
         if (unlinkat(folder_, path.c_str(), 0) == 0 || errno == ENOENT)
             gone[path.substr(0, path.find_last_of('/'))].push_back(path);

@@ -35,6 +35,13 @@ enum class Stored { original, render };
 std::string_view folderOf(Stored kind);
 std::string_view markerEnding(Stored kind); // of the name of a marker in incoming/
 
+// Where a stored file lies, relative to the library: "<folder>/<first two characters>/<name>".
+// Names come out of the catalogue, which may be damaged or somebody's trap: one that would lead
+// anywhere else throws LibraryError.
+std::string pathOf(Stored kind, std::string_view name);
+// Whether pathOf takes the name.
+bool isStorableName(std::string_view name);
+
 // A file in "originals" and in "renders" that says: this is the store. Where it is missing another
 // folder stands in the store's place, such as the empty one below a disk that is not mounted; what
 // is not found there is not gone, and nothing may be put there.
@@ -72,8 +79,8 @@ public:
     void sweep(const std::function<bool(Stored, const std::string& name)>& isCatalogued,
                const std::function<void()>& beforeRemoval) const;
 
-    // Removes files that no row names any longer, by their paths relative to the library. Answers
-    // those that are gone durably.
+    // Removes files that no row names any longer, by their paths relative to the library: stored
+    // files and derivatives, nothing else. Answers those that are gone durably.
     std::vector<std::string> removeDiscarded(const std::vector<std::string>& paths) const;
 
     // Makes durable what was made or removed in a folder, by its path relative to the library.

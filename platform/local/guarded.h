@@ -7,12 +7,18 @@
 
 namespace local {
 
-// What `work` answers, or `otherwise` when it fails.
+// Within a change block: refuses the whole change with what is being handled (a catch block only).
+// What a block asked for and could not be told must not be counted as done. Nothing elsewhere.
+void refuseChangeUnderWay() noexcept;
+
+// What `work` answers, or `otherwise` when it fails; a failure within a change block refuses the
+// change.
 template <class Answer, class Work>
 Answer orElse(Answer otherwise, Work&& work) noexcept {
     try {
         return std::forward<Work>(work)();
     } catch (const std::exception&) {
+        refuseChangeUnderWay();
         return otherwise;
     }
 }

@@ -54,11 +54,11 @@ IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::strin
     markerPath_ = partPath_ + std::string(markerEnding(kind));
     root_ = folderOf(kind);
     finalFolder_ = root_ + "/" + name.substr(0, 2);
-    finalPath_ = finalFolder_ + "/" + name;
+    finalPath_ = pathOf(kind, name);
     makeMarker();
     try {
         const int part = openat(store_.folder(), partPath_.c_str(),
-                                O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+                                O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0400);
         if (part < 0)
             copyFailed("creating", errno);
         writable_.reset(part);

@@ -19,15 +19,29 @@ namespace {
 // More than a host's threads use at once would only hold memory.
 constexpr std::size_t mostIdleConnections = 8;
 
-// Makes the folder and those above it; only the library's own is kept from other users.
-void makeFolder(const std::string& path) {
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
-    if (error && error != std::errc::file_exists)
-        throw systemError("The photo library's place " + path + " could not be made",
-                          error.value());
-    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        throw systemError("The photo library " + path + " could not be made", errno);
+bool syncFolder(const std::filesystem::path& path) {
+    const UniqueFd folder(
+        ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder && fsync(folder.get()) == 0;
+}
+
+// Makes the folder and those above it, each name durable before anything is put below it; only the
+// library's own is kept from other users.
+void makeFolder(const std::filesystem::path& path, mode_t mode = 0700) {
+    if (mkdir(path.c_str(), mode) != 0) {
+        if (errno == EEXIST)
+            return;
+        if (errno != ENOENT || !path.has_relative_path())
+            throw systemError("The photo library's place " + path.string() + " could not be made",
+                              errno);
+        makeFolder(path.parent_path(), 0777);
+        if (mkdir(path.c_str(), mode) != 0 && errno != EEXIST)
+            throw systemError("The photo library's place " + path.string() + " could not be made",
+                              errno);
+    }
+    if (!syncFolder(path.parent_path()))
+        throw systemError(
+            "The photo library's place " + path.string() + " could not be made durable", errno);
 }
 
 // A library made where a disk is to be mounted would be hidden once it is.
@@ -38,11 +52,24 @@ void requireMountedPlace(const std::string& path) {
                                ", so no new library was made there; nothing was changed.");
 }
 
+// The catalogue of a library on a network disk would be damaged as soon as two machines had it
+// open, and nobody can tell whether another one has.
+void requireOwnDisk(const std::string& path) {
+    const std::string type = fileSystemTypeOf(path);
+    if (isNetworkType(type))
+        throw LibraryError(posixErrorDomain, EREMOTE,
+                           "The photo library's place " + path + " is on a network disk (" + type +
+                               "), where its catalogue cannot be kept safe; nothing was changed. "
+                               "Keep the library on a disk of this machine, and copy it to the "
+                               "network with photos-kit backup.");
+}
+
 UniqueFd openFolder(const std::string& path) {
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     UniqueFd folder(::open(path.c_str(), flags));
     if (!folder && errno == ENOENT) {
         requireMountedPlace(path);
+        requireOwnDisk(path);
         makeFolder(path);
         folder.reset(::open(path.c_str(), flags));
     }
@@ -52,6 +79,7 @@ UniqueFd openFolder(const std::string& path) {
                                   "was changed.");
     if (!folder)
         throw systemError("The photo library " + path + " could not be opened", errno);
+    requireOwnDisk(path);
     return folder;
 }
 
@@ -86,16 +114,50 @@ void requirePresentVersion(CatalogueConnection& connection) {
                            "and cannot be brought up to date now, because it takes no changes.");
 }
 
-// Makes the names of a new library's files, and its own, durable.
+// Makes the names of a new library's files durable, its own, and those of the folders above it as
+// far as they are this user's: whoever began to make it may have died before syncing them.
 void syncNewLibrary(int folder) {
-    const UniqueFd parent(openat(folder, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (fsync(folder) != 0 || !parent || fsync(parent.get()) != 0)
+    if (fsync(folder) != 0)
         throw systemError("The new photo library could not be made durable", errno);
+    struct stat below {};
+    fstat(folder, &below);
+    UniqueFd at(openat(folder, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (bool nearest = true; at; nearest = false) {
+        struct stat here {};
+        const bool looked = fstat(at.get(), &here) == 0;
+        const bool top = here.st_dev != below.st_dev || here.st_ino == below.st_ino;
+        if (!nearest && (!looked || top || here.st_uid != geteuid()))
+            return;
+        if (fsync(at.get()) != 0)
+            throw systemError("The new photo library could not be made durable", errno);
+        below = here;
+        at.reset(openat(at.get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    }
 }
 
-bool logIsEmpty(int folder) {
-    struct stat log {};
-    return fstatat(folder, "library.db-wal", &log, 0) != 0 || log.st_size == 0;
+// An empty catalogue that other users cannot read, as SQLite would make it. Nobody can have it
+// open yet: it is left alone where it stands already.
+void makeCatalogueFile(int folder) {
+    const UniqueFd made(
+        openat(folder, "library.db", O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!made && errno != EEXIST)
+        throw systemError("The library's catalogue could not be made", errno);
+}
+
+// A folder that stood there before it became a library is closed to others, if it is this user's.
+void keepToItsOwner(int folder) {
+    struct stat status {};
+    if (fstat(folder, &status) == 0 && status.st_uid == geteuid() &&
+        (status.st_mode & 0777) != 0700)
+        fchmod(folder, 0700);
+}
+
+// Programs that collect pictures pass over a folder that holds these: what they would make of the
+// library's own files is nobody's album.
+void hideFromCollectors(int folder) {
+    for (const char* name : {".nomedia", ".trackerignore"})
+        const UniqueFd made(
+            openat(folder, name, O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
 }
 
 } // namespace
@@ -143,6 +205,8 @@ std::shared_ptr<Library> Library::openAnew() {
     static std::mutex* const mutex = new std::mutex;
     static std::shared_ptr<Library>* const kept = new std::shared_ptr<Library>;
     const std::scoped_lock lock(*mutex);
+    if (*kept && (*kept)->process_ != getpid())
+        leaveToForkedFrom(*kept, *path);
     if (!*kept || !(*kept)->stillAt(*path)) {
         kept->reset();
         *kept = std::make_shared<Library>(*path);
@@ -162,6 +226,7 @@ Library::Library(const std::string& path) : folder_(openFolder(path)), files_(fo
     if (readOnly_)
         return;
     try {
+        hideFromCollectors(folder_.get());
         markStore();
         sweep();
     } catch (const LibraryError&) {
@@ -211,6 +276,17 @@ void Library::makeDurable(CatalogueConnection& connection) {
     transaction.commit();
 }
 
+// SQLite's locks belong to the process that took them, and what it remembers of them is wrong in a
+// copy of that process: there its connections may neither be used nor closed, nor may others to the
+// same file be opened.
+void Library::leaveToForkedFrom(std::shared_ptr<Library>& kept, const std::string& path) {
+    if (kept->stillAt(path))
+        throw LibraryError(posixErrorDomain, EBUSY,
+                           "The photo library is open in the process that this one was forked "
+                           "from, so it cannot be used here.");
+    new std::shared_ptr<Library>(std::move(kept)); // never destroyed
+}
+
 bool Library::stillAt(const std::string& path) const {
     // A disk that took no writes may take them again.
     if (readOnly_ && std::chrono::steady_clock::now() - opened_ > std::chrono::seconds(2))
@@ -245,27 +321,30 @@ void Library::prepareCatalogue(const std::string& path) {
         refuseNewerVersion(folder_.get());
     else
         requireMountedPlace(path);
+    if (!exists)
+        makeCatalogueFile(folder_.get());
     try {
         CatalogueConnection connection(folder_.get(), CatalogueConnection::Mode::readWrite,
                                        !exists);
         readOnly_ = connection.isReadOnly();
-        if (!exists) {
+        // One that another process began and did not finish has a catalogue, of no version yet.
+        if (!readOnly_ && isNewCatalogue(connection)) {
+            keepToItsOwner(folder_.get());
             files_.create();
             connection.execute("PRAGMA journal_mode=WAL");
+            syncNewLibrary(folder_.get());
         }
         if (readOnly_)
             requirePresentVersion(connection);
         else
             prepareSchema(connection, schemaSteps());
         connection.integer("SELECT access FROM library");
-        if (!exists)
-            syncNewLibrary(folder_.get());
     } catch (const LibraryError& error) {
         const int code = static_cast<int>(error.error().code) & 0xff;
         const bool noRoom = code == SQLITE_FULL || code == SQLITE_CANTOPEN ||
                             code == SQLITE_IOERR || code == SQLITE_READONLY;
         if (!exists || error.error().domain != sqliteErrorDomain || !noRoom ||
-            !logIsEmpty(folder_.get()))
+            !hasNoLog(folder_.get()))
             throw;
         // SQLite found no room for its own files beside the catalogue. All that was ever
         // committed is in the catalogue itself, and nobody can add to it.

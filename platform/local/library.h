@@ -76,6 +76,7 @@ private:
     friend class ConnectionLease;
 
     static std::shared_ptr<Library> openAnew();
+    static void leaveToForkedFrom(std::shared_ptr<Library>& kept, const std::string& path);
     bool stillAt(const std::string& path) const;
     void markStore();
     void sweep();
@@ -84,6 +85,7 @@ private:
     void prepareCatalogue(const std::string& path);
     void giveBack(std::unique_ptr<CatalogueConnection> connection, bool forChanges);
 
+    pid_t process_ = getpid();
     UniqueFd folder_;
     struct stat catalogueFile_ {};
     CatalogueConnection::Mode mode_ = CatalogueConnection::Mode::readWrite;

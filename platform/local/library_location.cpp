@@ -51,15 +51,19 @@ std::optional<std::string> libraryPath() {
     const char* home = std::getenv("HOME");
     if (!home || !*home)
         return std::nullopt;
-    static std::mutex mutex;
-    static std::string knownHome;
-    static std::string knownPath;
-    const std::scoped_lock lock(mutex);
-    if (knownHome != home) {
-        knownHome = home;
-        knownPath = picturesFolder(knownHome) + "/Lumatrice Library";
+    // Never destroyed: threads of the host may call until the process ends.
+    struct Known {
+        std::mutex mutex;
+        std::string home;
+        std::string path;
+    };
+    static auto* const known = new Known;
+    const std::scoped_lock lock(known->mutex);
+    if (known->home != home) {
+        known->home = home;
+        known->path = picturesFolder(known->home) + "/Lumatrice Library";
     }
-    return knownPath;
+    return known->path;
 }
 
 } // namespace local

@@ -8,15 +8,15 @@ namespace local {
 ListedAssets::ListedAssets(bool forWalking)
     : connection_(Library::open()->connection()),
       state_(connection_->statement("SELECT access, listed, listing_changes FROM library")) {
-    takeSnapshot();
-    SharedListingMarkers& shared = connection_.library().listingMarkers();
-    while (forWalking && shared.areKept() && !(markers_ = shared.at(*connection_, sequence_))) {
-        // Another thread has moved the markers beyond this snapshot: take a newer one rather than
-        // walk without markers.
+    if (!forWalking) {
         takeSnapshot();
+        return;
     }
-    if (forWalking)
-        accessHere_ = accessOfThisThreadsFetch(access_);
+    markers_ = connection_.library().listingMarkers().forNewSnapshot(*connection_, [&] {
+        takeSnapshot();
+        return sequence_;
+    });
+    accessHere_ = accessOfThisThreadsFetch(access_);
 }
 
 std::optional<platform::PHAsset> ListedAssets::at(std::size_t index) {

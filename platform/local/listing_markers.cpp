@@ -42,6 +42,14 @@ ListingMarkers::ListingMarkers(CatalogueConnection& connection, std::int64_t seq
                                           "WHERE hidden = 0 AND trashed_at IS NULL "
                                           "ORDER BY created DESC, n DESC");
     take(rows, stretchSize);
+    Statement change = connection.statement("SELECT seq, old_created, new_created, asset "
+                                            "FROM listing_change WHERE seq = ?1");
+    if (change.bind(1, sequence).step())
+        newest_ = changeOf(change);
+}
+
+ListingMarkers::Change ListingMarkers::changeOf(const Statement& log) {
+    return {log.integer(3), log.integer(log.isNull(2) ? 1 : 2)};
 }
 
 ListingMarkers::ListingMarkers(Statement& keys, std::int64_t version) : sequence_(version) {
@@ -60,7 +68,7 @@ void ListingMarkers::take(Statement& keys, std::int32_t size) {
 
 bool ListingMarkers::bringUpTo(CatalogueConnection& connection, std::int64_t sequence) {
     Statement log = connection.statement("SELECT seq, old_created, new_created, asset "
-                                         "FROM listing_change WHERE seq > ?1 ORDER BY seq");
+                                         "FROM listing_change WHERE seq >= ?1 ORDER BY seq");
     log.bind(1, sequence_);
     bool outgrown = false;
     // A few changes are cheaper to carry through the offsets one by one than to sum up anew.
@@ -74,9 +82,15 @@ bool ListingMarkers::bringUpTo(CatalogueConnection& connection, std::int64_t seq
         return counts_[stretch] >= 0;
     };
     while (log.step()) {
+        if (log.integer(0) == sequence_) { // can only be the first
+            if (newest_ && *newest_ != changeOf(log))
+                return false;
+            continue;
+        }
         if (log.integer(0) != sequence_ + 1)
             return false;
         ++sequence_;
+        newest_ = changeOf(log);
         if (!log.isNull(1) && !count(log.integer(1), -1))
             return false;
         if (!log.isNull(2) && !count(log.integer(2), 1))
@@ -175,6 +189,23 @@ std::shared_ptr<const ListingMarkers> SharedListingMarkers::at(CatalogueConnecti
             return kept_ = std::move(next);
     }
     return kept_ = std::make_shared<ListingMarkers>(connection, sequence);
+}
+
+std::shared_ptr<const ListingMarkers>
+SharedListingMarkers::forNewSnapshot(CatalogueConnection& connection,
+                                     const std::function<std::int64_t()>& takeSnapshot) {
+    std::int64_t sequence = takeSnapshot();
+    if (!areKept())
+        return nullptr;
+    constexpr int mostTries = 2; // another thread may have been quicker
+    for (int tries = 0; tries < mostTries; ++tries) {
+        if (auto markers = at(connection, sequence))
+            return markers;
+        sequence = takeSnapshot();
+    }
+    auto made = std::make_shared<ListingMarkers>(connection, sequence);
+    const std::scoped_lock lock(mutex_);
+    return kept_ = std::move(made);
 }
 
 bool SharedListingMarkers::areKept() {

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace local {
@@ -60,6 +61,14 @@ public:
     Place locate(std::int64_t offset) const;
 
 private:
+    // A change of the listing, as the catalogue's log has it.
+    struct Change {
+        std::int64_t asset = 0;
+        std::int64_t created = 0; // the new time, or the old one of an asset that left
+        bool operator==(const Change&) const = default;
+    };
+    static Change changeOf(const Statement& log);
+
     void take(Statement& keys, std::int32_t size);
 
     // Stretch i of the order goes from starts_[i] up to the next one's start, holds counts_[i]
@@ -75,6 +84,9 @@ private:
     std::vector<std::int32_t> offsets_;
     std::int64_t total_ = 0;
     std::int64_t sequence_ = 0;
+    // The change with this set's number, if the log had it: another catalogue, put in this one's
+    // place, has another one under it.
+    std::optional<Change> newest_;
 };
 
 // Markers into the orders of a few albums, made anew when an album has changed.
@@ -95,9 +107,18 @@ class SharedListingMarkers {
 public:
     std::shared_ptr<const ListingMarkers> at(CatalogueConnection& connection,
                                              std::int64_t sequence);
-    bool areKept();
+
+    // Takes a snapshot, by a function that answers its sequence number and may be called again for
+    // a newer one, and answers the markers that fit it. Nothing when none are kept yet: few pages
+    // need them. Where even newer snapshots lie behind the markers, the catalogue is one that was
+    // put back: the markers are made anew.
+    std::shared_ptr<const ListingMarkers>
+    forNewSnapshot(CatalogueConnection& connection,
+                   const std::function<std::int64_t()>& takeSnapshot);
 
 private:
+    bool areKept();
+
     std::mutex mutex_;
     std::shared_ptr<ListingMarkers> kept_;
 };

@@ -55,11 +55,13 @@ void addMembers(CatalogueConnection& connection, std::int64_t album,
     const std::int64_t last = lastPosition(connection, album);
     const AlbumAssets* source = albumBehind(assets);
     if (source && !source->order().smart) {
-        // A copy of another album's members, in their order.
+        // A copy of another album's members that may be seen, in their order.
         connection
             .statement("INSERT OR IGNORE INTO album_member "
                        "SELECT ?1, asset, ?2 + row_number() OVER (ORDER BY position), created, "
-                       "listed FROM album_member WHERE album = ?3 AND listed = 1")
+                       "listed FROM album_member WHERE album = ?3 AND listed = 1 "
+                       "AND ((SELECT access FROM library) = 3 OR "
+                       "asset IN (SELECT choice.asset FROM limited_choice AS choice))")
             .bind(1, album)
             .bind(2, last)
             .bind(3, source->order().album)

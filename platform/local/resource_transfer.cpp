@@ -5,17 +5,15 @@
 #include "platform/local/asset_record.h"
 #include "platform/local/content_hasher.h"
 #include "platform/local/guarded.h"
+#include "platform/local/quiet_thread.h"
 #include "platform/local/stored_bytes.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <map>
 #include <mutex>
-#include <thread>
 
 namespace local {
 
@@ -116,21 +114,6 @@ void run(const Transfer& transfer) {
     transfer.complete(error);
 }
 
-// The host's signals are for the host's threads.
-void startThread(std::function<void()> work) {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    try {
-        std::thread(std::move(work)).detach();
-    } catch (...) {
-        pthread_sigmask(SIG_SETMASK, &before, nullptr);
-        throw;
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-}
-
 } // namespace
 
 } // namespace local
@@ -150,11 +133,8 @@ requestDataForAssetResource(const PHAssetResource& resource, const PHAssetResour
     transfer->complete = std::move(completionHandler);
     if (resource.object)
         transfer->asset = static_cast<const local::AssetRecord*>(resource.object.get())->n;
-    try {
-        local::startThread([transfer] { local::run(*transfer); });
-    } catch (const std::exception&) {
+    if (!local::startQuietThread([transfer] { local::run(*transfer); }))
         local::run(*transfer); // no thread to be had: the caller's does the work
-    }
     return number;
 }
 

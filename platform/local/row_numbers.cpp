@@ -8,15 +8,19 @@ namespace local {
 std::vector<std::int64_t> rowNumbers(const platform::PHFetchResult<platform::PHAsset>& assets) {
     if (!assets.object)
         return {};
-    const auto* fetched = static_cast<const FetchedAssets*>(assets.object.get());
+    auto* fetched = static_cast<FetchedAssets*>(assets.object.get());
     if (const auto* many = std::get_if<ManyAssets>(fetched))
         return many->rowNumbers();
-    std::vector<std::int64_t> numbers;
-    for (std::size_t i = 0; i < assets.count(); ++i) {
-        if (const auto asset = assets.objectAtIndex(i))
-            numbers.push_back(recordOf(*asset).n);
-    }
-    return numbers;
+    return std::visit(
+        [](auto& read) {
+            std::vector<std::int64_t> numbers;
+            for (std::size_t i = 0; i < read.count(); ++i) {
+                if (const auto asset = read.at(i))
+                    numbers.push_back(recordOf(*asset).n);
+            }
+            return numbers;
+        },
+        *fetched);
 }
 
 std::string jsonArray(std::span<const std::int64_t> numbers) {

@@ -18,7 +18,7 @@ constexpr std::string_view identifierEnd = "/L0/040";
         condition
 
 constexpr std::array albums{
-    SmartAlbum{209, "Recents", "library.listed", BY_CREATION("asset_listing", LISTED)},
+    SmartAlbum{subtypeRecents, "Recents", "library.listed", BY_CREATION("asset_listing", LISTED)},
     SmartAlbum{203, "Favorites", "smart_album.favorites",
                "SELECT f.created AS k, f.asset AS n FROM favorite AS f WHERE "
                "(SELECT " LISTED " FROM asset AS a WHERE a.n = f.asset)",

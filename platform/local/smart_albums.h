@@ -9,6 +9,8 @@
 
 namespace local {
 
+inline constexpr int subtypeRecents = 209;
+
 struct SmartAlbum {
     int subtype; // as the platform numbers them; also what its identifier ends with
     const char* title;

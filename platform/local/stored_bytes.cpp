@@ -3,12 +3,14 @@
 #include "platform/local/library.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
+#include <memory>
 
 namespace local {
 
 namespace {
+
+constexpr std::size_t chunkSize = std::size_t{128} << 10;
 
 constexpr const char* originalSql = "SELECT stored_as, hash, size FROM asset WHERE n = ?1";
 constexpr const char* renderSql = "SELECT stored_as, hash, size FROM edit WHERE asset = ?1";
@@ -72,16 +74,17 @@ StoredBytes openResource(std::int64_t asset, long resourceType) {
 
 bool isIntact(const StoredBytes& stored) {
     ContentHasher hasher;
-    std::array<std::uint8_t, 128 * 1024> chunk;
+    // On the heap: the stack of a host's thread may be small.
+    const std::unique_ptr<std::uint8_t[]> chunk(new std::uint8_t[chunkSize]);
     for (off_t at = 0;;) {
-        const ssize_t got = pread(stored.file.get(), chunk.data(), chunk.size(), at);
+        const ssize_t got = pread(stored.file.get(), chunk.get(), chunkSize, at);
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
             throw systemError("The asset's file could not be read", errno);
         if (got == 0)
             return hasher.matches(stored.hash, stored.size);
-        hasher.take(chunk.data(), static_cast<std::size_t>(got));
+        hasher.take(chunk.get(), static_cast<std::size_t>(got));
         at += got;
     }
 }

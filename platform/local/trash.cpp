@@ -12,6 +12,8 @@ namespace local {
 
 namespace {
 
+constexpr std::int64_t beforeAnyLibrary = 1'577'836'800'000; // the year 2020
+
 std::int64_t millisecondsNow() {
     using namespace std::chrono;
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
@@ -67,6 +69,15 @@ std::size_t emptyTrash(std::int64_t before) {
     const std::shared_ptr<Library> library = Library::open();
     std::size_t emptied = 0;
     carryOutSteps({[&](CatalogueConnection& connection) {
+        // Thrown away by a clock that was wrong, as one that stands at 1970 is: nobody knows since
+        // when it has been there, so it counts from now.
+        connection
+            .statement("UPDATE asset SET trashed_at = ?1 WHERE n IN (SELECT n FROM asset "
+                       "INDEXED BY asset_trash WHERE trashed_at IS NOT NULL "
+                       "AND trashed_at < max(added, ?2))")
+            .bind(1, millisecondsNow())
+            .bind(2, beforeAnyLibrary)
+            .run();
         connection
             .statement("DELETE FROM asset WHERE n IN (SELECT n FROM asset INDEXED BY asset_trash "
                        "WHERE trashed_at IS NOT NULL AND trashed_at < ?1)")

@@ -32,7 +32,8 @@ std::vector<TrashedAsset> listTrash();
 std::size_t restoreFromTrash(const std::vector<std::string>& identifiers);
 
 // Deletes for good, with their files, the assets that were put into the trash before `before`
-// (milliseconds since 1970). Answers how many.
+// (milliseconds since 1970). Those that a wrong clock put there before they were imported count as
+// put there now. Answers how many.
 std::size_t emptyTrash(std::int64_t before);
 
 } // namespace local

@@ -1,6 +1,7 @@
 #include "tests/core/support.h"
 
 using scripted::imageAsset;
+using scripted::ImageDelivery;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace std::string_literals;
@@ -35,6 +36,9 @@ TEST_F(Thumbnail, TakesTheDeliveryFromAnotherThread) {
     library.imagesFromAnotherThread = true;
     library.imageDeliveries = {{.encoded = "jpeg"}};
     EXPECT_EQ(request(jvm.string("one")), "jpeg");
+    // The library may keep the handler for longer than the call, and use it.
+    library.imageHandler(
+        platform::NSImage{std::make_shared<ImageDelivery>(scripted::ImageDelivery{})});
 }
 
 TEST_F(Thumbnail, OfTheLastDeliveryThatHasABitmapWins) {

@@ -34,6 +34,7 @@ void requestImageForAsset(const PHAsset& asset, CGSize targetSize, long contentM
                 std::to_string(options.resizeMode) +
                 (options.networkAccessAllowed ? ", network" : ", no network") + ", version " +
                 std::to_string(options.version));
+    script.imageHandler = resultHandler;
     const auto deliverAll = [&] {
         for (const ImageDelivery& delivery : script.imageDeliveries) {
             if (delivery.hasImage)

@@ -95,6 +95,7 @@ struct Library {
 
     // Pictures.
     std::vector<ImageDelivery> imageDeliveries;
+    std::function<void(const std::optional<platform::NSImage>&)> imageHandler; // the newest one
     bool imagesFromAnotherThread = false; // still before the request returns
 
     // Files.

@@ -5,7 +5,10 @@
 #include "platform/collection.h"
 #include "platform/local/settings.h"
 #include "platform/local/trash.h"
+#include "platform/local/unique_fd.h"
 #include "platform/photo_library.h"
+
+#include <fcntl.h>
 
 #include <fstream>
 #include <limits>
@@ -30,8 +33,10 @@ std::optional<NSError> mark(const std::vector<std::string>& identifiers,
                             void (*set)(const PHAssetChangeRequest&, bool), bool value) {
     const auto assets = fetchAssetsWithLocalIdentifiers(identifiers);
     return changeAssets([&] {
-        for (std::size_t i = 0; i < assets.count(); ++i)
-            set(changeRequestForAsset(*assets.objectAtIndex(i)), value);
+        for (std::size_t i = 0; i < assets.count(); ++i) {
+            if (const auto asset = assets.objectAtIndex(i))
+                set(changeRequestForAsset(*asset), value);
+        }
     });
 }
 
@@ -121,6 +126,51 @@ TEST(AssetMarks, AreSetOnAllOrNone) {
     EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
 }
 
+// Many assets are read when somebody walks them, here within the change.
+TEST(AssetMarks, AreSetOnNoneWhenOneCannotBeRead) {
+    const ScratchHome home;
+    listed();
+    addBareAssets(home, 300, 1000, 1000);
+    const auto many = identifiersOf(home, "1");
+    ASSERT_FALSE(mark({many[0]}, setHidden, true)); // its connection is kept
+    const auto markAll = [](const PHFetchResult<PHAsset>& assets) {
+        return changeAssets([&] {
+            for (std::size_t i = 0; i < assets.count(); ++i) {
+                if (const auto asset = assets.objectAtIndex(i))
+                    setFavorite(changeRequestForAsset(*asset), true);
+            }
+        });
+    };
+    const auto read = fetchAssetsWithLocalIdentifiers(many);
+    {
+        const auto other = listed();
+        const auto exhausted = exhaustDescriptors();
+        EXPECT_TRUE(markAll(read));
+        EXPECT_TRUE(changeAssets([&] { setFavorite({}, fetchAssetsWithOptions({}).count()); }));
+    }
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    EXPECT_FALSE(markAll(read));
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 299u);
+    runSql(home, "UPDATE asset SET trashed_at = added + 1 WHERE n = 290; DELETE FROM favorite");
+    const auto gone = markAll(read);
+    ASSERT_TRUE(gone);
+    EXPECT_THAT(gone->localizedDescription.value_or(""), testing::HasSubstr("no longer exists"));
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+}
+
+TEST(AssetMarks, AreDoneOnceCommittedWhateverComesAfterwards) {
+    const ScratchHome home;
+    const int outcome = inChild([&] {
+        listed();
+        addBareAssets(home, 30'000, 1000, 1000); // so that the log is long
+        const auto identifier = listed().objectAtIndex(0)->localIdentifier;
+        forbidThreads(home);
+        EXPECT_FALSE(mark({identifier}, setFavorite, true));
+    });
+    EXPECT_EQ(outcome, 0);
+    EXPECT_EQ(countOfSmartAlbum("Favorites"), 1u);
+}
+
 TEST(AssetMarks, OfBothKindsInOneBlockKeepTheirOrder) {
     const ScratchHome home;
     listed();
@@ -158,6 +208,8 @@ TEST(Trash, KeepsAssetsWholeUntilItIsEmptied) {
 
     ASSERT_FALSE(remove({*gone}));
     EXPECT_EQ(local::emptyTrash(0), 0u);
+    runSql(home, "UPDATE asset SET trashed_at = 5 WHERE trashed_at"); // by a clock at 1970
+    EXPECT_EQ(local::emptyTrash(1'600'000'000'000), 0u);
     EXPECT_TRUE(fs::exists(original));
     EXPECT_EQ(local::emptyTrash(std::numeric_limits<std::int64_t>::max()), 1u);
     EXPECT_FALSE(fs::exists(original));
@@ -165,6 +217,27 @@ TEST(Trash, KeepsAssetsWholeUntilItIsEmptied) {
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM favorite"), 0);
     EXPECT_EQ(local::restoreFromTrash({*gone}), 0u);
     EXPECT_THAT(listedIdentifiers(), ElementsAre(*kept));
+}
+
+TEST(Trash, IsEmptiedAtTheSameCostHoweverManyFavouritesThereAre) {
+    const ScratchHome home;
+    listed();
+    addBareAssets(home, 3000, 1000, 1000);
+    const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
+    local::CatalogueConnection catalogue(folder.get(), local::CatalogueConnection::Mode::readWrite);
+    const auto steps = [&](const char* condition) {
+        const std::string sql = std::string("DELETE FROM asset WHERE n IN (") + condition + ")";
+        local::WriteTransaction transaction(catalogue);
+        sqlite3_stmt* remove = nullptr;
+        sqlite3_prepare_v2(catalogue.handle(), sql.c_str(), -1, &remove, nullptr);
+        sqlite3_step(remove);
+        const int taken = sqlite3_stmt_status(remove, SQLITE_STMTSTATUS_VM_STEP, 0);
+        sqlite3_finalize(remove);
+        return taken;
+    };
+    const int alone = steps("1, 2, 3, 4, 5");
+    runSql(home, "INSERT INTO favorite SELECT created, n FROM asset WHERE n > 5");
+    EXPECT_LT(steps("1, 2, 3, 4, 5"), 2 * alone);
 }
 
 TEST(Trash, FilesThatCouldNotBeRemovedGoAtTheNextOpening) {

@@ -56,7 +56,7 @@ TEST(AssetImport, KeepsTheBytesTheNameAndTheType) {
     EXPECT_EQ(resources[0].uniformTypeIdentifier, "public.jpeg");
     const fs::path original = originalOf(home, *outcome.identifier);
     EXPECT_EQ(readBytes(original), readBytes(picture));
-    EXPECT_EQ(fs::status(original).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(fs::status(original).permissions(), fs::perms::owner_read);
     EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
 }
 
@@ -75,6 +75,23 @@ TEST(AssetImport, WithoutAnEndingTheBytesGiveTheTypeAndTheFilesTimeTheDate) {
     const auto asset = assetWith(importFile(picture).identifier.value()).value();
     EXPECT_EQ(platform::assetResourcesForAsset(asset)[0].uniformTypeIdentifier, "public.jpeg");
     EXPECT_EQ(asset.creationDate, 1'000'000'007.25);
+}
+
+TEST(AssetImport, ATimeThatNoCalendarKnowsIsThePresent) {
+    const ScratchHome home("/dev/shm"); // of memory: it keeps any time
+    const auto picture = writePicture(home.file("a.jpg"));
+    for (const std::int64_t seconds :
+         {std::int64_t{9'300'000'000'000}, 9'200'000'000'000'000'000, -4'000'000'000'000'000'000}) {
+        const timespec times[2] = {{seconds, 1'000'000}, {seconds, 1'000'000}};
+        ASSERT_EQ(utimensat(AT_FDCWD, picture.c_str(), times, 0), 0);
+        const double before = static_cast<double>(time(nullptr));
+        const auto asset = assetWith(importFile(picture).identifier.value()).value();
+        EXPECT_GE(asset.creationDate, before) << seconds;
+        EXPECT_LE(asset.creationDate, static_cast<double>(time(nullptr) + 1)) << seconds;
+    }
+    runSql(home, "UPDATE asset SET created = n * 4000000000000000000 - 8000000000000000000");
+    EXPECT_EQ(listed().objectAtIndex(0)->creationDate, 253'402'300'799.999);
+    EXPECT_EQ(listed().objectAtIndex(2)->creationDate, -62'135'596'800.0);
 }
 
 TEST(AssetImport, WhatCannotBeAnAssetIsRefusedWithASentence) {

@@ -1,6 +1,7 @@
 // The order of the whole library, its counts and its snapshots, against what the rows say.
 #include "tests/local/support.h"
 
+#include "platform/collection.h"
 #include "platform/local/asset_record.h"
 #include "platform/local/listing_markers.h"
 #include "platform/photo_library.h"
@@ -20,6 +21,14 @@ std::vector<std::int64_t> listedNumbers(std::size_t start, std::size_t end) {
     for (std::size_t i = start; i < std::min(end, assets.count()); ++i)
         numbers.push_back(local::recordOf(assets.objectAtIndex(i).value()).n);
     return numbers;
+}
+
+std::int64_t recentsNumber(std::size_t index) {
+    const auto recents =
+        platform::fetchAssetCollectionsWithType(platform::PHAssetCollectionTypeSmartAlbum, 209);
+    const auto assets =
+        platform::fetchAssetsInAssetCollection(recents.objectAtIndex(0).value(), nullptr);
+    return local::recordOf(assets.objectAtIndex(index).value()).n;
 }
 
 std::vector<std::int64_t> trueOrder(const ScratchHome& home) {
@@ -49,7 +58,7 @@ TEST(AssetListing, AnyPageIsRightWhateverChangesBetweenPages) {
     for (int round = 0; round < 60; ++round) {
         const std::string n = std::to_string(random() % 3500);
         const std::string when = std::to_string(900'000 + random() % 200'000);
-        switch (random() % 6) {
+        switch (random() % 8) {
         case 0: // many at one place, so that a stretch grows and is cut
             addBareAssets(home, 700, static_cast<std::int64_t>(random() % 1'100'000), 0);
             break;
@@ -67,11 +76,17 @@ TEST(AssetListing, AnyPageIsRightWhateverChangesBetweenPages) {
                          "WHERE n % 11 = " +
                              n + " % 11");
             break;
+        case 5: // so few that the offsets are carried on one by one
+        case 6:
+            runSql(home, "DELETE FROM asset WHERE n BETWEEN " + n + " AND " + n + " + 5");
+            addBareAssets(home, 3, static_cast<std::int64_t>(random() % 1'100'000), 1000);
+            break;
         default:
             break;
         }
         const auto truth = trueOrder(home);
         ASSERT_EQ(listed().count(), truth.size());
+        ASSERT_EQ(recentsNumber(truth.size() - 1), truth.back());
         const std::size_t start = random() % (truth.size() + 1);
         const std::size_t end = std::min(truth.size(), start + 100);
         ASSERT_EQ(listedNumbers(start, end),
@@ -89,6 +104,23 @@ TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBack) {
     EXPECT_EQ(listedNumbers(1500, 1501).size(), 1u);
     addBareAssets(home, 500, 100, 1);
     runSql(home, "DELETE FROM listing_change WHERE seq < (SELECT max(seq) FROM listing_change)");
+    EXPECT_EQ(listedNumbers(0, SIZE_MAX), trueOrder(home));
+}
+
+TEST(AssetListing, ACatalogueThatWasPutBackIsListedAsItIs) {
+    const ScratchHome home;
+    platform::authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 2000, 0, 1);
+    EXPECT_EQ(listedNumbers(1500, 1501).size(), 1u);
+    // An older one, whose numbers go back; and then one that has gone on otherwise since.
+    runSql(home, "DELETE FROM asset WHERE created < 100;"
+                 "DELETE FROM listing_change WHERE seq > 1000;"
+                 "UPDATE library SET listing_changes = 1000");
+    EXPECT_EQ(listedNumbers(0, SIZE_MAX), trueOrder(home));
+    EXPECT_EQ(recentsNumber(1850), trueOrder(home)[1850]);
+    runSql(home, "UPDATE library SET listing_changes = 990;"
+                 "DELETE FROM listing_change WHERE seq > 990;"
+                 "DELETE FROM asset WHERE created BETWEEN 1000 AND 1039");
     EXPECT_EQ(listedNumbers(0, SIZE_MAX), trueOrder(home));
 }
 

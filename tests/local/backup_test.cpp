@@ -225,6 +225,7 @@ TEST_F(BackupOf, StoppedOrKilledTheEarlierOneStaysAndTheNextGoesOn) {
 }
 
 TEST_F(BackupOf, AFullDiskLeavesTheEarlierOneInForce) {
+    closeLibrary();
     const int outcome = inChild([&] {
         if (!mountSmallDisk(target, "size=2m"))
             _exit(notPossibleHere);
@@ -308,6 +309,7 @@ TEST_F(BackupOf, AnAssetThatGoesAfterItsRowWasReadBeginsTheMomentAnew) {
 
 TEST_F(BackupOf, WhileAnotherProcessImportsAndDeletes) {
     const auto picture = home.file("a.jpg");
+    closeLibrary();
     const pid_t busy = fork();
     if (busy == 0) {
         for (int i = 0;; ++i) {

@@ -127,7 +127,15 @@ TEST(Albums, KeepMembersInTheirOrderOnceEach) {
     EXPECT_THAT(own(a), ElementsAre(all[3], all[0], all[1]));
     expectConsistent(home);
 
+    runSql(home, "UPDATE asset SET hidden = 1 WHERE created = 4000");
+    EXPECT_EQ(add(a, {all[1], all[4]}), "");
+    EXPECT_EQ(add(a, {all[2]}), "");
     const auto list = album(a);
+    const auto concealed = fetchAssetsWithLocalIdentifiers({all[1], all[2]});
+    EXPECT_EQ(change([&] { removeAssets(*changeRequestForAssetCollection(list), concealed); }), "");
+    runSql(home, "UPDATE asset SET hidden = 0 WHERE created = 4000");
+    EXPECT_EQ(add(a, {all[1]}), "");
+    expectConsistent(home);
     const auto some = fetchAssetsWithLocalIdentifiers({all[0], all[4]});
     EXPECT_EQ(change([&] { removeAssets(*changeRequestForAssetCollection(list), some); }), "");
     EXPECT_THAT(own(a), ElementsAre(all[3], all[1]));
@@ -246,10 +254,35 @@ TEST(Collections, AreSeenAccordingToTheAccess) {
     EXPECT_THAT(newest(a), ElementsAre(all[0], all[2]));
     EXPECT_EQ(fetchAssetsInAssetCollection(album(a), nullptr).count(), 2u);
     EXPECT_THAT(inSmart(209), ElementsAre(all[0], all[2]));
+    std::string copy;
+    const auto seen = fetchAssetsInAssetCollection(album(a), nullptr);
+    EXPECT_EQ(change([&] {
+                  const auto request = creationRequestForAssetCollectionWithTitle("copy");
+                  addAssets(request, seen);
+                  copy = *placeholderForCreatedAssetCollection(request)->localIdentifier;
+              }),
+              "");
+    runSql(home, "UPDATE library SET access = 3");
+    EXPECT_THAT(newest(copy), ElementsAre(all[0], all[2]));
     runSql(home, "UPDATE library SET access = 2");
     EXPECT_EQ(fetchTopLevelUserCollections().count(), 0u);
     EXPECT_EQ(fetchAssetCollectionsWithLocalIdentifiers({a}).count(), 0u);
     EXPECT_FALSE(smart(209));
+}
+
+TEST(Collections, InsideAFolderAreCountedAndReadWhenThereIsRoomAgain) {
+    const ScratchHome home;
+    const auto outer = newFolder("outer");
+    for (const char* title : {"a", "b", "c"})
+        EXPECT_EQ(file(newAlbum(title), outer), "");
+    const auto inside = fetchCollectionsInCollectionList(folder(outer));
+    {
+        const auto other = listed();
+        const auto exhausted = exhaustDescriptors();
+        EXPECT_FALSE(inside.objectAtIndex(0));
+        EXPECT_EQ(inside.count(), 3u);
+    }
+    EXPECT_THAT(titles(inside), ElementsAre("a", "b", "c"));
 }
 
 TEST(Collections, ManyThreadsMoveAndDeleteInOneTreeWhichStaysOne) {

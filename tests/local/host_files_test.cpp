@@ -64,6 +64,13 @@ TEST(HostFiles, AreWrittenCopiedAndRemoved) {
         EXPECT_FALSE(removeItemAtPath(nowhere)) << nowhere;
 }
 
+TEST(HostFiles, AHoleOfATerabyteIsNotReadIntoMemory) {
+    const ScratchHome home;
+    writeText(home.file("hole"), "x");
+    ASSERT_EQ(truncate(home.file("hole").c_str(), off_t{1} << 40), 0);
+    EXPECT_FALSE(platform::dataWithContentsOfFile(home.file("hole").string()));
+}
+
 TEST(HostFiles, LinksAndPipesAtThePlaceAreNotWrittenTo) {
     const ScratchHome home;
     std::optional<NSError> error;

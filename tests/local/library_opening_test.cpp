@@ -54,6 +54,25 @@ TEST(LibraryOpening, FirstUseMakesAPrivateLibraryAndGrantsFullAccess) {
               static_cast<std::int64_t>(local::schemaSteps().size()));
 }
 
+TEST(LibraryOpening, AFolderThatStoodThereIsClosedToOthers) {
+    const ScratchHome home;
+    fs::create_directories(home.library());
+    fs::permissions(home.library(), fs::perms(0775));
+    EXPECT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+    EXPECT_EQ(fs::status(home.library()).permissions(), fs::perms(0700));
+    EXPECT_EQ(fs::status(home.library() / "library.db").permissions(), fs::perms(0600));
+    EXPECT_TRUE(fs::exists(home.library() / ".nomedia"));
+}
+
+TEST(LibraryOpening, IsNotForAProcessForkedFromOneThatHasItOpen) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("a.jpg"));
+    ASSERT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+    EXPECT_EQ(inChild([&] { EXPECT_THAT(importFile(picture).sentence(), HasSubstr("forked")); }),
+              0);
+    EXPECT_TRUE(importFile(picture).identifier);
+}
+
 TEST(LibraryOpening, UsesThePicturesFolderOfTheUsersSettings) {
     const ScratchHome home;
     fs::create_directories(home.path() / ".config");

@@ -59,6 +59,23 @@ TEST(UnmountedLibrary, IsNotMadeInItsOwnMountPointUntilTheDiskIsThere) {
     });
 }
 
+TEST(LibraryOnANetworkDisk, IsRefusedWithoutATrace) {
+    const int outcome = inChild([] {
+        const ScratchHome home;
+        writeText(home.file("mounts"), "/dev/sda1 / ext4 rw 0 0\nserver:/homes " +
+                                           home.path().string() + " nfs4 rw 0 0\n");
+        if (!mountSmallDisk(home.file("other"), "size=1m") ||
+            mount(home.file("mounts").c_str(), "/proc/self/mounts", nullptr, MS_BIND, nullptr) != 0)
+            _exit(notPossibleHere);
+        EXPECT_THAT(importFile(home.file("a.jpg")).sentence(),
+                    testing::AllOf(HasSubstr("network disk (nfs4)"), HasSubstr("backup")));
+        EXPECT_FALSE(fs::exists(home.path() / "Pictures"));
+    });
+    if (outcome == notPossibleHere)
+        GTEST_SKIP() << "this system does not let the test mount a disk";
+    EXPECT_EQ(outcome, 0);
+}
+
 TEST(UnmountedLibrary, IsNotMadeBelowAPicturesFolderThatIsNotMounted) {
     withMountPoint("Pictures", [](const ScratchHome& home) {
         writePicture(home.file("a.jpg"));

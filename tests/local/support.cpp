@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -52,6 +53,36 @@ int inChild(const std::function<void()>& body) {
     waitpid(child, &outcome, 0);
     EXPECT_TRUE(WIFEXITED(outcome)) << "ended by signal " << WTERMSIG(outcome);
     return WEXITSTATUS(outcome);
+}
+
+void closeLibrary() {
+    const std::string home = getenv("HOME");
+    {
+        const ScratchHome other; // opening one library closes the other
+        listed();
+    }
+    setenv("HOME", home.c_str(), 1);
+}
+
+void forbidThreads(const ScratchHome& home) {
+    if (geteuid() == 0) { // whom the limit does not bind
+        constexpr uid_t nobody = 65534;
+        lchown(home.path().c_str(), nobody, nobody);
+        for (const auto& entry : fs::recursive_directory_iterator(home.path()))
+            EXPECT_EQ(lchown(entry.path().c_str(), nobody, nobody), 0);
+        EXPECT_EQ(setresuid(nobody, nobody, nobody), 0);
+    }
+    const rlimit none{1, 1};
+    EXPECT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
+}
+
+std::shared_ptr<void> exhaustDescriptors() {
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const local::UniqueFd next(open("/dev/null", O_RDONLY)); // the lowest number that is free
+    const rlimit now{static_cast<rlim_t>(next.get()), before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &now);
+    return {nullptr, [before](void*) { setrlimit(RLIMIT_NOFILE, &before); }};
 }
 
 fs::path writePicture(const fs::path& path, int width, int height, int seed) {

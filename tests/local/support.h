@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +41,15 @@ bool mountSmallDisk(const std::filesystem::path& at, const std::string& options)
 // none; answers its exit code: 0, or 1 when an expectation failed in it. A signal is a failure.
 inline constexpr int notPossibleHere = 77;
 int inChild(const std::function<void()>& body);
+
+// Closes the library that this process has open, so that a process forked from it may open it.
+void closeLibrary();
+
+// From here on this process cannot start another thread; it may no longer be root's.
+void forbidThreads(const ScratchHome& home);
+
+// From here on this process opens no further file, until the answer goes.
+std::shared_ptr<void> exhaustDescriptors();
 
 // Writes a JPEG with a gradient; `seed` makes its bytes differ.
 std::filesystem::path writePicture(const std::filesystem::path& path, int width = 64,

@@ -79,6 +79,7 @@ TEST_F(VerificationOf, AFolderThatIsNotMountedIsNoLoss) {
     std::filesystem::create_directory(home.library() / "originals");
     EXPECT_THAT(faults(), ElementsAre("absent originals"));
     // Nothing is put where it would be hidden later, not even after a new opening.
+    closeLibrary();
     EXPECT_EQ(inChild([&] {
                   const auto refused = importFile(home.file("a.jpg"));
                   EXPECT_FALSE(refused.identifier);
@@ -114,6 +115,8 @@ TEST_F(VerificationOf, EveryRuleIsBrokenFoundAndMended) {
         "WHERE kind = 2",
         "UPDATE collection SET parent = n WHERE kind = 2",
         "UPDATE asset SET edited = 1 WHERE n = 1",
+        "UPDATE asset SET created = 9300000000000001 WHERE n = 1",
+        "INSERT INTO discarded_file VALUES ('originals/AB/../../precious')",
         "UPDATE favorite SET created = created - 1 WHERE asset = 2",
         "UPDATE album_member SET listed = 0 WHERE asset = 1",
         "UPDATE collection SET held = 17 WHERE kind = 1",
@@ -135,6 +138,25 @@ TEST_F(VerificationOf, EveryRuleIsBrokenFoundAndMended) {
     }
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM album_member WHERE listed"), 3);
     EXPECT_EQ(listedIdentifiers().size(), 3U);
+}
+
+TEST_F(VerificationOf, ACataloguesPathsNeverLeadOutOfTheLibrary) {
+    writeText(home.file("precious"), "mine");
+    writeText(home.library() / "precious", "ours");
+    closeLibrary();
+    runSql(home, "INSERT INTO discarded_file VALUES ('../../precious'), ('library.db'),"
+                 "('originals/../precious'), ('originals/..//precious'), ('renders/CD/CD.jpg')");
+    const std::string unnamed = "unnamed " + pathOf(1);
+    const auto at = originalOf(1);
+    const std::string stored = "/../../" + at.filename().string();
+    std::filesystem::copy_file(at, home.library() / at.filename());
+    runSql(home, "UPDATE asset SET stored_as = '" + stored + "' WHERE n = 2");
+    EXPECT_EQ(listed().count(), 3U);
+    EXPECT_EQ(readBytes(home.file("precious")), "mine");
+    EXPECT_EQ(readBytes(home.library() / "precious"), "ours");
+    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM discarded_file"), 4) << "the last one is ours";
+    EXPECT_THAT(faults(),
+                ElementsAre("disagreement discarded files", "catalogue library.db", unnamed));
 }
 
 TEST_F(VerificationOf, ADamagedCatalogueIsSaid) {

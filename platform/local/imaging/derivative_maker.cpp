@@ -3,11 +3,10 @@
 #include "platform/local/imaging/derivative_file.h"
 #include "platform/local/imaging/read_only.h"
 #include "platform/local/imaging/worker_pool.h"
+#include "platform/local/quiet_thread.h"
 
 #include <algorithm>
-#include <csignal>
 #include <exception>
-#include <thread>
 #include <utility>
 
 #include <sys/resource.h>
@@ -43,18 +42,9 @@ void DerivativeMaker::enqueue(const PictureSource& source) {
 }
 
 void DerivativeMaker::startThread() {
-    // The host's signals are for the host's threads.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    try {
-        std::thread([this] { run(); }).detach();
-        started_ = true;
-    } catch (const std::exception&) {
+    started_ = startQuietThread([this] { run(); });
+    if (!started_)
         queue_.clear();
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 void DerivativeMaker::run() {

@@ -139,6 +139,12 @@ private:
                     return false;
                 if (options_.progress)
                     options_.progress(looked++, all);
+                if (!isStorableName(file.name)) {
+                    result_.findings.push_back(
+                        {Kind::catalogue, "library.db", file.identifier(),
+                         "It names a file that is none of the library's own."});
+                    continue;
+                }
                 if (!bad_.contains(file.path()) && files_.holds(file, check, options_.stop))
                     ++present;
                 else if (!takeFile(file))

@@ -94,7 +94,7 @@ BackupFiles::Taken BackupFiles::take(int library, const NamedFile& file, bool li
 
 BackupFiles::Taken BackupFiles::copy(int source, const std::string& part) const {
     const UniqueFd target(
-        openat(backup_, part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+        openat(backup_, part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0400));
     if (!target)
         backupFailed("creating a file", errno);
     // Never by sharing blocks where the file system could: damage to one would be damage to both.

@@ -8,6 +8,17 @@ namespace {
 
 #define LISTED(row) "(" row "hidden = 0 AND " row "trashed_at IS NULL)"
 
+#define POSSIBLE_DATES "-62135596800000 AND 253402300799999"
+
+#define IN_SHELF(folder, shelf, name)                                                              \
+    "(path GLOB '" folder "/?"                                                                     \
+    "?/*' AND substr(path, " shelf ", 2) = substr(path, " name ", 2)"                              \
+    " AND substr(path, " name ") NOT GLOB '*/*' AND substr(path, " name ") NOT GLOB '.*')"
+
+#define DISCARDABLE                                                                                \
+    "(" IN_SHELF("originals", "11", "14") " OR " IN_SHELF("renders", "9", "12") " OR " IN_SHELF(   \
+        "derivatives", "13", "16") ")"
+
 #define REACHED                                                                                    \
     "WITH RECURSIVE reached (n) AS (SELECT n FROM collection WHERE parent IS NULL UNION "          \
     "SELECT c.n FROM collection AS c JOIN reached AS r ON c.parent = r.n) "
@@ -52,6 +63,13 @@ constexpr std::array rules{
                   "WHERE edited <> EXISTS (SELECT 1 FROM edit WHERE asset = a.n)",
                   "UPDATE asset SET edited = EXISTS (SELECT 1 FROM edit WHERE asset = asset.n) "
                   "WHERE edited <> EXISTS (SELECT 1 FROM edit WHERE asset = asset.n)"},
+    CatalogueRule{"dates", "Assets have dates outside the years 1 to 9999",
+                  "SELECT count(*) FROM asset WHERE created NOT BETWEEN " POSSIBLE_DATES,
+                  "UPDATE asset SET created = iif(added BETWEEN " POSSIBLE_DATES
+                  ", added, unixepoch() * 1000) WHERE created NOT BETWEEN " POSSIBLE_DATES},
+    CatalogueRule{"discarded files", "Files are to be removed that are none of the library's own",
+                  "SELECT count(*) FROM discarded_file WHERE NOT " DISCARDABLE,
+                  "DELETE FROM discarded_file WHERE NOT " DISCARDABLE},
     CatalogueRule{"favourites", "Favourites stand in the wrong order",
                   "SELECT count(*) FROM favorite AS f JOIN asset AS a ON a.n = f.asset "
                   "WHERE a.created <> f.created",

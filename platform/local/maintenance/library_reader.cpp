@@ -9,7 +9,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 
 namespace local {
@@ -32,11 +31,6 @@ UniqueFd openLibraryFolder(const std::string& path) {
     return folder;
 }
 
-bool logIsEmpty(int folder) {
-    struct stat log {};
-    return fstatat(folder, "library.db-wal", &log, 0) != 0 || log.st_size == 0;
-}
-
 std::unique_ptr<CatalogueConnection> openCatalogue(int folder) {
     using Mode = CatalogueConnection::Mode;
     std::unique_ptr<CatalogueConnection> catalogue;
@@ -45,7 +39,7 @@ std::unique_ptr<CatalogueConnection> openCatalogue(int folder) {
         catalogue->integer("SELECT count(*) FROM sqlite_schema");
     } catch (const LibraryError&) {
         // SQLite could not make its own files beside the catalogue.
-        if (!logIsEmpty(folder))
+        if (!hasNoLog(folder))
             throw;
         catalogue = std::make_unique<CatalogueConnection>(folder, Mode::immutable);
     }
@@ -73,7 +67,7 @@ std::string NamedFile::identifier() const {
 }
 
 std::string NamedFile::path() const {
-    return std::string(folderOf(kind)) + "/" + name.substr(0, 2) + "/" + name;
+    return pathOf(kind, name);
 }
 
 LibraryReader::LibraryReader(const std::string& path)
@@ -164,7 +158,7 @@ std::vector<std::string> entriesOf(int library, const std::string& path, int* er
 bool hasContent(int file, const ContentHash& hash, std::int64_t size,
                 const std::function<bool()>& stop) {
     ContentHasher hasher;
-    std::array<std::uint8_t, 256 * 1024> chunk;
+    std::vector<std::uint8_t> chunk(std::size_t{256} << 10);
     for (off_t at = 0;;) {
         if (stop && stop())
             return false;

@@ -23,7 +23,7 @@ struct NamedFile {
     std::int64_t size = 0;
 
     std::string identifier() const; // the asset's
-    std::string path() const;       // in the library
+    std::string path() const;       // in the library; throws like pathOf
 };
 
 class LibraryReader {

@@ -70,7 +70,7 @@ private:
             one.outcome = Outcome::impossible;
             one.sentence = finding.kind == Kind::unreadable
                                ? "It cannot be read now: look after the disk and its permissions."
-                               : "SQLite finds the catalogue damaged. Put the library's folder "
+                               : "The catalogue is damaged. Put the library's folder "
                                  "aside, whole, and a backup in its place.";
         }
     }

@@ -94,6 +94,11 @@ private:
     }
 
     void checkFile(const NamedFile& file) {
+        if (!isStorableName(file.name)) {
+            result_.findings.push_back({Kind::catalogue, "library.db", file.identifier(),
+                                        "It names a file that is none of the library's own."});
+            return;
+        }
         const UniqueFd opened(openat(reader_.folder(), file.path().c_str(),
                                      O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
         const int error = errno;

@@ -10,7 +10,7 @@ namespace local {
 
 struct Finding {
     enum class Kind {
-        catalogue,  // SQLite finds it damaged
+        catalogue,  // SQLite finds it damaged, or a row names what cannot be the library's
         rule,       // it disagrees with itself
         absent,     // no file can be looked for: the folder of originals is not there
         missing,    // a file that the catalogue names
