@@ -13,7 +13,8 @@ struct UTType {
     std::string identifier;
 };
 
-inline const UTType UTTypeMovie{"public.movie"};
+// Never destroyed: threads of the host may ask until the process ends.
+inline const UTType& UTTypeMovie = *new UTType{"public.movie"};
 
 // The content type of the file at the URL; nothing when it cannot be told.
 std::optional<UTType> contentTypeOfFileAtURL(const NSURL& url);

@@ -144,8 +144,9 @@ TEST_F(VerificationOf, ACataloguesPathsNeverLeadOutOfTheLibrary) {
     writeText(home.file("precious"), "mine");
     writeText(home.library() / "precious", "ours");
     closeLibrary();
-    runSql(home, "INSERT INTO discarded_file VALUES ('../../precious'), ('library.db'),"
-                 "('originals/../precious'), ('originals/..//precious'), ('renders/CD/CD.jpg')");
+    runSql(home,
+           "INSERT INTO discarded_file VALUES ('../../precious'), ('library.db'),"
+           "('originals/../../../precious'), ('originals/..//precious'), ('renders/CD/CD.jpg')");
     const std::string unnamed = "unnamed " + pathOf(1);
     const auto at = originalOf(1);
     const std::string stored = "/../../" + at.filename().string();
