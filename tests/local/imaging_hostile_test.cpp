@@ -297,7 +297,7 @@ TEST(ImagingProtocol, AnyBytesAreAnsweredOrRefusedByEitherSide) {
         const auto checked = checkAnswer(bytes.data(), sizeof(Answer) - (i % 50 == 0), task);
         if (checked)
             if (const auto* picture = std::get_if<CheckedPicture>(&checked->result)) {
-                ASSERT_LE(std::uint64_t{picture->width} * picture->height, kMaxPixels);
+                ASSERT_LE(std::uint64_t{picture->size.width} * picture->size.height, kMaxPixels);
             }
         if (const auto request = checkRequest(bytes.data(), sizeof(Request))) {
             ASSERT_LE(request->task, kLastTask);

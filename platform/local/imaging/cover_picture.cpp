@@ -39,7 +39,7 @@ std::optional<Pixels> fromDerivative(const PictureSource& source, double width, 
         return std::move(reply->pixels);
     const bool sound =
         reply ? reply->answer->outcome == Outcome::notCovered
-              : std::get<ImagingFailure::Cause>(exchanged) == ImagingFailure::Cause::unavailable;
+              : std::get<ImagingFailure>(exchanged).cause == ImagingFailure::Cause::unavailable;
     if (!sound)
         removeDerivative(folder, source.contentKey);
     return std::nullopt;
@@ -61,7 +61,7 @@ std::optional<Pixels> fromSource(const PictureSource& source, double width, doub
     Exchange exchanged = exchange(WorkerPool::shared(), request, file.get());
     auto* reply = std::get_if<Reply>(&exchanged);
     if (!reply) {
-        if (std::get<ImagingFailure::Cause>(exchanged) == ImagingFailure::Cause::crashed)
+        if (std::get<ImagingFailure>(exchanged).cause == ImagingFailure::Cause::crashed)
             badFiles().insert(source.contentKey);
         return std::nullopt;
     }
