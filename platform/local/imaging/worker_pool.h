@@ -22,7 +22,7 @@ public:
 
     WorkerProcess* worker() const { return worker_.get(); }
     const std::string& whyNone() const { return whyNone_; } // a sentence when there is no worker
-    void replaceWorker(); // by a fresh one
+    void replaceWorker();                                   // by a fresh one
     void keepWorker() { kept_ = true; }
 
 private:

@@ -142,9 +142,9 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(bool background, std::string
         const std::array<char*, 3> arguments{program.data(), background ? priority.data() : nullptr,
                                              nullptr};
         pid_t pid = -1;
-        const int error = posix_spawn(&pid, program.c_str(), &settings.actions,
-                                      &settings.attributes, arguments.data(),
-                                      workerEnvironment().data());
+        const int error =
+            posix_spawn(&pid, program.c_str(), &settings.actions, &settings.attributes,
+                        arguments.data(), workerEnvironment().data());
         if (error != 0)
             giveUp(error);
         theirs.reset();
@@ -219,8 +219,8 @@ Reply WorkerProcess::receive(Task asked, Clock::time_point deadline) {
     std::array<std::byte, sizeof(Answer) + 1> bytes{};
     auto size = receiveBytes(bytes, deadline);
     std::optional<PictureRoom> room;
-    const auto said = size && makesPicture(asked) ? checkPictureSize(bytes.data(), *size)
-                                                  : std::nullopt;
+    const auto said =
+        size && makesPicture(asked) ? checkPictureSize(bytes.data(), *size) : std::nullopt;
     if (said) {
         room.emplace(*said);
         if (!sendPacket(socket_.get(), &kRoomMark, sizeof kRoomMark, room->descriptor()))

@@ -40,36 +40,16 @@ constexpr rlim_t mostDescriptors = 16;
 // offsets are shared with the host. Nothing that makes a thread, a descriptor (but by a message
 // from the host) or memory that a descriptor holds.
 constexpr int kAllowed[] = {
-    SCMP_SYS(pread64),
-    SCMP_SYS(fstat),
-    SCMP_SYS(close),
-    SCMP_SYS(recvmsg),
-    SCMP_SYS(sendmsg),
-    SCMP_SYS(brk),
-    SCMP_SYS(munmap),
-    SCMP_SYS(mremap),
-    SCMP_SYS(madvise),
-    SCMP_SYS(futex),
-    SCMP_SYS(sched_yield),
-    SCMP_SYS(gettid),
-    SCMP_SYS(getpid),
-    SCMP_SYS(getcpu),
-    SCMP_SYS(rt_sigprocmask),
-    SCMP_SYS(rt_sigreturn),
-    SCMP_SYS(sigaltstack),
-    SCMP_SYS(exit),
-    SCMP_SYS(exit_group),
-    SCMP_SYS(clock_gettime),
-    SCMP_SYS(clock_getres),
-    SCMP_SYS(clock_nanosleep),
-    SCMP_SYS(nanosleep),
-    SCMP_SYS(gettimeofday),
-    SCMP_SYS(restart_syscall),
-    SCMP_SYS(getrandom),
-    SCMP_SYS(getrusage),
-    SCMP_SYS(membarrier),
-    SCMP_SYS(sysinfo),
-    SCMP_SYS(rt_sigaction),
+    SCMP_SYS(pread64),         SCMP_SYS(fstat),         SCMP_SYS(close),
+    SCMP_SYS(recvmsg),         SCMP_SYS(sendmsg),       SCMP_SYS(brk),
+    SCMP_SYS(munmap),          SCMP_SYS(mremap),        SCMP_SYS(madvise),
+    SCMP_SYS(futex),           SCMP_SYS(sched_yield),   SCMP_SYS(gettid),
+    SCMP_SYS(getpid),          SCMP_SYS(getcpu),        SCMP_SYS(rt_sigprocmask),
+    SCMP_SYS(rt_sigreturn),    SCMP_SYS(sigaltstack),   SCMP_SYS(exit),
+    SCMP_SYS(exit_group),      SCMP_SYS(clock_gettime), SCMP_SYS(clock_getres),
+    SCMP_SYS(clock_nanosleep), SCMP_SYS(nanosleep),     SCMP_SYS(gettimeofday),
+    SCMP_SYS(restart_syscall), SCMP_SYS(getrandom),     SCMP_SYS(getrusage),
+    SCMP_SYS(membarrier),      SCMP_SYS(sysinfo),       SCMP_SYS(rt_sigaction),
 };
 
 struct Refused {
@@ -79,9 +59,9 @@ struct Refused {
 
 // glibc and the libraries ask these in passing and live with a no: locale, time zone and processor
 // files, terminals, a thread's name or place. How many processors there are is refused as well:
-// then the libraries take two, and do with the threads that there are. newfstatat is the C library's
-// fstat in some versions, but a filter cannot see whether it is given a path. lseek, read and write
-// have no use here but on a shared offset.
+// then the libraries take two, and do with the threads that there are. newfstatat is the C
+// library's fstat in some versions, but a filter cannot see whether it is given a path. lseek, read
+// and write have no use here but on a shared offset.
 constexpr Refused kRefused[] = {
     {SCMP_SYS(open), EACCES},
     {SCMP_SYS(openat), EACCES},

@@ -170,8 +170,7 @@ extern "C" {
 }
 
 [[gnu::visibility("default")]] int pthread_join(pthread_t thread, void** result) {
-    static const auto system =
-        local::imaging::original<int (*)(pthread_t, void**)>("pthread_join");
+    static const auto system = local::imaging::original<int (*)(pthread_t, void**)>("pthread_join");
     return local::imaging::join(thread, result) ? 0 : system(thread, result);
 }
 
