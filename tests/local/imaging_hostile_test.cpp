@@ -130,7 +130,7 @@ TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
     std::string loop = dng;
     std::memcpy(loop.data() + loop.size() - 4, "\x08\0\0\0", 4);
     const auto directory = static_cast<std::size_t>(8 + 64 * 48 * 2);
-    const std::size_t next = directory + 2 + 20 * 12;
+    const std::size_t next = directory + 2 + 22 * 12;
     loop.replace(next, 4, loop.substr(4, 4)); // the directory follows itself
     write(folder / "loop.tif", loop);
     dng.replace(directory + 2 + 12 + 8, 4, std::string("\xff\xff\xff\x7f", 4)); // its width

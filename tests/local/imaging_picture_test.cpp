@@ -210,6 +210,14 @@ TEST(ImagingPicture, RawIsDevelopedUpright) {
     ASSERT_EQ(sizeOf(large), "400x534");
     // The top of the sensor, bright, is on the right.
     EXPECT_GT(colourAt(*large, 0.9, 0.5)[1], colourAt(*large, 0.1, 0.5)[1] + 50);
+    // Listed as they come out of developing.
+    write(folder / "corner.dng", rawDng(640, 480, "2024:05:06 07:08:09", true));
+    write(folder / "wide.dng", rawDng(640, 480, "2024:05:06 07:08:09", false, 2));
+    for (const auto& [name, size] :
+         {std::pair{"corner.dng", "678x451"}, {"wide.dng", "480x1280"}}) {
+        EXPECT_EQ(std::to_string(infoOf(folder / name).width), std::string(size).substr(0, 3));
+        EXPECT_EQ(sizeOf(cover(folder / name, -1, -1)), size);
+    }
 }
 
 TEST(ImagingPicture, VideosShowAKeyFrameInTheRightColours) {
