@@ -11,6 +11,7 @@
 #include <random>
 #include <thread>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 using namespace imaging_test;
@@ -193,12 +194,24 @@ TEST_F(ImagingHostile, AFileThatKillsItsWorkerIsRememberedAndOthersAreServed) {
 TEST_F(ImagingHostile, IdleWorkersThatWereEndedAreReplacedUnnoticed) {
     const std::size_t before = openDescriptors();
     for (int i = 0; i < 3; ++i) {
+        signal(SIGCHLD, i == 1 ? SIG_IGN : SIG_DFL); // a host may let the system reap its children
         for (const pid_t worker : workers())
             kill(worker, SIGKILL);
         std::this_thread::sleep_for(milliseconds(50));
         EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48");
     }
     EXPECT_LE(openDescriptors(), before + 4);
+}
+
+TEST_F(ImagingHostile, AWorkerThatCannotBeStartedSaysWhichAndWhy) {
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{3, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    std::string why;
+    EXPECT_FALSE(WorkerProcess::start(false, &why));
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_NE(why.find("/photos-kit-imaging did not start: Too many open files."), why.npos) << why;
 }
 
 TEST_F(ImagingHostile, AWorkerThatOverrunsIsEnded) {
@@ -293,7 +306,7 @@ TEST(ImagingProtocol, AnyBytesAreAnsweredOrRefusedByEitherSide) {
             byte = random() % 2 ? std::byte(random()) : std::byte(0);
         const auto mark = i % 2 ? kAnswerMark : kRequestMark;
         std::memcpy(bytes.data(), &mark, sizeof mark);
-        const auto task = static_cast<Task>(random() % 4);
+        const auto task = static_cast<Task>(random() % 5);
         const auto checked = checkAnswer(bytes.data(), sizeof(Answer) - (i % 50 == 0), task);
         if (checked)
             if (const auto* picture = std::get_if<CheckedPicture>(&checked->result)) {
