@@ -113,7 +113,7 @@ int create(pthread_t* thread, const pthread_attr_t* attributes, Work work, void*
 }
 
 // Whether the thread is one of ours, which is then free again.
-bool join(pthread_t thread, void** result) {
+[[maybe_unused]] bool join(pthread_t thread, void** result) {
     const Lock lock;
     Worker* const worker = workerOf(thread);
     if (!worker)
@@ -126,7 +126,7 @@ bool join(pthread_t thread, void** result) {
     return true;
 }
 
-bool detach(pthread_t thread) {
+[[maybe_unused]] bool detach(pthread_t thread) {
     const Lock lock;
     Worker* const worker = workerOf(thread);
     if (!worker)
