@@ -104,10 +104,12 @@ void repeated(const Settings& settings) {
     const auto folder = settings.folder / "derivatives";
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
-    const local::UniqueFd descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto descriptor = std::make_shared<const local::UniqueFd>(
+        open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     auto source = sourceOf(path);
     source.contentKey = "00112233445566778899aabbccddeeff";
-    source.derivativesFolder = [&] { return descriptor.get(); };
+    source.derivativesFolder = [&] { return descriptor; };
+    source.derivativesRoom = [] { return std::optional<std::uint64_t>(1 << 30); };
     thumbnail(source);
     const auto derivative = folder / "00" / (source.contentKey + ".jpg");
     for (int i = 0; i < 200 && !std::filesystem::exists(derivative); ++i)

@@ -96,8 +96,11 @@ std::string faultOf(const Sample& sample, std::size_t number) {
     const auto answer = inspection.finish();
     if (const auto* failure = std::get_if<local::ImagingFailure>(&answer))
         return failure->sentence;
-    const local::PictureSource source{kind, std::string(30, 'd') + std::to_string(10 + number),
-                                      [&] { return fileOf(sample); }, [] { return -1; }};
+    const local::PictureSource source{kind,
+                                      std::string(30, 'd') + std::to_string(10 + number),
+                                      [&] { return fileOf(sample); },
+                                      {},
+                                      {}};
     return local::coverPicture(source, -1, -1) ? "" : "It has no picture.";
 }
 

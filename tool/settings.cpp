@@ -10,11 +10,14 @@ namespace {
 
 int show(bool json) {
     requireLibrary();
-    const bool ask = local::readSettings().confirmDeletions;
-    if (json)
-        print(Json{{"confirmDeletions", ask}});
-    else
-        say(std::string("confirm-deletions  ") + (ask ? "ask" : "never"));
+    const local::Settings settings = local::readSettings();
+    if (json) {
+        print(Json{{"confirmDeletions", settings.confirmDeletions},
+                   {"derivativesRoom", settings.derivativesRoom}});
+        return done;
+    }
+    say(std::string("confirm-deletions  ") + (settings.confirmDeletions ? "ask" : "never"));
+    say("derivatives-room   " + std::to_string(settings.derivativesRoom) + " bytes");
     return done;
 }
 
@@ -24,8 +27,15 @@ int confirmDeletions(bool ask, bool json) {
     return show(json);
 }
 
+int derivativesRoom(std::uint64_t bytes, bool json) {
+    requireLibrary();
+    local::setDerivativesRoom(bytes);
+    return show(json);
+}
+
 struct SettingsOptions {
     std::string answer;
+    std::uint64_t room = 0;
     bool json = false;
 };
 
@@ -50,6 +60,18 @@ void addSettings(Tool& tool) {
         "refused stays. never: nobody is asked, since the trash keeps what is deleted.");
     tool.onRun(confirm,
                [options] { return confirmDeletions(options->answer == "ask", options->json); });
+
+    CLI::App* room =
+        command->add_subcommand("derivatives-room", "How much disk kept thumbnails may take");
+    room->fallthrough();
+    room->add_option("SIZE", options->room, "500M, 2G, or 0: keep none")
+        ->required()
+        ->type_name("")
+        ->transform(CLI::AsSizeValue(false).description(""))
+        // A number below zero, or beyond what counts, has become one near the end.
+        ->check(CLI::Range(std::uint64_t{0}, std::uint64_t{1} << 60).description(""));
+    room->footer("Those used least recently go first. K, M and G count 1024s.");
+    tool.onRun(room, [options] { return derivativesRoom(options->room, options->json); });
 }
 
 } // namespace tool

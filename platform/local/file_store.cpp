@@ -290,12 +290,16 @@ std::vector<std::string> FileStore::removeDiscarded(const std::vector<std::strin
     return durably;
 }
 
-UniqueFd FileStore::openDerivatives() const {
+std::shared_ptr<const UniqueFd> FileStore::derivatives() {
+    const std::lock_guard lock(derivativesMutex_);
+    if (derivatives_ && isLinked(derivatives_->get()))
+        return derivatives_;
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    UniqueFd derivatives(openat(folder_, "derivatives", flags));
-    if (!derivatives && errno == ENOENT && mkdirat(folder_, "derivatives", 0700) == 0)
-        derivatives.reset(openat(folder_, "derivatives", flags));
-    return derivatives;
+    UniqueFd opened(openat(folder_, "derivatives", flags));
+    if (!opened && errno == ENOENT && mkdirat(folder_, "derivatives", 0700) == 0)
+        opened.reset(openat(folder_, "derivatives", flags));
+    derivatives_ = std::make_shared<const UniqueFd>(std::move(opened));
+    return derivatives_;
 }
 
 bool FileStore::holdsOriginals() const {

@@ -13,6 +13,8 @@
 
 #include <array>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,8 +61,8 @@ public:
     UniqueFd open(Stored kind, const std::string& name) const;
 
     // The folder of scaled pictures, or an empty descriptor when there is none and none can be
-    // made. A cache: whoever uses it does without when it fails.
-    UniqueFd openDerivatives() const;
+    // made. A cache: whoever uses it does without when it fails. One descriptor serves all.
+    std::shared_ptr<const UniqueFd> derivatives();
 
     bool holdsOriginals() const;
 
@@ -91,6 +93,8 @@ public:
 
 private:
     int folder_;
+    std::mutex derivativesMutex_;
+    std::shared_ptr<const UniqueFd> derivatives_;
 };
 
 // A folder for one edit's rendered picture, "incoming/<uuid>.edit", until the edit is over. Held

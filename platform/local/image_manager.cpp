@@ -11,12 +11,23 @@ namespace platform {
 
 namespace {
 
+std::optional<local::Pixels> pixelsOfAsset(const PHAsset& asset, CGSize size) {
+    const auto source = local::pictureSourceForAsset(asset);
+    if (!source)
+        return std::nullopt;
+    auto pixels = local::coverPicture(*source, size.width, size.height);
+    if (pixels)
+        return pixels;
+    // Another edit may have taken this one's place before its file was opened.
+    const auto now = local::pictureSourceForAsset(asset);
+    if (!now || now->contentKey == source->contentKey)
+        return std::nullopt;
+    return local::coverPicture(*now, size.width, size.height);
+}
+
 std::optional<NSImage> imageOfAsset(const PHAsset& asset, CGSize targetSize) {
     try {
-        const auto source = local::pictureSourceForAsset(asset);
-        if (!source)
-            return std::nullopt;
-        auto pixels = local::coverPicture(*source, targetSize.width, targetSize.height);
+        auto pixels = pixelsOfAsset(asset, targetSize);
         if (!pixels)
             return std::nullopt;
         return NSImage{std::make_shared<const local::Pixels>(std::move(*pixels))};

@@ -47,12 +47,15 @@ std::optional<PictureSource> pictureSourceForAsset(const platform::PHAsset& asse
     source.open = [kind = place->kind, name = place->storedAs] {
         return orElse<UniqueFd>({}, [&] { return Library::open()->files().open(kind, name); });
     };
-    // Opened when first asked for; stays open as long as a copy of the source lives.
-    source.derivativesFolder = [folder = std::make_shared<UniqueFd>()] {
-        if (!*folder)
-            *folder =
-                orElse<UniqueFd>({}, [] { return Library::open()->files().openDerivatives(); });
-        return folder->get();
+    source.derivativesFolder = [] {
+        return orElse<std::shared_ptr<const UniqueFd>>(
+            {}, [] { return Library::open()->files().derivatives(); });
+    };
+    source.derivativesRoom = [] {
+        return orElse<std::optional<std::uint64_t>>({}, [] {
+            return std::optional(static_cast<std::uint64_t>(
+                Library::open()->connection()->integer("SELECT derivatives_room FROM library")));
+        });
     };
     return source;
 }

@@ -3,8 +3,11 @@
 #include "platform/local/access.h"
 #include "platform/local/asset_record.h"
 #include "platform/local/change_transaction.h"
+#include "platform/local/imaging/derivative_room.h"
 #include "platform/local/library.h"
 #include "platform/photo_library.h"
+
+#include <algorithm>
 
 namespace local {
 
@@ -20,9 +23,11 @@ void setAccess(CatalogueConnection& connection, std::int64_t access) {
 Settings readSettings() {
     const ConnectionLease connection = Library::open()->connection();
     Statement row = connection->statement(
-        "SELECT access, (SELECT count(*) FROM limited_choice), confirm_deletions FROM library");
+        "SELECT access, (SELECT count(*) FROM limited_choice), confirm_deletions, derivatives_room "
+        "FROM library");
     row.step();
-    return {row.integer(0), static_cast<std::size_t>(row.integer(1)), row.integer(2) != 0};
+    return {row.integer(0), static_cast<std::size_t>(row.integer(1)), row.integer(2) != 0,
+            static_cast<std::uint64_t>(row.integer(3))};
 }
 
 void grantFullAccess() {
@@ -61,6 +66,19 @@ void setConfirmDeletions(bool ask) {
             .bind(1, std::int64_t{ask})
             .run();
     }});
+}
+
+void setDerivativesRoom(std::uint64_t bytes) {
+    constexpr std::uint64_t most = INT64_MAX;
+    bytes = std::min(bytes, most);
+    carryOutSteps({[&](CatalogueConnection& connection) {
+        connection.statement("UPDATE library SET derivatives_room = ?1")
+            .bind(1, static_cast<std::int64_t>(bytes))
+            .run();
+    }});
+    const auto folder = Library::open()->files().derivatives();
+    if (*folder)
+        imaging::tidyDerivatives(folder->get(), bytes);
 }
 
 } // namespace local

@@ -21,18 +21,25 @@ void use(const MediaInfo& info) {
         millisecondsSince1970(*info.captured);
 }
 
+void use(Size size) {
+    require(size.width > 0 && size.width <= kMaxSide);
+    require(size.height > 0 && size.height <= kMaxSide);
+    require(std::uint64_t{size.width} * size.height <= kMaxPixels);
+}
+
 void use(const CheckedPicture& picture) {
-    require(picture.width > 0 && picture.width <= kMaxSide);
-    require(picture.height > 0 && picture.height <= kMaxSide);
-    require(std::uint64_t{picture.width} * picture.height <= kMaxPixels);
+    use(picture.size);
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    for (const Task asked :
-         {Task::inspectPhoto, Task::inspectVideo, Task::photoPicture, Task::videoPicture}) {
-        const auto answer = checkAnswer(reinterpret_cast<const std::byte*>(data), size, asked);
+    const auto* const bytes = reinterpret_cast<const std::byte*>(data);
+    if (const auto said = checkPictureSize(bytes, size))
+        use(*said);
+    for (const Task asked : {Task::inspectPhoto, Task::inspectVideo, Task::inspectWholeJpeg,
+                             Task::photoPicture, Task::videoPicture}) {
+        const auto answer = checkAnswer(bytes, size, asked);
         if (!answer)
             continue;
         require((answer->outcome == Outcome::done) == (answer->result.index() != 0));

@@ -11,9 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     if (request->task > kLastTask)
         std::abort();
-    const bool picture = request->task == Task::photoPicture || request->task == Task::videoPicture;
     for (const Size source : {Size{1, 1}, Size{kMaxSide, 1}, Size{4000, 3000}}) {
-        if (!picture)
+        if (!makesPicture(request->task))
             break;
         const Size covered = coverSize(source, request->targetWidth, request->targetHeight);
         if (covered.width == 0 || covered.height == 0 || covered.width > kMaxSide ||

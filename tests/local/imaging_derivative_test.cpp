@@ -2,6 +2,7 @@
 #include "imaging_support.h"
 
 #include "platform/local/imaging/derivative_file.h"
+#include "platform/local/imaging/derivative_room.h"
 
 #include <atomic>
 #include <chrono>
@@ -9,15 +10,18 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/file.h>
 
 using namespace imaging_test;
+using namespace local::imaging;
 
 namespace {
 
 // What the sources' closures use: they may be called after the test has ended.
 struct Files {
     const Folder folder;
-    local::UniqueFd derivatives;
+    std::shared_ptr<const local::UniqueFd> derivatives;
+    std::atomic<std::uint64_t> room = 1 << 30;
     std::atomic<int> opened = 0;
 };
 
@@ -30,7 +34,8 @@ protected:
 
     void SetUp() override {
         fs::create_directory(folder / "derivatives");
-        files->derivatives.reset(::open((folder / "derivatives").c_str(), O_DIRECTORY | O_CLOEXEC));
+        files->derivatives = std::make_shared<const local::UniqueFd>(
+            ::open((folder / "derivatives").c_str(), O_DIRECTORY | O_CLOEXEC));
         // Another key for each test: the process remembers what it could not make.
         static int number = 10;
         source = {local::MediaKind::photo, "abcdef00" + std::to_string(++number),
@@ -38,7 +43,8 @@ protected:
                       ++kept->opened;
                       return open(kept->folder / "a.jpg");
                   },
-                  [kept = files] { return kept->derivatives.get(); }};
+                  [kept = files] { return kept->derivatives; },
+                  [kept = files] { return std::optional<std::uint64_t>(kept->room); }};
     }
 
     fs::path derivative() const {
@@ -46,10 +52,23 @@ protected:
                ("derivatives/" + source.contentKey.substr(0, 2) + "/" + source.contentKey + ".jpg");
     }
 
-    bool appears() const {
-        for (int i = 0; i < 400 && !fs::exists(derivative()); ++i)
+    static bool comesTrue(const std::function<bool()>& condition) {
+        for (int i = 0; i < 400 && !condition(); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        return fs::exists(derivative());
+        return condition();
+    }
+
+    bool appears() const {
+        return comesTrue([this] { return fs::exists(derivative()); });
+    }
+
+    // A derivative last used so many days ago.
+    fs::path old(const std::string& key, int days, std::size_t size = 1000) const {
+        local::imaging::writeDerivative(files->derivatives->get(), key,
+                                        std::vector<std::uint8_t>(size));
+        fs::path path = folder / ("derivatives/" + key.substr(0, 2) + "/" + key + ".jpg");
+        fs::last_write_time(path, fs::file_time_type::clock::now() - days * std::chrono::hours(24));
+        return path;
     }
 
     std::string covered(double side) { return sizeOf(local::coverPicture(source, side, side)); }
@@ -58,8 +77,11 @@ protected:
 TEST_F(ImagingDerivative, IsMadeOnceAndServesWhatItCovers) {
     writeJpeg(folder / "a.jpg", quarters(2400, 1600));
     run(folder, "exiftool -q -n -overwrite_original -Orientation=6 a.jpg");
+    const fs::path unused = old("0000000000", 9, 1'000'000);
+    files->room = 1'000'100;
     EXPECT_EQ(covered(256), "256x384");
     ASSERT_TRUE(appears());
+    EXPECT_TRUE(comesTrue([&] { return !fs::exists(unused); })) << "there is no room for both";
     const auto info = infoOf(derivative());
     EXPECT_EQ(info.width, 512U);
     EXPECT_EQ(info.height, 768U);
@@ -76,6 +98,32 @@ TEST_F(ImagingDerivative, IsMadeOnceAndServesWhatItCovers) {
     EXPECT_EQ(opened, 3);
     const auto small = local::coverPicture(source, 100, 100);
     EXPECT_TRUE(isNear(colourAt(*small, 0.2, 0.2), {0, 0, 255}, 15));
+}
+
+TEST_F(ImagingDerivative, TheFolderKeepsToItsRoomAndLosesWhatWasUsedLeastRecently) {
+    const std::vector<fs::path> all{old("aa00000000", 4), old("aa00000001", 3),
+                                    old("bb00000000", 2), old("cc00000000", 0)};
+    noteUse(open(all[0]).get());
+    const fs::path dead = folder / "derivatives/aa/.aa00000002.1.1.part";
+    const fs::path living = folder / "derivatives/aa/.aa00000003.1.1.part";
+    write(dead, "");
+    write(living, "");
+    const local::UniqueFd writer = open(living);
+    ASSERT_EQ(flock(writer.get(), LOCK_EX), 0);
+    EXPECT_EQ(tidyDerivatives(files->derivatives->get(), 3900), 3000U);
+    EXPECT_TRUE(fs::exists(all[0]) && !fs::exists(all[1]) && fs::exists(all[2]) &&
+                fs::exists(all[3]) && !fs::exists(dead) && fs::exists(living));
+    EXPECT_EQ(read(folder / "derivatives/CACHEDIR.TAG").substr(0, 43),
+              "Signature: 8a477f597d28d172789f06886806bc55");
+}
+
+TEST_F(ImagingDerivative, WhatWasDeletedForGoodMeanwhileLeavesNone) {
+    writeJpeg(folder / "a.jpg", quarters(2400, 1600));
+    source.open = [kept = files] { // by the caller, by the maker, and never again
+        return ++kept->opened <= 2 ? open(kept->folder / "a.jpg") : local::UniqueFd();
+    };
+    EXPECT_EQ(covered(256), "384x256");
+    EXPECT_TRUE(comesTrue([&] { return opened == 3 && !fs::exists(derivative()); }));
 }
 
 TEST_F(ImagingDerivative, ADamagedOneIsRemovedAndMadeAnew) {
@@ -103,14 +151,14 @@ TEST_F(ImagingDerivative, IsNotMadeWhereItWouldNotPay) {
 
 TEST_F(ImagingDerivative, NamesStayInsideTheFolderAndFailuresAreSilent) {
     for (const char* key : {"", "ab", "../../../etc", "ABCDEF0011", "abcdef00/1122"}) {
-        local::imaging::writeDerivative(files->derivatives.get(), key, {1, 2, 3});
-        EXPECT_FALSE(local::imaging::openDerivative(files->derivatives.get(), key)) << key;
+        local::imaging::writeDerivative(files->derivatives->get(), key, {1, 2, 3});
+        EXPECT_FALSE(local::imaging::openDerivative(files->derivatives->get(), key)) << key;
     }
     EXPECT_TRUE(fs::is_empty(folder / "derivatives"));
     writeJpeg(folder / "a.jpg", quarters(2400, 1600));
     write(folder / ("derivatives/" + source.contentKey.substr(0, 2)), "a file in the way");
     EXPECT_EQ(covered(256), "384x256");
-    source.derivativesFolder = [] { return -1; };
+    source.derivativesFolder = [] { return nullptr; };
     EXPECT_EQ(covered(256), "384x256");
     source.open = [] { return local::UniqueFd(); };
     EXPECT_EQ(covered(256), "none");

@@ -11,6 +11,7 @@
 #include <random>
 #include <thread>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 using namespace imaging_test;
@@ -130,7 +131,7 @@ TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
     std::string loop = dng;
     std::memcpy(loop.data() + loop.size() - 4, "\x08\0\0\0", 4);
     const auto directory = static_cast<std::size_t>(8 + 64 * 48 * 2);
-    const std::size_t next = directory + 2 + 20 * 12;
+    const std::size_t next = directory + 2 + 22 * 12;
     loop.replace(next, 4, loop.substr(4, 4)); // the directory follows itself
     write(folder / "loop.tif", loop);
     dng.replace(directory + 2 + 12 + 8, 4, std::string("\xff\xff\xff\x7f", 4)); // its width
@@ -193,12 +194,24 @@ TEST_F(ImagingHostile, AFileThatKillsItsWorkerIsRememberedAndOthersAreServed) {
 TEST_F(ImagingHostile, IdleWorkersThatWereEndedAreReplacedUnnoticed) {
     const std::size_t before = openDescriptors();
     for (int i = 0; i < 3; ++i) {
+        signal(SIGCHLD, i == 1 ? SIG_IGN : SIG_DFL); // a host may let the system reap its children
         for (const pid_t worker : workers())
             kill(worker, SIGKILL);
         std::this_thread::sleep_for(milliseconds(50));
         EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48");
     }
     EXPECT_LE(openDescriptors(), before + 4);
+}
+
+TEST_F(ImagingHostile, AWorkerThatCannotBeStartedSaysWhichAndWhy) {
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{3, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    std::string why;
+    EXPECT_FALSE(WorkerProcess::start(false, &why));
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_NE(why.find("/photos-kit-imaging did not start: Too many open files."), why.npos) << why;
 }
 
 TEST_F(ImagingHostile, AWorkerThatOverrunsIsEnded) {
@@ -293,11 +306,11 @@ TEST(ImagingProtocol, AnyBytesAreAnsweredOrRefusedByEitherSide) {
             byte = random() % 2 ? std::byte(random()) : std::byte(0);
         const auto mark = i % 2 ? kAnswerMark : kRequestMark;
         std::memcpy(bytes.data(), &mark, sizeof mark);
-        const auto task = static_cast<Task>(random() % 4);
+        const auto task = static_cast<Task>(random() % 5);
         const auto checked = checkAnswer(bytes.data(), sizeof(Answer) - (i % 50 == 0), task);
         if (checked)
             if (const auto* picture = std::get_if<CheckedPicture>(&checked->result)) {
-                ASSERT_LE(std::uint64_t{picture->width} * picture->height, kMaxPixels);
+                ASSERT_LE(std::uint64_t{picture->size.width} * picture->size.height, kMaxPixels);
             }
         if (const auto request = checkRequest(bytes.data(), sizeof(Request))) {
             ASSERT_LE(request->task, kLastTask);

@@ -121,6 +121,11 @@ TEST(ImagingInspection, VideosTellTheirTimeAndLength) {
     EXPECT_EQ(captured(infoOf(folder / "a.mkv", MediaKind::video)), "none");
     EXPECT_EQ(infoOf(folder / "a.ts", MediaKind::video).contentType,
               "public.mpeg-2-transport-stream");
+    // Two seconds before 1970, in seconds since 1904.
+    std::string unset = read(folder / "a.mp4");
+    unset.replace(unset.find("mvhd") + 8, 4, "\x7c\x25\xb0\x7e");
+    write(folder / "unset.m4v", unset);
+    EXPECT_EQ(captured(infoOf(folder / "unset.m4v", MediaKind::video)), "none");
     EXPECT_EQ(failureOf(folder / "sound.m4a", MediaKind::video), "The file holds no video.");
 }
 

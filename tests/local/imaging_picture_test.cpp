@@ -45,6 +45,12 @@ TEST(ImagingPicture, CoversTheTargetWithItsAspectKept) {
     EXPECT_EQ(sizeOf(cover(path, 0.5, 0.5)), "1x1");
     EXPECT_EQ(sizeOf(cover(path, -1, -1)), "1200x800");
     EXPECT_TRUE(showsCorners(cover(path, 2400, 1600), {kRed, kGreen, kBlue, kWhite}));
+    // Where the quarters meet both colours have the same share: what was in the middle stays there.
+    for (const double side : {240.0, 1000.0}) {
+        const auto scaled = cover(path, side, side);
+        EXPECT_NEAR(colourAt(*scaled, 0.5, 0.2)[1], 128, 4) << side;
+        EXPECT_NEAR(colourAt(*scaled, 0.2, 0.5)[2], 128, 4) << side;
+    }
 }
 
 TEST(ImagingPicture, UnusableTargetsGiveNothing) {
@@ -204,6 +210,14 @@ TEST(ImagingPicture, RawIsDevelopedUpright) {
     ASSERT_EQ(sizeOf(large), "400x534");
     // The top of the sensor, bright, is on the right.
     EXPECT_GT(colourAt(*large, 0.9, 0.5)[1], colourAt(*large, 0.1, 0.5)[1] + 50);
+    // Listed as they come out of developing.
+    write(folder / "corner.dng", rawDng(640, 480, "2024:05:06 07:08:09", true));
+    write(folder / "wide.dng", rawDng(640, 480, "2024:05:06 07:08:09", false, 2));
+    for (const auto& [name, size] :
+         {std::pair{"corner.dng", "678x451"}, {"wide.dng", "480x1280"}}) {
+        EXPECT_EQ(std::to_string(infoOf(folder / name).width), std::string(size).substr(0, 3));
+        EXPECT_EQ(sizeOf(cover(folder / name, -1, -1)), size);
+    }
 }
 
 TEST(ImagingPicture, VideosShowAKeyFrameInTheRightColours) {
@@ -211,12 +225,14 @@ TEST(ImagingPicture, VideosShowAKeyFrameInTheRightColours) {
     run(folder,
         "ffmpeg -v error -f lavfi -i color=0xc86432:s=1280x720:d=2,format=rgb24 -vf scale="
         "out_color_matrix=bt709:out_range=tv -colorspace bt709 -pix_fmt yuv420p -c:v libx264 "
-        "hd.mp4 && "
+        "hd.mp4 && ffmpeg -v error -i hd.mp4 -vf scale=640:-1 -colorspace bt709 -c:v libx264 "
+        "stated.mp4 && ffmpeg -v error -i hd.mp4 -c:v mpeg4 -q:v 2 unstated.avi &&"
         "ffmpeg -v error -f lavfi -i color=0xc86432:s=640x480:d=2 -c:v mpeg4 -q:v 2 sd.avi &&"
         "ffmpeg -v error -f lavfi -i color=0xc86432:s=640x480:d=2 -c:v mjpeg -q:v 2 "
         "-pix_fmt yuvj420p full.mov && "
         "ffmpeg -v error -i hd.mp4 -c copy -metadata:s:v rotate=90 turned.mp4");
-    for (const char* name : {"hd.mp4", "sd.avi", "full.mov"}) {
+    // A small one is taken for BT.709 when it says so, a large one also when it says nothing.
+    for (const char* name : {"hd.mp4", "stated.mp4", "unstated.avi", "sd.avi", "full.mov"}) {
         const auto picture = cover(folder / name, 128, 128, MediaKind::video);
         ASSERT_TRUE(picture) << name;
         EXPECT_TRUE(isNear(colourAt(*picture, 0.5, 0.5), {200, 100, 50}, 3)) << name;

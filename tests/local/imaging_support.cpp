@@ -122,7 +122,8 @@ std::string blackPng(std::uint32_t width, std::uint32_t height) {
            chunk("IEND", "");
 }
 
-std::string rawDng(std::uint32_t width, std::uint32_t height, const std::string& date) {
+std::string rawDng(std::uint32_t width, std::uint32_t height, const std::string& date,
+                   bool onItsCorner, std::uint32_t pixelWidth) {
     struct Tag {
         int id, type;
         std::uint32_t count;
@@ -161,7 +162,9 @@ std::string rawDng(std::uint32_t width, std::uint32_t height, const std::string&
         {33422, 1, 4, std::string("\0\1\1\2", 4)},
         {50706, 1, 4, std::string("\1\4\0\0", 4)},
         {50708, 2, 12, std::string("Maker Model\0", 12)},
+        {50711, 3, 1, shorts({onItsCorner ? 2 : 1, 0})},
         {50717, 4, 1, longs(4095)},
+        {50718, 5, 2, longs(pixelWidth) + longs(1) + longs(1) + longs(1)},
         {50721, 10, 9, matrix},
     };
     std::string file = std::string("II\x2a\0", 4) + longs(8 + pixelBytes);

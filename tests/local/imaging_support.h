@@ -42,8 +42,9 @@ void writeJpeg(const fs::path& path, const local::Pixels& pixels, int quality = 
 // A PNG of one bit a pixel, all black, in a few kilobytes however large it says it is.
 std::string blackPng(std::uint32_t width, std::uint32_t height);
 // A raw sensor file (DNG) bright above and dark below, quarter turned to the right, taken at
-// `date`.
-std::string rawDng(std::uint32_t width, std::uint32_t height, const std::string& date);
+// `date`. On its corner: the rows are diagonals of the picture. Pixels may be wider than high.
+std::string rawDng(std::uint32_t width, std::uint32_t height, const std::string& date,
+                   bool onItsCorner = false, std::uint32_t pixelWidth = 1);
 
 local::UniqueFd open(const fs::path& path);
 std::variant<local::MediaInfo, local::ImagingFailure>

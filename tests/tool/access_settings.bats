@@ -33,6 +33,10 @@ load support
     [ "$status" -eq 2 ]
     photos-kit settings confirm-deletions never
     [ "$(photos-kit settings --json | jq .confirmDeletions)" = false ]
+    photos-kit settings derivatives-room 500M
+    [ "$(photos-kit settings --json | jq .derivativesRoom)" = 524288000 ]
+    run photos-kit settings derivatives-room -1
+    [ "$status" -eq 2 ]
 }
 
 @test "wrong use does nothing and says so; looking makes no library" {

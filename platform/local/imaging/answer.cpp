@@ -71,7 +71,23 @@ MediaInfo mediaInfoOf(const Answer& answer) {
     return info;
 }
 
+bool isWithinCaps(Size size) {
+    return size.width > 0 && size.height > 0 && size.width <= kMaxSide && size.height <= kMaxSide &&
+           std::uint64_t{size.width} * size.height <= kMaxPixels;
+}
+
 } // namespace
+
+std::optional<Size> checkPictureSize(const std::byte* bytes, std::size_t size) {
+    PictureSize said;
+    if (size != sizeof said)
+        return std::nullopt;
+    std::memcpy(&said, bytes, sizeof said);
+    const Size picture{said.width, said.height};
+    if (said.mark != kPictureMark || !isWithinCaps(picture))
+        return std::nullopt;
+    return picture;
+}
 
 std::optional<CheckedAnswer> checkAnswer(const std::byte* bytes, std::size_t size, Task asked) {
     Answer answer;
@@ -86,15 +102,15 @@ std::optional<CheckedAnswer> checkAnswer(const std::byte* bytes, std::size_t siz
         return checked;
     if (answer.width == 0 || answer.height == 0)
         return std::nullopt;
-    if (asked == Task::inspectPhoto || asked == Task::inspectVideo) {
+    if (!makesPicture(asked)) {
         checked.result = mediaInfoOf(answer);
         return checked;
     }
-    if (answer.width > kMaxSide || answer.height > kMaxSide ||
-        std::uint64_t{answer.width} * answer.height > kMaxPixels)
+    const Size picture{answer.width, answer.height};
+    if (!isWithinCaps(picture))
         return std::nullopt;
-    checked.result = CheckedPicture{answer.width, answer.height,
-                                    std::uint64_t{answer.sourceWidth} * answer.sourceHeight};
+    checked.result =
+        CheckedPicture{picture, std::uint64_t{answer.sourceWidth} * answer.sourceHeight};
     return checked;
 }
 

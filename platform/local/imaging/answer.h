@@ -1,6 +1,7 @@
 // The host's check of what a worker sent. Pure: bytes in, checked values out, or nothing.
 #pragma once
 
+#include "platform/local/imaging/cover_size.h"
 #include "platform/local/imaging/imaging.h"
 #include "platform/local/imaging/protocol.h"
 
@@ -9,8 +10,7 @@
 namespace local::imaging {
 
 struct CheckedPicture {
-    std::uint32_t width = 0; // both sides and their product within the caps
-    std::uint32_t height = 0;
+    Size size; // both sides and their product within the caps
     std::uint64_t sourcePixels = 0;
 };
 
@@ -19,6 +19,9 @@ struct CheckedAnswer {
     std::uint32_t residentKiB = 0;
     std::variant<std::monostate, MediaInfo, CheckedPicture> result; // set when outcome is done
 };
+
+// Nothing when the bytes do not say the size of a picture within the caps.
+std::optional<Size> checkPictureSize(const std::byte* bytes, std::size_t size);
 
 // Nothing when the bytes are not an answer that this task can have.
 std::optional<CheckedAnswer> checkAnswer(const std::byte* bytes, std::size_t size, Task asked);

@@ -21,17 +21,14 @@ KeySet& badFiles() {
     return *keys;
 }
 
-int derivativesFolderOf(const PictureSource& source) {
-    return source.derivativesFolder ? source.derivativesFolder() : -1;
-}
-
 std::optional<Pixels> fromDerivative(const PictureSource& source, double width, double height) {
     if (isFullSize(width, height) || std::min(width, height) > kDerivativeSide)
         return std::nullopt;
-    const int folder = derivativesFolderOf(source);
-    const UniqueFd file = openDerivative(folder, source.contentKey);
+    const DerivativesFolder folder(source);
+    const UniqueFd file = openDerivative(folder.descriptor(), source.contentKey);
     if (!file)
         return std::nullopt;
+    noteUse(file.get());
     const Request request{kRequestMark, Task::photoPicture, kCoveredOnly, 0, width, height};
     Exchange exchanged = exchange(WorkerPool::shared(), request, file.get());
     auto* reply = std::get_if<Reply>(&exchanged);
@@ -39,9 +36,9 @@ std::optional<Pixels> fromDerivative(const PictureSource& source, double width, 
         return std::move(reply->pixels);
     const bool sound =
         reply ? reply->answer->outcome == Outcome::notCovered
-              : std::get<ImagingFailure::Cause>(exchanged) == ImagingFailure::Cause::unavailable;
+              : std::get<ImagingFailure>(exchanged).cause == ImagingFailure::Cause::unavailable;
     if (!sound)
-        removeDerivative(folder, source.contentKey);
+        removeDerivative(folder.descriptor(), source.contentKey);
     return std::nullopt;
 }
 
@@ -61,12 +58,12 @@ std::optional<Pixels> fromSource(const PictureSource& source, double width, doub
     Exchange exchanged = exchange(WorkerPool::shared(), request, file.get());
     auto* reply = std::get_if<Reply>(&exchanged);
     if (!reply) {
-        if (std::get<ImagingFailure::Cause>(exchanged) == ImagingFailure::Cause::crashed)
+        if (std::get<ImagingFailure>(exchanged).cause == ImagingFailure::Cause::crashed)
             badFiles().insert(source.contentKey);
         return std::nullopt;
     }
     const auto* picture = std::get_if<CheckedPicture>(&reply->answer->result);
-    if (picture && deservesDerivative(source, *picture) && derivativesFolderOf(source) >= 0)
+    if (picture && deservesDerivative(source, *picture) && source.derivativesFolder)
         DerivativeMaker::shared().enqueue(source);
     return std::move(reply->pixels);
 }

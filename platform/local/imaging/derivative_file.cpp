@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
+#include <cmath>
+#include <ctime>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace local::imaging {
@@ -39,7 +41,8 @@ bool writeAll(int file, const std::vector<std::uint8_t>& bytes) {
 
 std::string temporaryName(const std::string& key) {
     static std::atomic<unsigned> counter{0};
-    return "." + key + "." + std::to_string(getpid()) + "." + std::to_string(++counter) + ".part";
+    return "." + key + "." + std::to_string(getpid()) + "." + std::to_string(++counter) +
+           std::string(kPartEnding);
 }
 
 } // namespace
@@ -50,6 +53,14 @@ UniqueFd openDerivative(int folder, const std::string& contentKey) {
     const std::string name = contentKey.substr(0, 2) + "/" + contentKey + ".jpg";
     // Without O_NONBLOCK a FIFO of that name would hold us up.
     return UniqueFd(openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+}
+
+void noteUse(int derivative) {
+    constexpr std::time_t kDay = 24 * 60 * 60;
+    struct stat status {};
+    if (fstat(derivative, &status) == 0 &&
+        std::abs(std::difftime(std::time(nullptr), status.st_mtime)) > kDay)
+        futimens(derivative, nullptr);
 }
 
 void removeDerivative(int folder, const std::string& contentKey) {
@@ -67,8 +78,11 @@ void writeDerivative(int folder, const std::string& contentKey,
     const std::string temporary = temporaryName(contentKey);
     const UniqueFd file(openat(shard.get(), temporary.c_str(),
                                O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    // Where files cannot be locked another process may take it for a dead writer's. Then there is
+    // no derivative this time.
     if (!file)
         return;
+    flock(file.get(), LOCK_EX | LOCK_NB);
     const bool stored =
         writeAll(file.get(), jpeg) && fdatasync(file.get()) == 0 &&
         renameat(shard.get(), temporary.c_str(), shard.get(), (contentKey + ".jpg").c_str()) == 0;

@@ -75,8 +75,13 @@ PictureSource DerivativeMaker::next() {
 }
 
 void DerivativeMaker::make(const PictureSource& source) {
-    const int folder = source.derivativesFolder ? source.derivativesFolder() : -1;
-    if (folder < 0 || openDerivative(folder, source.contentKey))
+    const DerivativesFolder kept(source);
+    const int folder = kept.descriptor();
+    const auto room = source.derivativesRoom ? source.derivativesRoom() : std::nullopt;
+    if (folder < 0 || !room)
+        return;
+    room_.keep(folder, *room);
+    if (*room == 0 || openDerivative(folder, source.contentKey))
         return;
     const UniqueFd opened = source.open();
     const UniqueFd file = readOnlyDescriptor(opened.get());
@@ -84,10 +89,17 @@ void DerivativeMaker::make(const PictureSource& source) {
     // Under the cap on sizes an extreme panorama does not cover the square: it would serve nobody.
     const bool covers = pixels && std::min(pixels->width, pixels->height) >= kDerivativeSide;
     const auto jpeg = covers ? encodeJpeg(*pixels, kQuality) : std::nullopt;
-    if (jpeg)
-        writeDerivative(folder, source.contentKey, *jpeg);
-    else
+    if (!jpeg || jpeg->size() > *room - *room / 10) {
         failed_.insert(source.contentKey);
+        return;
+    }
+    writeDerivative(folder, source.contentKey, *jpeg);
+    room_.wrote(jpeg->size());
+    room_.keep(folder, *room);
+    // What was deleted for good meanwhile leaves nothing behind. Whoever deletes removes the file
+    // first and its derivative then, so that one of the two sees the other.
+    if (!source.open())
+        removeDerivative(folder, source.contentKey);
 }
 
 std::optional<Pixels> DerivativeMaker::decode(const PictureSource& source, int file) {

@@ -1,6 +1,7 @@
 // Makes derivatives after the callers have been served.
 #pragma once
 
+#include "platform/local/imaging/derivative_room.h"
 #include "platform/local/imaging/key_set.h"
 #include "platform/local/imaging/worker_process.h"
 
@@ -10,9 +11,10 @@
 
 namespace local::imaging {
 
-// One thread of the host, started with the first job and then kept, sleeps until no caller has
-// been served for a while, and has a low-priority worker of its own that never takes a place in
-// the pool. Nothing ever waits for the thread: the host's process may end at any time.
+// One thread of the host, started with the first job and then kept, works when no caller has been
+// served for a while, with a low-priority worker of its own that never takes a place in the pool.
+// It also keeps the derivatives within their room. Nothing ever waits for the thread: the host's
+// process may end at any time.
 class DerivativeMaker {
 public:
     static DerivativeMaker& shared(); // never destroyed
@@ -32,8 +34,9 @@ private:
     std::condition_variable arrived_;
     std::deque<PictureSource> queue_;
     bool started_ = false;
-    KeySet failed_{4096};                   // only the thread's own
+    KeySet failed_{4096};                   // filled by the thread, asked by callers
     std::unique_ptr<WorkerProcess> worker_; // only the thread's own
+    DerivativeRoom room_;                   // likewise
 };
 
 } // namespace local::imaging

@@ -84,8 +84,10 @@ struct PictureSource {
     std::string contentKey; // lower-case hexadecimal hash of the file's bytes: names the derivative
                             // and remembers a file that killed its reader
     std::function<UniqueFd()> open; // opens the file for reading; an empty answer: it cannot
-    std::function<int()> derivativesFolder; // descriptor of the folder "derivatives", borrowed;
-                                            // -1: there is none
+    // The folder "derivatives"; null or empty: there is none.
+    std::function<std::shared_ptr<const UniqueFd>()> derivativesFolder;
+    // How many bytes its files may take together; nothing: nobody can tell now, so none is made.
+    std::function<std::optional<std::uint64_t>()> derivativesRoom;
 };
 
 // A picture that covers the target (in pixels) with its aspect ratio kept, upright, enlarged

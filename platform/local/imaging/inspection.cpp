@@ -19,15 +19,15 @@ struct Inspection::State {
 
 namespace {
 
-ImagingFailure failureFor(ImagingFailure::Cause cause) {
-    if (cause == ImagingFailure::Cause::unavailable)
-        return {cause, "Pictures cannot be read because the imaging program did not start."};
-    return {cause, "The file cannot be read: it brings the imaging program down."};
+// This process itself has no memory or descriptor to spare.
+ImagingFailure noMeans(const char* reason) {
+    return {ImagingFailure::Cause::unavailable,
+            std::string("Pictures cannot be read now: ") + reason + "."};
 }
 
 std::variant<MediaInfo, ImagingFailure> outcomeOf(const Exchange& exchanged) {
-    if (const auto* cause = std::get_if<ImagingFailure::Cause>(&exchanged))
-        return failureFor(*cause);
+    if (const auto* failure = std::get_if<ImagingFailure>(&exchanged))
+        return *failure;
     const CheckedAnswer& answer = *std::get<Reply>(exchanged).answer;
     if (const auto* info = std::get_if<MediaInfo>(&answer.result))
         return *info;
@@ -60,15 +60,15 @@ Inspection::~Inspection() = default;
 std::variant<MediaInfo, ImagingFailure> Inspection::finish() {
     const std::unique_ptr<State> state = std::move(state_);
     if (!state)
-        return failureFor(ImagingFailure::Cause::unavailable);
+        return noMeans("memory is exhausted");
     if (!state->file)
         return ImagingFailure{ImagingFailure::Cause::badFile, "The file cannot be opened."};
     try {
         if (!state->lease)
             return outcomeOf(exchange(WorkerPool::shared(), state->request, state->file.get()));
         return outcomeOf(receiveFrom(*state->lease, state->request.task, state->deadline));
-    } catch (const std::exception&) {
-        return failureFor(ImagingFailure::Cause::unavailable);
+    } catch (const std::exception& error) {
+        return noMeans(error.what());
     }
 }
 

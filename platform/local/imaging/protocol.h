@@ -1,10 +1,12 @@
 // What passes between the host and photos-kit-imaging over a SOCK_SEQPACKET pair.
 //
 // The worker says Hello once its sandbox is up. Then, for each request: the host sends one
-// Request with the file as its only SCM_RIGHTS descriptor; the worker sends one Answer, with the
-// pixels in a memfd as its only descriptor when a picture was asked for and made. Both ends come
-// from one build, so the structs travel as they lie in memory; still neither end believes the
-// other: answer.h is the host's check, request.h the worker's.
+// Request with the file as its only SCM_RIGHTS descriptor; the worker sends one Answer. Before the
+// Answer to a request for a picture that it has made, it says the picture's size, and the host
+// sends kRoomMark with a memfd of exactly the size of the pixels, which never grows and which the
+// host empties when it has read them. A worker sends no descriptors. Both ends come from one build,
+// so the structs travel as they lie in memory; still neither end believes the other: answer.h is
+// the host's check, request.h the worker's.
 #pragma once
 
 #include <cstdint>
@@ -23,14 +25,26 @@ inline constexpr bool kSanitized = false;
 inline constexpr std::uint32_t kRequestMark = 0x504b5131;
 inline constexpr std::uint32_t kAnswerMark = 0x504b4131;
 inline constexpr std::uint32_t kHelloMark = 0x504b4831;
+inline constexpr std::uint32_t kPictureMark = 0x504b5031;
+inline constexpr std::uint32_t kRoomMark = 0x504b4d31;
 
 // A picture has at most this many pixels (a 108 megapixel camera's, 324 MB of RGB) and, because a
 // JPEG can hold no more, this many to a side.
 inline constexpr std::uint64_t kMaxPixels = 108'000'000;
 inline constexpr std::uint32_t kMaxSide = 65'500;
 
-enum class Task : std::uint32_t { inspectPhoto, inspectVideo, photoPicture, videoPicture };
+enum class Task : std::uint32_t {
+    inspectPhoto,
+    inspectVideo,
+    inspectWholeJpeg, // as inspectPhoto; a JPEG must also decode to its last byte
+    photoPicture,
+    videoPicture,
+};
 inline constexpr auto kLastTask = Task::videoPicture;
+
+constexpr bool makesPicture(Task task) {
+    return task == Task::photoPicture || task == Task::videoPicture;
+}
 
 enum RequestFlag : std::uint32_t {
     kCoveredOnly = 1, // fail rather than enlarge, and rather than show a damaged picture
@@ -101,10 +115,16 @@ struct Request {
     double targetHeight;
 };
 
+struct PictureSize {
+    std::uint32_t mark;
+    std::uint32_t width;
+    std::uint32_t height;
+};
+
 struct Answer {
     std::uint32_t mark;
     Outcome outcome;
-    std::uint32_t width; // inspection: as displayed; picture: what the memfd holds
+    std::uint32_t width; // inspection: as displayed; picture: what was said before
     std::uint32_t height;
     std::uint32_t sourceWidth; // pictures: the file's own size as displayed
     std::uint32_t sourceHeight;
@@ -117,6 +137,6 @@ struct Answer {
 };
 
 static_assert(std::is_trivially_copyable_v<Request> && std::is_trivially_copyable_v<Answer>);
-static_assert(sizeof(Request) == 32 && sizeof(Answer) == 80);
+static_assert(sizeof(Request) == 32 && sizeof(PictureSize) == 12 && sizeof(Answer) == 80);
 
 } // namespace local::imaging

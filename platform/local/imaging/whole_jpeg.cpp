@@ -14,34 +14,26 @@ ImagingFailure badFile(std::string sentence) {
     return {ImagingFailure::Cause::badFile, std::move(sentence)};
 }
 
-std::optional<ImagingFailure> failureToDecode(int fd) {
-    const UniqueFd file = readOnlyDescriptor(fd);
-    if (!file)
-        return badFile("The file cannot be opened.");
-    // At full size nothing of the file is left out.
-    const Request request{kRequestMark, Task::photoPicture, kCoveredOnly, 0, -1, -1};
-    const Exchange exchanged = exchange(WorkerPool::shared(), request, file.get());
-    if (const auto* cause = std::get_if<ImagingFailure::Cause>(&exchanged))
-        return ImagingFailure{*cause, "The picture could not be decoded."};
-    const Reply& reply = std::get<Reply>(exchanged);
-    if (!reply.pixels)
-        return badFile(sentenceFor(reply.answer->outcome));
-    return std::nullopt;
+std::variant<MediaInfo, ImagingFailure> check(int file) {
+    const Request request{kRequestMark, Task::inspectWholeJpeg};
+    Exchange exchanged = exchange(WorkerPool::shared(), request, file);
+    if (auto* failure = std::get_if<ImagingFailure>(&exchanged))
+        return std::move(*failure);
+    CheckedAnswer& answer = *std::get<Reply>(exchanged).answer;
+    auto* info = std::get_if<MediaInfo>(&answer.result);
+    if (!info)
+        return badFile(sentenceFor(answer.outcome));
+    if (info->contentType != "public.jpeg")
+        return badFile("It is not a JPEG.");
+    return std::move(*info);
 }
 
 } // namespace
 
 std::variant<MediaInfo, ImagingFailure> checkWholeJpeg(int fd) {
     try {
-        auto header = Inspection(fd, MediaKind::photo).finish();
-        const auto* info = std::get_if<MediaInfo>(&header);
-        if (!info)
-            return header;
-        if (info->contentType != "public.jpeg")
-            return badFile("It is not a JPEG.");
-        if (auto failure = failureToDecode(fd))
-            return std::move(*failure);
-        return header;
+        const UniqueFd file = readOnlyDescriptor(fd);
+        return file ? check(file.get()) : badFile("The file cannot be opened.");
     } catch (const std::exception&) {
         return ImagingFailure{ImagingFailure::Cause::unavailable,
                               "The picture could not be decoded."};

@@ -6,8 +6,13 @@
 
 namespace local::imaging {
 
-WorkerLease::WorkerLease(WorkerPool& pool, std::unique_ptr<WorkerProcess> worker)
-    : pool_(pool), worker_(std::move(worker)) {}
+// Handed on, so that the place in the pool is given back even when starting a worker throws.
+WorkerLease::WorkerLease(WorkerPool& pool, std::unique_ptr<WorkerProcess> idle)
+    : WorkerLease(pool) {
+    worker_ = std::move(idle);
+    if (!worker_)
+        replaceWorker();
+}
 
 WorkerLease::~WorkerLease() {
     if (!kept_)
@@ -17,7 +22,7 @@ WorkerLease::~WorkerLease() {
 
 void WorkerLease::replaceWorker() {
     worker_.reset();
-    worker_ = WorkerProcess::start(false);
+    worker_ = WorkerProcess::start(false, &whyNone_);
 }
 
 WorkerPool& WorkerPool::shared() {
@@ -32,7 +37,9 @@ WorkerLease WorkerPool::acquire() {
     freed_.wait(lock, [this] { return leased_ < limit_; });
     --waiting_;
     ++leased_;
-    return WorkerLease(*this, idleOrNew(lock));
+    auto idle = takeIdle();
+    lock.unlock();
+    return WorkerLease(*this, std::move(idle));
 }
 
 std::unique_ptr<WorkerLease> WorkerPool::tryAcquire() {
@@ -40,18 +47,19 @@ std::unique_ptr<WorkerLease> WorkerPool::tryAcquire() {
     if (leased_ >= limit_)
         return nullptr;
     ++leased_;
-    return std::make_unique<WorkerLease>(*this, idleOrNew(lock));
+    auto idle = takeIdle();
+    lock.unlock();
+    return std::make_unique<WorkerLease>(*this, std::move(idle));
 }
 
-std::unique_ptr<WorkerProcess> WorkerPool::idleOrNew(std::unique_lock<std::mutex>& lock) {
+std::unique_ptr<WorkerProcess> WorkerPool::takeIdle() {
     while (!idle_.empty()) {
         auto worker = std::move(idle_.back());
         idle_.pop_back();
         if (worker->isWaiting())
             return worker;
     }
-    lock.unlock();
-    return WorkerProcess::start(false);
+    return nullptr;
 }
 
 void WorkerPool::giveBack(std::unique_ptr<WorkerProcess> worker) {
@@ -93,10 +101,17 @@ bool sendTo(WorkerLease& lease, const Request& request, int file) {
     return lease.worker() && lease.worker()->send(request, file);
 }
 
+ImagingFailure noWorkerFor(const WorkerLease& lease) {
+    return {ImagingFailure::Cause::unavailable, lease.worker() || lease.whyNone().empty()
+                                                    ? "The imaging program ended while it waited."
+                                                    : lease.whyNone()};
+}
+
 Exchange receiveFrom(WorkerLease& lease, Task asked, Clock::time_point deadline) {
     Reply reply = lease.worker()->receive(asked, deadline);
     if (!reply.answer)
-        return ImagingFailure::Cause::crashed;
+        return ImagingFailure{ImagingFailure::Cause::crashed,
+                              "The file cannot be read: it brings the imaging program down."};
     if (!isTooLarge(*reply.answer))
         lease.keepWorker();
     return reply;
@@ -105,7 +120,7 @@ Exchange receiveFrom(WorkerLease& lease, Task asked, Clock::time_point deadline)
 Exchange exchange(WorkerPool& pool, const Request& request, int file) {
     WorkerLease lease = pool.acquire();
     if (!sendTo(lease, request, file))
-        return ImagingFailure::Cause::unavailable;
+        return noWorkerFor(lease);
     return receiveFrom(lease, request.task, deadlineFromNow());
 }
 

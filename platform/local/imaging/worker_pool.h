@@ -14,18 +14,23 @@ class WorkerPool;
 // The right to one worker, and the worker unless it could not be started.
 class WorkerLease {
 public:
-    WorkerLease(WorkerPool& pool, std::unique_ptr<WorkerProcess> worker);
+    // Starts a worker where it is given none.
+    WorkerLease(WorkerPool& pool, std::unique_ptr<WorkerProcess> idle);
     WorkerLease(const WorkerLease&) = delete;
     WorkerLease& operator=(const WorkerLease&) = delete;
     ~WorkerLease(); // ends the worker unless it was kept
 
     WorkerProcess* worker() const { return worker_.get(); }
-    void replaceWorker(); // by a fresh one
+    const std::string& whyNone() const { return whyNone_; } // a sentence when there is no worker
+    void replaceWorker();                                   // by a fresh one
     void keepWorker() { kept_ = true; }
 
 private:
+    explicit WorkerLease(WorkerPool& pool) : pool_(pool) {}
+
     WorkerPool& pool_;
     std::unique_ptr<WorkerProcess> worker_;
+    std::string whyNone_;
     bool kept_ = false;
 };
 
@@ -44,7 +49,7 @@ public:
 private:
     friend class WorkerLease;
     void giveBack(std::unique_ptr<WorkerProcess> worker);
-    std::unique_ptr<WorkerProcess> idleOrNew(std::unique_lock<std::mutex>& lock);
+    std::unique_ptr<WorkerProcess> takeIdle(); // null when none is
 
     const std::size_t limit_;
     std::mutex mutex_;
@@ -56,12 +61,13 @@ private:
 };
 
 // A request to a worker and what came of it: a reply with its answer set, or why there is none.
-using Exchange = std::variant<Reply, ImagingFailure::Cause>;
+using Exchange = std::variant<Reply, ImagingFailure>;
 
 Exchange exchange(WorkerPool& pool, const Request& request, int file);
 
 // The two halves of an exchange; `send` may replace the lease's worker.
 [[nodiscard]] bool sendTo(WorkerLease& lease, const Request& request, int file);
+ImagingFailure noWorkerFor(const WorkerLease& lease); // after `sendTo` answered false
 Exchange receiveFrom(WorkerLease& lease, Task asked, Clock::time_point deadline);
 
 // How long a worker may take, from the request to the answer. Thumbnails of the largest stills

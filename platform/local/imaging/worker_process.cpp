@@ -1,6 +1,7 @@
 #include "platform/local/imaging/worker_process.h"
 
 #include "platform/local/imaging/packet.h"
+#include "platform/local/imaging/picture_room.h"
 
 #include <array>
 #include <cerrno>
@@ -8,7 +9,9 @@
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include <dlfcn.h>
@@ -16,7 +19,6 @@
 #include <link.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
@@ -107,25 +109,19 @@ bool waitUntilReadable(int fd, Clock::time_point deadline) {
     }
 }
 
-// Copies the pixels out with pread: a worker that shrinks its memfd meanwhile cannot hurt us as
-// it could through a mapping.
-std::optional<Pixels> copyPixels(int memory, const CheckedPicture& picture) {
-    struct stat status {};
-    if (fstat(memory, &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    Pixels pixels{picture.width, picture.height, {}};
-    pixels.rgb.resize(std::size_t{picture.width} * picture.height * 3);
-    std::size_t done = 0;
-    while (done < pixels.rgb.size()) {
-        const ssize_t got = pread(memory, pixels.rgb.data() + done, pixels.rgb.size() - done,
-                                  static_cast<off_t>(done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return std::nullopt;
-        done += static_cast<std::size_t>(got);
-    }
-    return pixels;
+[[noreturn]] void giveUp(int error) {
+    throw std::system_error(error, std::generic_category());
+}
+
+// At most 300 bytes, as ImagingFailure has it: of a long path the end.
+std::string sentenceAbout(const std::string& program, const std::string& reason) {
+    constexpr std::size_t kMost = 120;
+    std::size_t from = program.size() > kMost ? program.size() - kMost : 0;
+    while (from < program.size() && (static_cast<unsigned char>(program[from]) & 0xc0) == 0x80)
+        ++from; // no half characters
+    return "Pictures cannot be read because the imaging program " +
+           std::string(from > 0 ? "..." : "") + program.substr(from) + " did not start: " + reason +
+           ".";
 }
 
 } // namespace
@@ -133,42 +129,45 @@ std::optional<Pixels> copyPixels(int memory, const CheckedPicture& picture) {
 WorkerProcess::WorkerProcess(pid_t pid, UniqueFd processFd, UniqueFd socket)
     : owner_(getpid()), pid_(pid), processFd_(std::move(processFd)), socket_(std::move(socket)) {}
 
-std::unique_ptr<WorkerProcess> WorkerProcess::start(bool background) noexcept {
+std::unique_ptr<WorkerProcess> WorkerProcess::start(bool background, std::string* failure) {
+    std::string program = programPath();
     try {
-        return startOrThrow(background);
-    } catch (const std::exception&) {
-        return nullptr;
+        std::array<int, 2> pair{};
+        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
+            giveUp(errno);
+        UniqueFd ours(pair[0]);
+        UniqueFd theirs(pair[1]);
+        const SpawnSettings settings(theirs.get());
+        std::string priority = "--background";
+        const std::array<char*, 3> arguments{program.data(), background ? priority.data() : nullptr,
+                                             nullptr};
+        pid_t pid = -1;
+        const int error =
+            posix_spawn(&pid, program.c_str(), &settings.actions, &settings.attributes,
+                        arguments.data(), workerEnvironment().data());
+        if (error != 0)
+            giveUp(error);
+        theirs.reset();
+        UniqueFd processFd(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+        std::unique_ptr<WorkerProcess> worker(
+            new WorkerProcess(pid, std::move(processFd), std::move(ours)));
+        worker->waitForHello();
+        return worker;
+    } catch (const std::system_error& error) {
+        if (failure)
+            *failure = sentenceAbout(program, error.code().message());
+    } catch (const std::exception& error) {
+        if (failure)
+            *failure = sentenceAbout(program, error.what());
     }
+    return nullptr;
 }
 
-std::unique_ptr<WorkerProcess> WorkerProcess::startOrThrow(bool background) {
-    std::string program = programPath();
-    std::array<int, 2> pair{};
-    if (program.empty() || socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair.data()) != 0)
-        return nullptr;
-    UniqueFd ours(pair[0]);
-    UniqueFd theirs(pair[1]);
-
-    const SpawnSettings settings(theirs.get());
-    std::string priority = "--background";
-    const std::array<char*, 3> arguments{program.data(), background ? priority.data() : nullptr,
-                                         nullptr};
-    pid_t pid = -1;
-    if (posix_spawn(&pid, program.c_str(), &settings.actions, &settings.attributes,
-                    arguments.data(), workerEnvironment().data()) != 0)
-        return nullptr;
-    theirs.reset();
-    UniqueFd processFd(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
-    std::unique_ptr<WorkerProcess> worker(
-        new WorkerProcess(pid, std::move(processFd), std::move(ours)));
-
+void WorkerProcess::waitForHello() {
     std::uint32_t hello = 0;
-    UniqueFd nothing;
-    if (!waitUntilReadable(worker->socket_.get(), Clock::now() + kStartTime) ||
-        receivePacket(worker->socket_.get(), &hello, sizeof hello, nothing) != sizeof hello ||
-        hello != kHelloMark)
-        return nullptr;
-    return worker;
+    const auto bytes = std::as_writable_bytes(std::span(&hello, 1));
+    if (receiveBytes(bytes, Clock::now() + kStartTime) != sizeof hello || hello != kHelloMark)
+        throw std::runtime_error("it ended, or its sandbox could not be set up");
 }
 
 WorkerProcess::~WorkerProcess() {
@@ -179,9 +178,19 @@ WorkerProcess::~WorkerProcess() {
         syscall(SYS_pidfd_send_signal, processFd_.get(), SIGKILL, nullptr, 0);
     else
         kill(pid_, SIGKILL);
-    // Only ours, so the host's own handling of its children is not disturbed; ECHILD when the
-    // host reaps everybody.
-    while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+    reap();
+}
+
+// Only ours, so the host's own handling of its children is not disturbed. ECHILD: it is gone
+// already, because the host reaps everybody, or ignores SIGCHLD and so lets the system do it. Then
+// its number may be another's by now, and only the descriptor still names it.
+void WorkerProcess::reap() const {
+    // <sys/wait.h> has the name from glibc 2.36 on, the kernel from 5.4.
+    constexpr auto byDescriptor = static_cast<idtype_t>(3);
+    siginfo_t ended{};
+    while ((processFd_ ? waitid(byDescriptor, static_cast<id_t>(processFd_.get()), &ended, WEXITED)
+                       : waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED)) != 0 &&
+           errno == EINTR) {
     }
 }
 
@@ -194,21 +203,39 @@ bool WorkerProcess::send(const Request& request, int file) {
     return sendPacket(socket_.get(), &request, sizeof request, file);
 }
 
+// Nothing when the worker is gone or late, or sends what no worker sends.
+std::optional<std::size_t> WorkerProcess::receiveBytes(std::span<std::byte> bytes,
+                                                       Clock::time_point deadline) {
+    UniqueFd uncalledFor;
+    if (!waitUntilReadable(socket_.get(), deadline))
+        return std::nullopt;
+    const auto size = receivePacket(socket_.get(), bytes.data(), bytes.size(), uncalledFor);
+    if (size <= 0 || uncalledFor)
+        return std::nullopt;
+    return static_cast<std::size_t>(size);
+}
+
 Reply WorkerProcess::receive(Task asked, Clock::time_point deadline) {
     std::array<std::byte, sizeof(Answer) + 1> bytes{};
-    UniqueFd memory;
-    if (!waitUntilReadable(socket_.get(), deadline))
+    auto size = receiveBytes(bytes, deadline);
+    std::optional<PictureRoom> room;
+    const auto said =
+        size && makesPicture(asked) ? checkPictureSize(bytes.data(), *size) : std::nullopt;
+    if (said) {
+        room.emplace(*said);
+        if (!sendPacket(socket_.get(), &kRoomMark, sizeof kRoomMark, room->descriptor()))
+            return {};
+        size = receiveBytes(bytes, deadline);
+    }
+    if (!size)
         return {};
-    const auto size = receivePacket(socket_.get(), bytes.data(), bytes.size(), memory);
-    if (size <= 0)
-        return {};
-    Reply reply{checkAnswer(bytes.data(), static_cast<std::size_t>(size), asked), {}};
+    Reply reply{checkAnswer(bytes.data(), *size, asked), {}};
     if (!reply.answer)
         return {};
     if (const auto* picture = std::get_if<CheckedPicture>(&reply.answer->result)) {
-        reply.pixels = copyPixels(memory.get(), *picture);
-        if (!reply.pixels)
+        if (!room || room->size() != picture->size)
             return {};
+        reply.pixels = room->read();
     }
     return reply;
 }

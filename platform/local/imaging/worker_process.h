@@ -7,6 +7,8 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <span>
+#include <string>
 
 #include <sys/types.h>
 
@@ -22,9 +24,10 @@ struct Reply {
 
 class WorkerProcess {
 public:
-    // Starts a worker and waits until its sandbox is up; null when that cannot be done. A
-    // background worker runs at the lowest priority.
-    static std::unique_ptr<WorkerProcess> start(bool background) noexcept;
+    // Starts a worker and waits until its sandbox is up; null when that cannot be done, and then
+    // `failure`, when given, gets a sentence that says why. A background worker runs at the lowest
+    // priority.
+    static std::unique_ptr<WorkerProcess> start(bool background, std::string* failure = nullptr);
 
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
@@ -38,16 +41,19 @@ public:
     [[nodiscard]] bool send(const Request& request, int file);
 
     // Waits for the answer to the request just sent, until `deadline`. Afterwards the worker can
-    // be used again only when `answer` is set.
+    // be used again only when `answer` is set. Throws when this process has no memory or descriptor
+    // left for the picture.
     Reply receive(Task asked, Clock::time_point deadline);
 
 private:
     WorkerProcess(pid_t pid, UniqueFd processFd, UniqueFd socket);
-    static std::unique_ptr<WorkerProcess> startOrThrow(bool background);
+    void waitForHello();
+    std::optional<std::size_t> receiveBytes(std::span<std::byte> bytes, Clock::time_point deadline);
+    void reap() const;
 
     pid_t owner_; // a forked copy of the host has the socket too, but the worker is not its own
     pid_t pid_;
-    UniqueFd processFd_; // names the process even if a stranger has reaped it
+    UniqueFd processFd_; // names the process even when another has reaped it
     UniqueFd socket_;
 };
 

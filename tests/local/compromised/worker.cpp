@@ -17,10 +17,14 @@
 
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <pthread.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/uio.h>
 
 using namespace local::imaging;
@@ -42,11 +46,33 @@ Answer pictureOf(std::uint32_t width, std::uint32_t height) {
     return Answer{kAnswerMark, Outcome::done, width, height, width, height};
 }
 
-int memory(std::size_t size) {
-    const int file = memfd_create("picture", MFD_CLOEXEC);
-    if (file < 0 || ftruncate(file, static_cast<off_t>(size)) != 0)
+local::UniqueFd roomFor(std::uint32_t width, std::uint32_t height) {
+    const PictureSize words{kPictureMark, width, height};
+    std::uint32_t mark = 0;
+    local::UniqueFd room;
+    if (!sendPacket(kWorkerSocket, &words, sizeof words, -1) ||
+        receivePacket(kWorkerSocket, &mark, sizeof mark, room) != sizeof mark || !room)
         std::_Exit(1);
-    return file;
+    return room;
+}
+
+void answerPicture(std::uint32_t width, std::uint32_t height) {
+    const local::UniqueFd room = roomFor(width, height);
+    answer(pictureOf(width, height));
+}
+
+// What it was given, kept from request to request.
+int g_hoarded = -1;
+
+void hoard() {
+    constexpr std::uint32_t side = 1000;
+    g_hoarded = roomFor(side, side).release();
+    answer(pictureOf(side, side));
+}
+
+bool stillHasTheHoard() {
+    struct stat status {};
+    return syscall(SYS_fstat, g_hoarded, &status) != 0 || status.st_size > 0;
 }
 
 bool reopensForWriting(int file) {
@@ -79,16 +105,44 @@ bool readsTheHostsMemory() {
 }
 
 // Takes and touches memory until there is no more; true when that was more than four gigabytes.
-bool eatsWithoutEnd() {
+bool eatsWithoutEnd(int kind) {
     constexpr std::size_t piece = std::size_t{16} << 20;
     for (std::size_t eaten = 0; eaten < std::size_t{4} << 30; eaten += piece) {
         void* const place =
-            mmap(nullptr, piece, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            mmap(nullptr, piece, PROT_READ | PROT_WRITE, kind | MAP_ANONYMOUS, -1, 0);
         if (place == MAP_FAILED)
             return false;
         *static_cast<volatile char*>(place) = 1;
     }
     return true;
+}
+
+void* sleepForGood(void*) {
+    for (;;)
+        sched_yield();
+}
+
+int startsThreads(int most) {
+    pthread_t thread{};
+    int started = 0;
+    while (started < most && pthread_create(&thread, nullptr, sleepForGood, nullptr) == 0)
+        ++started;
+    return started;
+}
+
+bool clonesAThread() {
+    static std::array<char, 1 << 16> stack;
+    const auto endless = [](void*) -> int {
+        sleepForGood(nullptr);
+        return 0;
+    };
+    return clone(endless, stack.data() + stack.size(),
+                 CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_SIGHAND | CLONE_THREAD, nullptr) > 0;
+}
+
+bool looksAtAPath() {
+    struct stat status {};
+    return syscall(SYS_newfstatat, AT_FDCWD, "/etc/passwd", &status, AT_EMPTY_PATH) == 0;
 }
 
 bool takesMoreProcessorTime() {
@@ -101,16 +155,7 @@ bool takesMoreProcessorTime() {
         isWornOut();
 }
 
-void shrinkWhileItIsRead() {
-    constexpr std::uint32_t side = 4000;
-    const int file = memory(std::size_t{side} * side * 3);
-    answer(pictureOf(side, side), file);
-    if (ftruncate(file, 100) != 0)
-        std::_Exit(1);
-    close(file);
-}
-
-void sendTwoDescriptors() {
+void sendTwoDescriptors(int file) {
     Answer words = pictureOf(8, 8);
     iovec part{&words, sizeof words};
     alignas(cmsghdr) std::array<char, CMSG_SPACE(2 * sizeof(int))> control{};
@@ -123,7 +168,7 @@ void sendTwoDescriptors() {
     header->cmsg_level = SOL_SOCKET;
     header->cmsg_type = SCM_RIGHTS;
     header->cmsg_len = CMSG_LEN(2 * sizeof(int));
-    const std::array<int, 2> files{memory(192), memory(192)};
+    const std::array<int, 2> files{file, file};
     std::memcpy(CMSG_DATA(header), files.data(), sizeof files);
     if (sendmsg(kWorkerSocket, &message, MSG_NOSIGNAL) < 0)
         std::_Exit(1);
@@ -166,13 +211,27 @@ void attempt(std::string_view order, int file) {
         return tell(readsTheHostsMemory());
     if (order == "renew")
         return tell(takesMoreProcessorTime());
+    if (order == "look")
+        return tell(looksAtAPath());
     if (order == "eat")
-        return tell(eatsWithoutEnd());
+        return tell(eatsWithoutEnd(MAP_PRIVATE));
+    if (order == "eat shared")
+        return tell(eatsWithoutEnd(MAP_SHARED));
+    if (order == "memory of a descriptor")
+        return tell(memfd_create("more", MFD_CLOEXEC) >= 0);
+    if (order == "hoarded")
+        return tell(stillHasTheHoard());
+    if (order == "descriptor")
+        return tell(fcntl(file, F_DUPFD, 0) >= 0);
+    if (order == "threads")
+        return tell(startsThreads(100) == 100);
+    if (order == "clone")
+        return tell(clonesAThread());
     if (order == "spin")
         runWithoutEnd();
 }
 
-void misbehave(std::string_view order) {
+void misbehave(std::string_view order, int file) {
     if (order == "die")
         std::abort();
     if (order == "flood")
@@ -182,23 +241,25 @@ void misbehave(std::string_view order) {
     if (order == "no picture")
         return answer(pictureOf(8, 8));
     if (order == "short picture")
-        return answer(pictureOf(800, 800), memory(100));
+        return roomFor(8, 8), answer(pictureOf(800, 800));
     if (order == "huge picture")
-        return answer(pictureOf(65'500, 65'500), memory(100));
+        return answerPicture(65'500, 65'500);
     if (order == "empty picture")
-        return answer(pictureOf(0, 8), memory(100));
-    if (order == "socket for a picture")
-        return answer(pictureOf(8, 8), kWorkerSocket);
+        return answerPicture(0, 8);
+    if (order == "two pictures")
+        return roomFor(8, 8), answerPicture(8, 8);
+    if (order == "descriptor for a picture")
+        return roomFor(8, 8), answer(pictureOf(8, 8), file);
     if (order == "two descriptors")
-        return sendTwoDescriptors();
-    if (order == "shrinking picture")
-        return shrinkWhileItIsRead();
+        return sendTwoDescriptors(file);
+    if (order == "hoard")
+        return hoard();
     if (order == "unknown outcome")
         return answer(Answer{kAnswerMark, static_cast<Outcome>(99), 1, 1});
     if (order == "wrong mark")
         return answer(Answer{kRequestMark, Outcome::done, 1, 1});
     if (order == "behave")
-        return answer(pictureOf(8, 8), memory(192));
+        return answerPicture(8, 8);
 }
 
 } // namespace
@@ -217,6 +278,6 @@ int main() {
         const std::string_view order(text.data(),
                                      static_cast<std::size_t>(std::max(length, ssize_t{0})));
         attempt(order, file.get());
-        misbehave(order);
+        misbehave(order, file.get());
     }
 }

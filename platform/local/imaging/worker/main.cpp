@@ -69,29 +69,43 @@ void describe(const Info& info, Answer& answer) {
     answer.offsetMinutes = time.offsetMinutes.value_or(0);
 }
 
-UniqueFd shareUpright(const Picture& picture) {
-    UniqueFd memory(memfd_create("picture", MFD_CLOEXEC));
-    if (!memory || ftruncate(memory.get(), static_cast<off_t>(picture.rgb.size())) != 0)
-        throw std::bad_alloc();
-    void* const mapped =
-        mmap(nullptr, picture.rgb.size(), PROT_READ | PROT_WRITE, MAP_SHARED, memory.get(), 0);
-    if (mapped == MAP_FAILED)
-        throw std::bad_alloc();
-    writeUpright(picture, static_cast<std::uint8_t*>(mapped));
-    munmap(mapped, picture.rgb.size());
-    return memory;
+// Room for a picture of this size, from the host.
+UniqueFd askForRoom(Size size) {
+    const PictureSize words{kPictureMark, size.width, size.height};
+    std::uint32_t mark = 0;
+    UniqueFd room;
+    if (!sendPacket(kWorkerSocket, &words, sizeof words, -1) ||
+        receivePacket(kWorkerSocket, &mark, sizeof mark, room) != sizeof mark ||
+        mark != kRoomMark || !room)
+        std::_Exit(0); // nobody is left to answer
+    return room;
 }
 
-UniqueFd share(const Picture& picture, Answer& answer) {
+void handOver(const Picture& picture, Answer& answer) {
     const Size size = oriented(picture.size, picture.orientation);
     answer.width = size.width;
     answer.height = size.height;
     answer.sourceWidth = picture.source.width;
     answer.sourceHeight = picture.source.height;
-    return shareUpright(picture);
+    const UniqueFd room = askForRoom(size);
+    void* const mapped =
+        mmap(nullptr, picture.rgb.size(), PROT_READ | PROT_WRITE, MAP_SHARED, room.get(), 0);
+    if (mapped == MAP_FAILED)
+        throw std::bad_alloc();
+    writeUpright(picture, static_cast<std::uint8_t*>(mapped));
+    munmap(mapped, picture.rgb.size());
 }
 
-UniqueFd carryOut(const Request& request, const FileInput& input, Answer& answer) {
+// The header alone is not enough for a picture that is to stand for another. At full size nothing
+// of the file is left out.
+Info inspectWholeJpeg(const FileInput& input) {
+    Info info = inspectPhoto(input);
+    if (info.format == FileFormat::jpeg)
+        photoPicture(input, {-1, -1, true});
+    return info;
+}
+
+void carryOut(const Request& request, const FileInput& input, Answer& answer) {
     const Target target{request.targetWidth, request.targetHeight,
                         (request.flags & kCoveredOnly) != 0};
     switch (request.task) {
@@ -101,19 +115,22 @@ UniqueFd carryOut(const Request& request, const FileInput& input, Answer& answer
     case Task::inspectVideo:
         describe(inspectVideo(input), answer);
         break;
+    case Task::inspectWholeJpeg:
+        describe(inspectWholeJpeg(input), answer);
+        break;
     case Task::photoPicture:
-        return share(photoPicture(input, target), answer);
+        handOver(photoPicture(input, target), answer);
+        break;
     case Task::videoPicture:
-        return share(videoPicture(input, target), answer);
+        handOver(videoPicture(input, target), answer);
+        break;
     }
-    return {};
 }
 
 void serve(const Request& request, UniqueFd file) {
     Answer answer{kAnswerMark};
-    UniqueFd picture;
     try {
-        picture = carryOut(request, FileInput(file.get()), answer);
+        carryOut(request, FileInput(file.get()), answer);
     } catch (const Failure& failure) {
         answer.outcome = failure.outcome;
     } catch (const std::bad_alloc&) {
@@ -129,7 +146,7 @@ void serve(const Request& request, UniqueFd file) {
     }
     if (isWornOut())
         answer.residentKiB = UINT32_MAX; // so that the host takes a fresh one
-    if (!sendPacket(kWorkerSocket, &answer, sizeof answer, picture.get()))
+    if (!sendPacket(kWorkerSocket, &answer, sizeof answer, -1))
         std::_Exit(0); // nobody is left to answer
 }
 

@@ -5,6 +5,7 @@
 #include "platform/local/imaging/worker/mapping.h"
 #include "platform/local/imaging/worker/resize.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <memory>
@@ -26,7 +27,25 @@ struct OpenRaw {
             raw->imgdata.sizes.width == 0 || raw->imgdata.sizes.height == 0)
             throw Failure{Outcome::notAPicture};
     }
-    Size stored() const { return {raw->imgdata.sizes.width, raw->imgdata.sizes.height}; }
+    // Of what comes out of developing, not turned yet: a sensor that stands on its corner, as some
+    // of Fuji's do, is set upright, and pixels are made square.
+    Size stored() const {
+        const auto& sizes = raw->imgdata.sizes;
+        double width = sizes.width;
+        double height = sizes.height;
+        if (const int corner = raw->is_fuji_rotated(); corner > 1) {
+            width = std::floor((corner - 1) / std::sqrt(0.5));
+            height = std::floor((height - (corner - 1)) / std::sqrt(0.5));
+        }
+        if (sizes.pixel_aspect > 0 && sizes.pixel_aspect < 1)
+            height = std::floor(height / sizes.pixel_aspect + 0.5);
+        if (sizes.pixel_aspect > 1)
+            width = std::floor(width * sizes.pixel_aspect + 0.5);
+        const auto side = [](double length) {
+            return static_cast<std::uint32_t>(std::clamp(length, 1.0, 65'535.0));
+        };
+        return {side(width), side(height)};
+    }
     // The EXIF value for LibRaw's: 3 half a turn, 5 a quarter to the left, 6 to the right.
     int orientation() const {
         const int flip = raw->imgdata.sizes.flip;

@@ -18,8 +18,7 @@ inline std::optional<Request> checkRequest(const std::byte* bytes, std::size_t s
     if (request.mark != kRequestMark || request.task > kLastTask ||
         (request.flags & ~std::uint32_t{kCoveredOnly}) != 0)
         return std::nullopt;
-    const bool isPicture = request.task == Task::photoPicture || request.task == Task::videoPicture;
-    if (isPicture && !isUsableTarget(request.targetWidth, request.targetHeight))
+    if (makesPicture(request.task) && !isUsableTarget(request.targetWidth, request.targetHeight))
         return std::nullopt;
     return request;
 }

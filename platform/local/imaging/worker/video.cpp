@@ -1,6 +1,7 @@
 #include "platform/local/imaging/worker/video.h"
 
 #include "platform/local/imaging/worker/exif.h"
+#include "platform/local/imaging/worker/movie_time.h"
 #include "platform/local/imaging/worker/video_file.h"
 
 #include <array>
@@ -79,12 +80,14 @@ std::optional<CaptureTime> isoTime(std::string_view text) {
 }
 
 // The time on the camera's clock is better than UTC, whose local date may be another.
-std::optional<CaptureTime> capturedOf(const VideoFile& video) {
+std::optional<CaptureTime> capturedOf(const VideoFile& video, const FileInput& input) {
     if (auto time = isoTime(video.metadata("com.apple.quicktime.creationdate")))
         return time;
     auto time = isoTime(video.metadata("creation_time"));
     // Devices that do not know the time write the start of the QuickTime or Unix calendar.
     if (!time || time->year <= 1970)
+        return std::nullopt;
+    if (time->year == 2036 && time->month == 1 && time->day == 1 && saysEndOf1969(input))
         return std::nullopt;
     return time;
 }
@@ -219,7 +222,7 @@ Info inspectVideo(const FileInput& input) {
     const VideoFile video(input);
     Info info;
     info.displayed = video.displayed();
-    info.captured = capturedOf(video);
+    info.captured = capturedOf(video, input);
     info.format = formatOf(video, input);
     if (video.format()->duration > 0)
         info.durationSeconds = double(video.format()->duration) / AV_TIME_BASE;

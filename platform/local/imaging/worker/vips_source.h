@@ -20,7 +20,7 @@ struct Unref {
 class VipsInput {
 public:
     explicit VipsInput(const FileInput& input) : input_(input) {
-        constexpr std::uint64_t kMostMapped = 1 << 30; // of the 3 GiB that this process has
+        constexpr std::uint64_t kMostMapped = 1 << 30; // of at most 3 GiB that this process has
         if (input.size() <= kMostMapped)
             mapping_.emplace(input);
         if (mapping_ && mapping_->bytes())

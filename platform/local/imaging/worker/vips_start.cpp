@@ -1,5 +1,8 @@
 #include "platform/local/imaging/worker/vips_picture.h"
 
+#include "platform/local/imaging/worker/threads.h"
+
+#include <algorithm>
 #include <string>
 
 #include <dlfcn.h>
@@ -53,6 +56,7 @@ bool startVips() {
         vips_operation_block_set(loader, FALSE);
     // Its vector code is compiled while running, which the sandbox does not let happen.
     vips_vector_set_enabled(FALSE);
+    vips_concurrency_set(std::min(vips_concurrency_get(), kMostDecodingThreads));
     // Results of one request are nothing to the next, which may be a stranger's.
     vips_cache_set_max(0);
     return true;
