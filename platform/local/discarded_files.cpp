@@ -11,7 +11,9 @@ namespace {
 
 std::vector<std::string> discardedFiles(CatalogueConnection& connection) {
     std::vector<std::string> paths;
-    Statement rows = connection.statement("SELECT path FROM discarded_file");
+    // Originals and renders before derivatives: whoever makes one looks afterwards whether its source
+    // is still there.
+    Statement rows = connection.statement("SELECT path FROM discarded_file ORDER BY path DESC");
     while (rows.step())
         paths.emplace_back(rows.text(0));
     return paths;

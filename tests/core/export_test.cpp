@@ -54,7 +54,7 @@ struct Export : CoreTest {
 
     // Until the export that runs under the id is that of the request.
     static void waitUntilRegistered(platform::PHAssetResourceDataRequestID requestId) {
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(120);
         while (dataRequestOfExport(exportId) != requestId) {
             ASSERT_LT(std::chrono::steady_clock::now(), limit) << "is not registered";
             std::this_thread::yield();

@@ -53,7 +53,7 @@ protected:
     }
 
     static bool comesTrue(const std::function<bool()>& condition) {
-        for (int i = 0; i < 400 && !condition(); ++i)
+        for (int i = 0; i < 4000 && !condition(); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
         return condition();
     }

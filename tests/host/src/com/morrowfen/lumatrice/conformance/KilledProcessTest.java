@@ -113,7 +113,9 @@ class KilledProcessTest {
     @Test
     void inADuplicationLeavesTheBeginningOfTheCopy() throws Exception {
         Set<String> before = idsAtTheTop();
-        long full = millisecondsOf("duplicate", source);
+        try (OtherProcess other = OtherProcess.start("duplicate", source)) {
+            other.answers();
+        }
         Collection complete = newAtTheTop(before).get(0);
         assertEquals(whole.subList(1, whole.size()), CollectionTree.of(complete).shapesInside());
         assertEquals(0, PHOTOS.nativeDeleteAlbum(complete.id()));
@@ -123,14 +125,16 @@ class KilledProcessTest {
         int inTheMiddle = 0;
         for (int round = 0; round < ROUNDS; ++round) {
             // Early, late and between, whatever the machine is like.
-            long moment = (long) (full * (round + random.nextDouble()) / ROUNDS);
-            killAfter(moment, "duplicate", source);
-            int made = assertBeginningOfTheCopy(newAtTheTop(before),
-                    "killed after " + moment + " of " + full + " ms, seed " + seed);
-            // How long a copy takes changes with what else the machine does.
-            if (made == whole.size()) {
-                full /= 2;
-            } else if (made > 0) {
+            int atLeast = random.nextInt(whole.size());
+            try (OtherProcess other = OtherProcess.start("duplicate", source)) {
+                while (sizeOf(newAtTheTop(before)) < atLeast) {
+                    Thread.onSpinWait();
+                }
+                other.kill();
+            }
+            int made = assertBeginningOfTheCopy(
+                    newAtTheTop(before), "killed from " + atLeast + " on, seed " + seed);
+            if (made > 0 && made < whole.size()) {
                 ++inTheMiddle;
             }
             for (Collection one : newAtTheTop(before)) {
@@ -141,13 +145,18 @@ class KilledProcessTest {
         System.out.printf(
                 "KilledProcessTest: %d of %d in the middle of a copy%n", inTheMiddle, ROUNDS);
         assertTrue(inTheMiddle > 0, "never killed in the middle, seed " + seed);
-        killAfter(full / 2, "duplicate", source);
         assertSound();
 
         String copy = duplicate(source);
         assertEquals(whole.subList(1, whole.size()), treeOf(copy).shapesInside());
         newAtTheTop(before).forEach(one -> PHOTOS.nativeDeleteAlbum(one.id()));
         assertEquals(before, idsAtTheTop());
+    }
+
+    /** How many collections there are by now; others may be joining them. */
+    private static int sizeOf(List<Collection> growing) {
+        return growing.stream()
+                .mapToInt(one -> 1 + (one.isFolder() ? sizeOf(level(one.id())) : 0)).sum();
     }
 
     /**

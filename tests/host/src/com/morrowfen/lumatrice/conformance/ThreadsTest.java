@@ -23,7 +23,7 @@ import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.Timeout;
 import org.junit.jupiter.api.io.TempDir;
 
-@Timeout(value = 120, unit = TimeUnit.SECONDS)
+@Timeout(value = 600, unit = TimeUnit.SECONDS)
 class ThreadsTest {
     private static final int THREADS = 8;
 
