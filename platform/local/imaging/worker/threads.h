@@ -9,7 +9,7 @@ namespace local::imaging {
 // answers EAGAIN when all of them are at work.
 [[nodiscard]] bool startThreads();
 
-// How many processors the libraries that ask should make use of.
+// How many of them libvips, and with it libjxl, may set to one picture.
 inline constexpr int kMostDecodingThreads = 4;
 
 } // namespace local::imaging
