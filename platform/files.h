@@ -22,10 +22,10 @@ std::optional<UTType> contentTypeOfFileAtURL(const NSURL& url);
 // Whether the type is `other` or one of its kinds.
 bool conformsToType(const UTType& type, const UTType& other);
 
-// The rest changes or reads single files. The photo library guards its own folder: an operation
-// whose destination is that folder, lies inside it or holds it fails and touches nothing; the
-// renderedContentURL of an edit is the one place in there that may be written. An empty path is no
-// place: everything fails there.
+// The rest changes or reads single files. On Linux the photo library guards its own folder: an
+// operation whose destination is that folder, lies inside it or holds it fails and touches nothing;
+// the renderedContentURL of an edit is the one place in there that may be written. (A Mac guards its
+// library by other means.) An empty path is no place: everything fails there.
 
 // Makes the directory and those above it that are missing. Answers whether it stands there now;
 // directories that were made before a failure stay.
@@ -36,9 +36,7 @@ bool createDirectoryAtPath(const std::string& path);
 // may lose a part of its contents before a failure.
 bool removeItemAtPath(const std::string& path);
 
-inline bool removeItemAtURL(const NSURL& url) {
-    return removeItemAtPath(url.path);
-}
+bool removeItemAtURL(const NSURL& url);
 
 // Makes an empty file, or empties the file that stands there. Answers whether it did; a failure
 // leaves what stood there.
@@ -50,8 +48,8 @@ inline bool removeItemAtURL(const NSURL& url) {
 [[nodiscard]] bool copyItemAtURL(const NSURL& source, const NSURL& destination,
                                  std::optional<NSError>& error);
 
-// All bytes of the file; nothing when it cannot be read. Never waits on what is not a file of
-// bytes: that cannot be read.
+// All bytes of the file; nothing when it cannot be read. On Linux never waits on what is not a file
+// of bytes: that cannot be read.
 std::optional<NSData> dataWithContentsOfFile(const std::string& path);
 
 enum NSDataWritingOptions : unsigned long {

@@ -194,6 +194,10 @@ bool removeItemAtPath(const std::string& path) {
     });
 }
 
+bool removeItemAtURL(const NSURL& url) {
+    return removeItemAtPath(url.path);
+}
+
 bool createFileAtPath(const std::string& path) {
     return local::orElse(false, [&] {
         const local::FilePlace place = local::changeablePlace(path);

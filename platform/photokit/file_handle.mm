@@ -20,8 +20,6 @@ static bool writeAll(::NSFileHandle* file, ::NSData* data, NSString** reason) {
 }
 
 std::optional<NSFileHandle> fileHandleForWritingAtPath(const std::string& path) {
-    if (!isFileOfBytes(path))
-        return std::nullopt;
     const auto object = retained([::NSFileHandle fileHandleForWritingAtPath:native(path)]);
     return object ? std::optional(NSFileHandle{object}) : std::nullopt;
 }

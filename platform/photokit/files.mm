@@ -1,7 +1,6 @@
 #include "platform/files.h"
 
 #import <UniformTypeIdentifiers/UniformTypeIdentifiers.h>
-#include <sys/stat.h>
 
 #include "platform/photokit/objects.h"
 
@@ -10,11 +9,6 @@ static ::UTType* nativeType(const UTType& type) {
     if (type.identifier == UTTypeMovie.identifier)
         return ::UTTypeMovie;
     return [::UTType typeWithIdentifier:native(type.identifier)];
-}
-
-bool isFileOfBytes(const std::string& path) {
-    struct stat found {};
-    return stat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode);
 }
 
 bool isReadableFileAtPath(const std::string& path) {
@@ -44,6 +38,10 @@ bool removeItemAtPath(const std::string& path) {
     return [[NSFileManager defaultManager] removeItemAtPath:native(path) error:nullptr];
 }
 
+bool removeItemAtURL(const NSURL& url) {
+    return [[NSFileManager defaultManager] removeItemAtURL:native(url) error:nullptr];
+}
+
 bool createFileAtPath(const std::string& path) {
     NSFileManager* const manager = [NSFileManager defaultManager];
     return [manager createFileAtPath:native(path) contents:nil attributes:nil];
@@ -54,14 +52,12 @@ bool copyItemAtURL(const NSURL& source, const NSURL& destination, std::optional<
     const BOOL done = [[NSFileManager defaultManager] copyItemAtURL:native(source)
                                                               toURL:native(destination)
                                                               error:&nativeError];
-    error = errorOf(nativeError);
+    error = done ? std::nullopt : errorOf(nativeError);
     return done;
 }
 
 // The scope gives the framework's copy of the bytes back at once: one picture can be large.
 std::optional<NSData> dataWithContentsOfFile(const std::string& path) {
-    if (!isFileOfBytes(path))
-        return std::nullopt;
     @autoreleasepool {
         ::NSData* const data = [::NSData dataWithContentsOfFile:native(path)];
         return data == nil ? std::nullopt : std::optional(copyOf(data));
@@ -72,7 +68,7 @@ bool writeToURL(const NSData& data, const NSURL& url, unsigned long options,
                 std::optional<NSError>& error) {
     ::NSError* nativeError = nil;
     const BOOL done = [nativeView(data) writeToURL:native(url) options:options error:&nativeError];
-    error = errorOf(nativeError);
+    error = done ? std::nullopt : errorOf(nativeError);
     return done;
 }
 } // namespace platform

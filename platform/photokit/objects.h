@@ -56,7 +56,9 @@ inline ::PHCollection* native(const PHCollection& collection) {
 
 // Nil for text that is not UTF-8, which the core never passes on.
 inline NSString* native(const std::string& text) {
-    return [NSString stringWithUTF8String:text.c_str()];
+    return [[[NSString alloc] initWithBytes:text.data()
+                                     length:text.size()
+                                   encoding:NSUTF8StringEncoding] autorelease];
 }
 
 inline ::NSURL* native(const NSURL& url) {
@@ -83,7 +85,9 @@ inline ::NSData* nativeView(std::span<const std::uint8_t> bytes) {
 
 inline std::optional<std::string> textOf(NSString* text) {
     const char* const bytes = [text UTF8String];
-    return bytes == nullptr ? std::nullopt : std::optional<std::string>(bytes);
+    if (bytes == nullptr)
+        return std::nullopt;
+    return std::string(bytes, [text lengthOfBytesUsingEncoding:NSUTF8StringEncoding]);
 }
 
 inline std::span<const std::uint8_t> bytesOf(::NSData* data) {
@@ -121,7 +125,4 @@ inline std::optional<PHObjectPlaceholder> placeholderOf(::PHObjectPlaceholder* p
     }
 
 ::PHFetchOptions* nativeOptions(const PHFetchOptions& options);
-
-// Whether opening the path cannot wait, as it does for a pipe that nobody else has opened.
-bool isFileOfBytes(const std::string& path);
 } // namespace platform

@@ -16,7 +16,7 @@ long authorizationStatusForAccessLevel(long accessLevel) {
     return static_cast<long>([PHPhotoLibrary authorizationStatusForAccessLevel:level]);
 }
 
-// The error is handed on whatever the answer is: the core looks at both.
+// The error is handed on whatever the answer is: one of the core's changes goes by it alone.
 bool performChangesAndWait(const std::function<void()>& changeBlock,
                            std::optional<NSError>& error) {
     const std::function<void()> changes = changeBlock; // a block would capture only a reference

@@ -39,6 +39,10 @@ bool removeItemAtPath(const std::string& path) {
     return library().files.erase(path) != 0;
 }
 
+bool removeItemAtURL(const NSURL& url) {
+    return removeItemAtPath(url.path);
+}
+
 bool createFileAtPath(const std::string& path) {
     if (!library().attempt("create " + path))
         return false;

@@ -22,7 +22,7 @@ struct Browsing : PhotoKitTest {
         script.collections = {{.id = "folder", .title = "Folder", .type = 0},
                               {.id = "trip", .title = "Trip", .assets = {"old", "new"}},
                               {.id = "inner", .type = 0, .parent = "folder"},
-                              {.id = "inside", .title = "Inside", .parent = "folder"},
+                              {.id = "inside", .title = std::string("In\0side", 7), .parent = "folder"},
                               {.id = "recents", .title = "Recents", .type = 2, .assets = {"new"}},
                               {.id = "empty", .title = "Empty", .type = 2}};
     }
@@ -103,7 +103,7 @@ TEST_F(Browsing, ListsALevelInTheLibrarysOrderWithNilOptions) {
                                      "fetch assets in recents, options nil",
                                      "fetch assets in empty, options nil"));
     EXPECT_EQ(albums("folder"), R"([{"id":"inner","title":"Untitled","kind":"folder","count":0},)"
-                                R"({"id":"inside","title":"Inside","kind":"album","count":0}])");
+                                R"({"id":"inside","title":"In\u0000side","kind":"album","count":0}])");
     EXPECT_EQ(albums("trip"), "[]");
 }
 

@@ -200,8 +200,6 @@ TEST_F(Transfers, EditsFailEachInItsWay) {
     const fs::path rendered = write("from-host.jpg", "rendered bytes");
     EXPECT_EQ(applyEdit(home / "missing.jpg"), -3);
     EXPECT_EQ(applyEdit(home), -3);
-    mkfifo((home / "pipe").c_str(), 0600);
-    EXPECT_EQ(applyEdit(home / "pipe"), -3);
     script.changes = {{.done = false, .failure = Failure{.sentence = "refused"}}};
     EXPECT_EQ(applyEdit(rendered), -4);
     script.renderedContent = home / "missing/rendered.jpg";

@@ -10,7 +10,9 @@
 namespace standin {
 
 inline NSString* text(const std::string& text) {
-    return [NSString stringWithUTF8String:text.c_str()];
+    return [[[NSString alloc] initWithBytes:text.data()
+                                     length:text.size()
+                                   encoding:NSUTF8StringEncoding] autorelease];
 }
 
 inline NSString* text(const std::optional<std::string>& optional) {

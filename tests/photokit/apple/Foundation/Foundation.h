@@ -64,8 +64,14 @@ typedef struct {
                                     count:(NSUInteger)count;
 @end
 
+typedef NSUInteger NSStringEncoding;
+enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
+
 @interface NSString : NSObject
-+ (instancetype)stringWithUTF8String:(const char*)bytes;
+- (instancetype)initWithBytes:(const void*)bytes
+                       length:(NSUInteger)length
+                     encoding:(NSStringEncoding)encoding;
+- (NSUInteger)lengthOfBytesUsingEncoding:(NSStringEncoding)encoding;
 - (const char*)UTF8String;
 @end
 
@@ -141,6 +147,7 @@ typedef struct {
                 contents:(NSData*)contents
               attributes:(NSDictionary*)attributes;
 - (BOOL)removeItemAtPath:(NSString*)path error:(NSError**)error;
+- (BOOL)removeItemAtURL:(NSURL*)url error:(NSError**)error;
 - (BOOL)copyItemAtURL:(NSURL*)source toURL:(NSURL*)destination error:(NSError**)error;
 @end
 
