@@ -24,8 +24,8 @@ bool conformsToType(const UTType& type, const UTType& other);
 
 // The rest changes or reads single files. On Linux the photo library guards its own folder: an
 // operation whose destination is that folder, lies inside it or holds it fails and touches nothing;
-// the renderedContentURL of an edit is the one place in there that may be written. (A Mac guards its
-// library by other means.) An empty path is no place: everything fails there.
+// the renderedContentURL of an edit is the one place in there that may be written. (A Mac guards
+// its library by other means.) An empty path is no place: everything fails there.
 
 // Makes the directory and those above it that are missing. Answers whether it stands there now;
 // directories that were made before a failure stay.

@@ -19,12 +19,13 @@ struct Browsing : PhotoKitTest {
              .favorite = true,
              .resources = {{.type = 7}, {.type = 2, .name = "nü\"w.mov"}}},
             {.id = "undated-asset", .hidden = true}};
-        script.collections = {{.id = "folder", .title = "Folder", .type = 0},
-                              {.id = "trip", .title = "Trip", .assets = {"old", "new"}},
-                              {.id = "inner", .type = 0, .parent = "folder"},
-                              {.id = "inside", .title = std::string("In\0side", 7), .parent = "folder"},
-                              {.id = "recents", .title = "Recents", .type = 2, .assets = {"new"}},
-                              {.id = "empty", .title = "Empty", .type = 2}};
+        script.collections = {
+            {.id = "folder", .title = "Folder", .type = 0},
+            {.id = "trip", .title = "Trip", .assets = {"old", "new"}},
+            {.id = "inner", .type = 0, .parent = "folder"},
+            {.id = "inside", .title = std::string("In\0side", 7), .parent = "folder"},
+            {.id = "recents", .title = "Recents", .type = 2, .assets = {"new"}},
+            {.id = "empty", .title = "Empty", .type = 2}};
     }
 
     std::string list(jint count, jint offset) {
@@ -102,8 +103,9 @@ TEST_F(Browsing, ListsALevelInTheLibrarysOrderWithNilOptions) {
                                      "options nil",
                                      "fetch assets in recents, options nil",
                                      "fetch assets in empty, options nil"));
-    EXPECT_EQ(albums("folder"), R"([{"id":"inner","title":"Untitled","kind":"folder","count":0},)"
-                                R"({"id":"inside","title":"In\u0000side","kind":"album","count":0}])");
+    EXPECT_EQ(albums("folder"),
+              R"([{"id":"inner","title":"Untitled","kind":"folder","count":0},)"
+              R"({"id":"inside","title":"In\u0000side","kind":"album","count":0}])");
     EXPECT_EQ(albums("trip"), "[]");
 }
 
