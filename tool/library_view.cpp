@@ -1,5 +1,7 @@
 #include "tool/library_view.h"
 
+#include "platform/local/asset_record.h"
+#include "platform/local/collection_record.h"
 #include "platform/local/library.h"
 #include "platform/photo_library.h"
 
@@ -91,12 +93,11 @@ platform::PHFetchResult<platform::PHAsset> assetsOf(const platform::PHAssetColle
 }
 
 std::string filenameOf(const platform::PHAsset& asset) {
-    for (auto& resource : platform::assetResourcesForAsset(asset)) {
-        if (resource.type == platform::PHAssetResourceTypePhoto ||
-            resource.type == platform::PHAssetResourceTypeVideo)
-            return std::move(resource.originalFilename).value_or("");
-    }
-    return "";
+    return local::recordOf(asset).filename;
+}
+
+std::string titleOf(const platform::PHCollection& collection) {
+    return local::recordOf(collection).title.value_or("Untitled");
 }
 
 bool isEdited(const platform::PHAsset& asset) {

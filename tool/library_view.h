@@ -29,7 +29,9 @@ platform::PHAssetCollection albumWithIdentifier(const std::string& typed);
 // have an order of their own.
 platform::PHFetchResult<platform::PHAsset> assetsOf(const platform::PHAssetCollection* album);
 
+// The true ones, where hosts may be handed others: with emoji.
 std::string filenameOf(const platform::PHAsset& asset); // as imported
+std::string titleOf(const platform::PHCollection& collection);
 bool isEdited(const platform::PHAsset& asset);
 bool isVideo(const platform::PHAsset& asset);
 std::int64_t creationMilliseconds(const platform::PHAsset& asset);

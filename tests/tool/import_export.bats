@@ -2,7 +2,7 @@ load support
 
 @test "a folder goes in, what is no picture is named, and all of it comes out the same" {
     picture in/a.jpg 10
-    picture in/below/b.jpg 200
+    picture in/below/😀b.jpg 200
     picture in/.hidden/c.jpg 50
     echo words >in/note.txt
     run photos-kit import in
@@ -13,7 +13,8 @@ load support
     run photos-kit export out --all
     [ "$status" -eq 0 ]
     cmp in/a.jpg out/a.jpg
-    cmp in/below/b.jpg out/b.jpg
+    cmp in/below/😀b.jpg out/😀b.jpg
+    [ -n "$(identifier_of 😀b.jpg)" ]
     [ "$(ls -A out | wc -l)" -eq 2 ]
 }
 
