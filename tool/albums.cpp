@@ -87,7 +87,8 @@ void printForPeople(const std::vector<Entry>& entries) {
 }
 
 int showAlbums(bool json) {
-    requireVisibleLibrary();
+    requireLibrary();
+    requireAccess();
     std::vector<Entry> entries;
     appendSmartAlbums(entries);
     appendTree(entries);

@@ -3,11 +3,17 @@
 #include "platform/local/asset_record.h"
 #include "platform/local/collection_record.h"
 #include "platform/local/library.h"
+#include "platform/local/library_location.h"
+#include "platform/local/mount_points.h"
 #include "platform/photo_library.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cmath>
+#include <filesystem>
 #include <unordered_set>
 
 namespace tool {
@@ -28,12 +34,31 @@ std::string completed(std::string typed, std::string_view ending) {
 
 } // namespace
 
+// A catalogue that is missing beside originals is the library's own finding.
+std::optional<std::string> whyThereIsNoLibrary(const std::string& path) {
+    struct stat catalogue {};
+    std::error_code error;
+    if (std::filesystem::is_symlink(path, error) ||
+        stat((path + "/library.db").c_str(), &catalogue) == 0 || errno != ENOENT ||
+        std::filesystem::exists(path + "/originals", error))
+        return std::nullopt;
+    if (const auto place = local::unmountedPlaceOf(path))
+        return "The photo library's disk is not mounted on " + *place + ".";
+    return "There is no photo library yet. The first import makes it: " + path;
+}
+
 void requireLibrary() {
+    const auto path = local::libraryPath();
+    if (const auto why = path ? whyThereIsNoLibrary(*path) : std::nullopt)
+        throw Failure(*why);
+    requireOrMakeLibrary();
+}
+
+void requireOrMakeLibrary() {
     local::Library::open()->connection();
 }
 
-void requireVisibleLibrary() {
-    requireLibrary();
+void requireAccess() {
     const long access =
         platform::authorizationStatusForAccessLevel(platform::PHAccessLevelReadWrite);
     if (access != platform::PHAuthorizationStatusAuthorized &&

@@ -9,8 +9,7 @@
 
 namespace local {
 
-// How long a deleted asset is promised to stay; emptying the trash leaves younger ones unless
-// told otherwise.
+// Emptying the trash leaves what was deleted less long ago, unless told otherwise.
 inline constexpr std::int64_t keptInTrashMilliseconds = std::int64_t{30} * 24 * 60 * 60 * 1000;
 
 // A step of a write transaction; `numbers` is a JSON array of row numbers. Assets that are there

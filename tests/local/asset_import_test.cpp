@@ -61,6 +61,16 @@ TEST(AssetImport, KeepsTheBytesTheNameAndTheType) {
     EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
 }
 
+TEST(AssetImport, ThatIsStoppedLeavesNothing) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("a.jpg"));
+    local::stopCopiesWhen([] { return true; });
+    EXPECT_EQ(importFile(picture).error.code, ECANCELED);
+    local::stopCopiesWhen(nullptr);
+    expectNothingKept(home);
+    EXPECT_TRUE(importFile(picture).identifier);
+}
+
 TEST(AssetImport, TheSameFileTwiceIsTwoAssets) {
     const ScratchHome home;
     const auto picture = writePicture(home.file("a.jpg"));
