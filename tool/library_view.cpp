@@ -34,12 +34,13 @@ std::string completed(std::string typed, std::string_view ending) {
 
 } // namespace
 
-// A catalogue that is missing beside originals is the library's own finding.
+// A catalogue that is missing beside originals, or a link to nothing, is the library's own finding.
 std::optional<std::string> whyThereIsNoLibrary(const std::string& path) {
     struct stat catalogue {};
     std::error_code error;
-    if (std::filesystem::is_symlink(path, error) ||
-        stat((path + "/library.db").c_str(), &catalogue) == 0 || errno != ENOENT ||
+    const bool leadsNowhere =
+        std::filesystem::is_symlink(path, error) && !std::filesystem::exists(path, error);
+    if (leadsNowhere || stat((path + "/library.db").c_str(), &catalogue) == 0 || errno != ENOENT ||
         std::filesystem::exists(path + "/originals", error))
         return std::nullopt;
     if (const auto place = local::unmountedPlaceOf(path))
