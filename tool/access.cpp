@@ -51,7 +51,7 @@ Examples:
     const auto decide = [&](CLI::App* way, auto decision) {
         way->fallthrough();
         tool.onRun(way, [options, decision] {
-            requireLibrary();
+            requireOrMakeLibrary();
             decision(*options);
             return show(options->json);
         });

@@ -25,8 +25,8 @@ struct Level {
 
 Entry entryOf(const platform::PHAssetCollection& album) {
     const bool smart = album.assetCollectionType == platform::PHAssetCollectionTypeSmartAlbum;
-    return {album.localIdentifier, album.localizedTitle.value_or("Untitled"),
-            smart ? "smart" : "album", assetsOf(&album).count()};
+    return {album.localIdentifier, titleOf(album), smart ? "smart" : "album",
+            assetsOf(&album).count()};
 }
 
 void appendSmartAlbums(std::vector<Entry>& entries) {
@@ -54,7 +54,7 @@ void appendTree(std::vector<Entry>& entries) {
         if (const auto* folder = std::get_if<platform::PHCollectionList>(&*collection)) {
             below = {platform::fetchCollectionsInCollectionList(*folder), 0,
                      folder->localIdentifier};
-            entry = {folder->localIdentifier, folder->localizedTitle.value_or("Untitled"), "folder",
+            entry = {folder->localIdentifier, titleOf(*folder), "folder",
                      below->collections.count()};
         } else {
             entry = entryOf(std::get<platform::PHAssetCollection>(*collection));
@@ -87,7 +87,8 @@ void printForPeople(const std::vector<Entry>& entries) {
 }
 
 int showAlbums(bool json) {
-    requireVisibleLibrary();
+    requireLibrary();
+    requireAccess();
     std::vector<Entry> entries;
     appendSmartAlbums(entries);
     appendTree(entries);

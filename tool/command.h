@@ -4,7 +4,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <functional>
+#include <limits>
+#include <string>
+#include <system_error>
+#include <utility>
 
 namespace tool {
 
@@ -23,6 +28,23 @@ struct Tool {
 
 inline void addJson(CLI::App* command, bool& json) {
     command->add_flag("--json", json, "Print JSON, for programs");
+}
+
+// An option that takes a whole number in decimal digits. What is anything else, or more than
+// `most`, is refused: a number is never guessed at.
+template <class Number>
+CLI::Option* addNumber(CLI::App* command, const std::string& name, Number& number,
+                       const std::string& help, Number most = std::numeric_limits<Number>::max()) {
+    const auto take = [&number, name, most](const std::string& text) {
+        Number given = 0;
+        const char* const end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data(), end, given);
+        if (error != std::errc{} || stop != end || std::cmp_less(given, 0) || given > most)
+            throw CLI::ValidationError(name, "\"" + text + "\" is no whole number from 0 to " +
+                                                 std::to_string(most));
+        number = given;
+    };
+    return command->add_option_function<std::string>(name, take, help);
 }
 
 void addStatus(Tool& tool);

@@ -183,7 +183,8 @@ int exportAssets(const ExportOptions& options) {
         complain("Say what to export: either identifiers, or --album ID, or --all.");
         return wrongUse;
     }
-    requireVisibleLibrary();
+    requireLibrary();
+    requireAccess();
     noteInterruptions();
     Export outcome = Exporter(options, wantedIdentifiers(options)).run();
     outcome.hidden = options.all ? countHidden() : 0;

@@ -5,7 +5,6 @@
 #include "platform/local/file_place.h"
 #include "platform/local/file_store.h"
 #include "tool/export_name.h"
-#include "tool/interruption.h"
 #include "tool/output.h"
 
 #include <fcntl.h>

@@ -4,6 +4,7 @@
 
 #include "platform/asset.h"
 #include "platform/local/unique_fd.h"
+#include "tool/interruption.h"
 
 #include <atomic>
 #include <functional>
@@ -11,9 +12,6 @@
 #include <unordered_map>
 
 namespace tool {
-
-// The user wants it to stop; nothing of the file at work is left.
-struct Stopped {};
 
 class ExportFolder {
 public:

@@ -1,6 +1,7 @@
 // photos-kit import: files and folders into the library, each file on its own.
 #include "platform/change_requests.h"
 #include "platform/files.h"
+#include "platform/local/file_store.h"
 #include "platform/photo_library.h"
 #include "tool/command.h"
 #include "tool/files_to_import.h"
@@ -8,6 +9,8 @@
 #include "tool/library_view.h"
 #include "tool/output.h"
 #include "tool/text.h"
+
+#include <cerrno>
 
 namespace tool {
 
@@ -30,7 +33,15 @@ long resourceTypeOf(const platform::NSURL& file) {
     return movie ? platform::PHAssetResourceTypeVideo : platform::PHAssetResourceTypePhoto;
 }
 
-// The new asset's identifier; throws Failure with the reason.
+[[noreturn]] void importFailed(const std::optional<platform::NSError>& error) {
+    if (interrupted() && error && error->domain == local::posixErrorDomain &&
+        error->code == ECANCELED)
+        throw Stopped{};
+    throw Failure(error && error->localizedDescription ? *error->localizedDescription
+                                                       : "The reason is not known.");
+}
+
+// The new asset's identifier; throws Failure with the reason, or Stopped when nothing of it stayed.
 std::string importFile(const std::filesystem::path& path) {
     const platform::NSURL file = platform::fileURLWithPath(path.string());
     const platform::PHAssetResourceCreationOptions options{// Hosts are handed this name as text.
@@ -46,8 +57,7 @@ std::string importFile(const std::filesystem::path& path) {
         },
         error);
     if (!imported || !placeholder || !placeholder->localIdentifier)
-        throw Failure(error && error->localizedDescription ? *error->localizedDescription
-                                                           : "The reason is not known.");
+        importFailed(error);
     return *placeholder->localIdentifier;
 }
 
@@ -66,12 +76,15 @@ Import importAll(const std::vector<std::string>& paths) {
     for (const auto& path : found.files) {
         if (interrupted())
             break;
-        progress.show(tried++, path.filename().string());
+        progress.show(tried, path.filename().string());
         try {
             outcome.imported.push_back({path.string(), importFile(path)});
         } catch (const Failure& failure) {
             refuse({path.string(), failure.what()});
+        } catch (const Stopped&) {
+            break;
         }
+        ++tried;
     }
     outcome.left = found.files.size() - tried;
     return outcome;
@@ -98,8 +111,10 @@ void summarize(const Import& outcome) {
 }
 
 int import(const std::vector<std::string>& paths, bool json) {
-    requireVisibleLibrary();
+    requireOrMakeLibrary();
+    requireAccess();
     noteInterruptions();
+    local::stopCopiesWhen(interrupted);
     const Import outcome = importAll(paths);
     if (json)
         print(jsonOf(outcome));
@@ -129,7 +144,7 @@ void addImport(Tool& tool) {
         R"(Each file is copied into the library and safe there when its turn is over; the
 file itself stays where it is. A file that cannot be taken costs only itself:
 it is named with the reason, the others go in, and the exit code is 1. Ctrl-C
-stops after the file at work.
+stops: what went in stays, and nothing of the file at work.
 
 In folders, names that begin with a dot are passed over, and links to folders
 are refused. A file that is imported twice is in the library twice.

@@ -3,7 +3,11 @@
 
 namespace tool {
 
-// From here on the first such signal is only noted; a second one ends the process at once.
+// Thrown by work that ended early because of one.
+struct Stopped {};
+
+// From here on the first such signal is noted, and said on standard error; a second one ends the
+// process at once.
 void noteInterruptions();
 bool interrupted();
 

@@ -1,11 +1,19 @@
 #include "tool/library_view.h"
 
+#include "platform/local/asset_record.h"
+#include "platform/local/collection_record.h"
 #include "platform/local/library.h"
+#include "platform/local/library_location.h"
+#include "platform/local/mount_points.h"
 #include "platform/photo_library.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cmath>
+#include <filesystem>
 #include <unordered_set>
 
 namespace tool {
@@ -26,12 +34,32 @@ std::string completed(std::string typed, std::string_view ending) {
 
 } // namespace
 
+// A catalogue that is missing beside originals, or a link to nothing, is the library's own finding.
+std::optional<std::string> whyThereIsNoLibrary(const std::string& path) {
+    struct stat catalogue {};
+    std::error_code error;
+    const bool leadsNowhere =
+        std::filesystem::is_symlink(path, error) && !std::filesystem::exists(path, error);
+    if (leadsNowhere || stat((path + "/library.db").c_str(), &catalogue) == 0 || errno != ENOENT ||
+        std::filesystem::exists(path + "/originals", error))
+        return std::nullopt;
+    if (const auto place = local::unmountedPlaceOf(path))
+        return "The photo library's disk is not mounted on " + *place + ".";
+    return "There is no photo library yet. The first import makes it: " + path;
+}
+
 void requireLibrary() {
+    const auto path = local::libraryPath();
+    if (const auto why = path ? whyThereIsNoLibrary(*path) : std::nullopt)
+        throw Failure(*why);
+    requireOrMakeLibrary();
+}
+
+void requireOrMakeLibrary() {
     local::Library::open()->connection();
 }
 
-void requireVisibleLibrary() {
-    requireLibrary();
+void requireAccess() {
     const long access =
         platform::authorizationStatusForAccessLevel(platform::PHAccessLevelReadWrite);
     if (access != platform::PHAuthorizationStatusAuthorized &&
@@ -91,12 +119,11 @@ platform::PHFetchResult<platform::PHAsset> assetsOf(const platform::PHAssetColle
 }
 
 std::string filenameOf(const platform::PHAsset& asset) {
-    for (auto& resource : platform::assetResourcesForAsset(asset)) {
-        if (resource.type == platform::PHAssetResourceTypePhoto ||
-            resource.type == platform::PHAssetResourceTypeVideo)
-            return std::move(resource.originalFilename).value_or("");
-    }
-    return "";
+    return local::recordOf(asset).filename;
+}
+
+std::string titleOf(const platform::PHCollection& collection) {
+    return local::recordOf(collection).title.value_or("Untitled");
 }
 
 bool isEdited(const platform::PHAsset& asset) {

@@ -5,15 +5,21 @@
 #include "platform/collection.h"
 #include "tool/output.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tool {
 
-// Throws, with the reason, when there is no library to be had; fetches would only find nothing.
+// Why there is no library at `path` yet, in a sentence; nothing when there is one, whole or not.
+// Looking makes none.
+std::optional<std::string> whyThereIsNoLibrary(const std::string& path);
+
+// Both throw, with the reason, when there is no library to be had; fetches would only find nothing.
 void requireLibrary();
+void requireOrMakeLibrary();
 // Throws when the owner lets nobody see the library: what fetches find is what hosts may see.
-void requireVisibleLibrary();
+void requireAccess();
 
 std::string accessName(std::int64_t status); // a PHAuthorizationStatus
 
@@ -29,7 +35,9 @@ platform::PHAssetCollection albumWithIdentifier(const std::string& typed);
 // have an order of their own.
 platform::PHFetchResult<platform::PHAsset> assetsOf(const platform::PHAssetCollection* album);
 
+// The true ones, where hosts may be handed others: with emoji.
 std::string filenameOf(const platform::PHAsset& asset); // as imported
+std::string titleOf(const platform::PHCollection& collection);
 bool isEdited(const platform::PHAsset& asset);
 bool isVideo(const platform::PHAsset& asset);
 std::int64_t creationMilliseconds(const platform::PHAsset& asset);

@@ -88,7 +88,8 @@ void printForPeople(const Page& page, std::size_t offset) {
 }
 
 int list(const ListOptions& options) {
-    requireVisibleLibrary();
+    requireLibrary();
+    requireAccess();
     const Page page = readPage(options);
     if (options.json)
         print(jsonOf(page));
@@ -102,8 +103,8 @@ int list(const ListOptions& options) {
 void addList(Tool& tool) {
     CLI::App* command = tool.app.add_subcommand("list", "Photos and videos, newest first");
     const auto options = std::make_shared<ListOptions>();
-    command->add_option("--count", options->count, "How many (100); 0 for all")->type_name("N");
-    command->add_option("--offset", options->offset, "How many to pass over")->type_name("N");
+    addNumber(command, "--count", options->count, "How many (100); 0 for all")->type_name("N");
+    addNumber(command, "--offset", options->offset, "How many to pass over")->type_name("N");
     command->add_option("--album", options->album, "Those of one album")->type_name("ID");
     addJson(command, options->json);
     command->footer(

@@ -1,12 +1,15 @@
 #include "tool/output.h"
 
+#include "bridge/utf8.h"
 #include "tool/text.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
+#include <utility>
 
 namespace tool {
 
@@ -28,6 +31,35 @@ std::string padded(const std::string& cell, std::size_t width, bool right) {
     return right ? room + cell : cell + room;
 }
 
+std::string percentEncoded(std::string_view bytes) {
+    constexpr std::string_view plain = "-._~/";
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string encoded;
+    for (const char byte : bytes) {
+        const auto code = static_cast<unsigned char>(byte);
+        if ((code < 0x80 && std::isalnum(code) != 0) || plain.find(byte) != plain.npos)
+            encoded += byte;
+        else
+            (encoded += '%').append({digits[code >> 4], digits[code & 15]});
+    }
+    return encoded;
+}
+
+// Beside each text of an object that is no UTF-8, and would be written with U+FFFD for what is
+// none.
+void addLostBytes(Json& value) {
+    std::vector<std::pair<std::string, std::string>> lost;
+    for (auto& [key, member] : value.items()) {
+        if (member.is_structured())
+            addLostBytes(member);
+        else if (const auto* text = member.get_ptr<const std::string*>();
+                 text && value.is_object() && !isValidUtf8(*text))
+            lost.emplace_back(key + "Bytes", percentEncoded(*text));
+    }
+    for (auto& [key, bytes] : lost)
+        value[key] = std::move(bytes);
+}
+
 } // namespace
 
 void say(std::string_view sentence) {
@@ -39,7 +71,8 @@ void complain(std::string_view sentence) {
     std::fputs(("photos-kit: " + printable(sentence) + "\n").c_str(), stderr);
 }
 
-void print(const Json& value) {
+void print(Json value) {
+    addLostBytes(value);
     const std::string text = value.dump(2, ' ', true, Json::error_handler_t::replace);
     std::fputs((text + "\n").c_str(), stdout);
 }

@@ -31,8 +31,10 @@ struct Failure : std::runtime_error {
 void say(std::string_view sentence);
 // "photos-kit: <sentence>" on standard error, made printable.
 void complain(std::string_view sentence);
-// The value alone on standard output: ASCII only, whatever is in it.
-void print(const Json& value);
+// The value alone on standard output: ASCII only, whatever is in it. A text that is no UTF-8 (a
+// path may be any bytes) has U+FFFD for what cannot be told, and beside it in its object, as
+// "<its key>Bytes", all of its bytes, percent-encoded.
+void print(Json value);
 
 // Columns of the terminal that standard output is; nothing when it is none.
 std::optional<std::size_t> terminalColumns();

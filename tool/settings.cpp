@@ -1,5 +1,6 @@
 // photos-kit settings: how the library treats its applications' wishes.
 #include "platform/local/settings.h"
+#include "platform/local/confirmation.h"
 #include "tool/command.h"
 #include "tool/library_view.h"
 #include "tool/output.h"
@@ -22,7 +23,10 @@ int show(bool json) {
 }
 
 int confirmDeletions(bool ask, bool json) {
-    requireLibrary();
+    if (ask && !local::canAskAboutDeletions())
+        throw Failure("Nobody could be asked about a deletion, because zenity is not on PATH: "
+                      "install the package zenity first. Nothing was changed.");
+    requireOrMakeLibrary();
     local::setConfirmDeletions(ask);
     return show(json);
 }

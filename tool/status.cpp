@@ -106,20 +106,18 @@ void printForPeople(const Status& status) {
     line("  catalogue", sizeText(status.disk.catalogue));
 }
 
-// Looking does not make a library.
-int sayThatThereIsNone(const std::string& path, bool json) {
+int sayThatThereIsNone(const std::string& path, const std::string& why, bool json) {
     if (json)
         print(Json{{"library", path}, {"exists", false}});
     else
-        say("There is no photo library yet. The first import makes it: " + path);
+        say(why);
     return done;
 }
 
 int showStatus(bool json) {
     const auto path = local::libraryPath();
-    struct stat folder {};
-    if (path && lstat(path->c_str(), &folder) != 0 && errno == ENOENT)
-        return sayThatThereIsNone(*path, json);
+    if (const auto why = path ? whyThereIsNoLibrary(*path) : std::nullopt)
+        return sayThatThereIsNone(*path, *why, json);
     requireLibrary();
     const Status status{*path, local::countLibrary(), local::readSettings(), diskUse(*path)};
     if (json)

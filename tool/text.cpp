@@ -93,6 +93,8 @@ std::size_t columnsOf(std::string_view printable) {
 std::string shortened(const std::string& printable, std::size_t columns) {
     if (columnsOf(printable) <= columns)
         return printable;
+    if (columns == 0)
+        return "";
     const std::vector<Character> characters = charactersOf(printable);
     const std::size_t ending = columns / 3; // and one column for the ellipsis
     std::string start;

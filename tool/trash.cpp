@@ -34,7 +34,7 @@ int list(bool json) {
                            {"filename", asset.filename},
                            {"deletedMs", asset.trashedAt},
                            {"bytes", asset.size}});
-        print(all);
+        print(std::move(all));
         return done;
     }
     if (trash.empty()) {
@@ -122,6 +122,8 @@ int report(std::int64_t deleted, std::int64_t bytes, bool json) {
 
 int empty(const Emptying& wish) {
     requireLibrary();
+    if (!wish.all)
+        local::dateImpossibleDeletions();
     const Doomed doomed = doomedBy(wish);
     if (doomed.assets == 0)
         return report(0, 0, wish.json);
@@ -159,9 +161,8 @@ void addTrashEmpty(Tool& tool, CLI::App* trash) {
     CLI::App* command = trash->add_subcommand("empty", "Delete for good what has lain there long");
     const auto wish = std::make_shared<Emptying>();
     constexpr std::int64_t mostDays = 100000;
-    command->add_option("--older-than", wish->days, "What was deleted more days ago (30)")
-        ->type_name("DAYS")
-        ->check(CLI::Range(std::int64_t{0}, mostDays).description(""));
+    addNumber(command, "--older-than", wish->days, "What was deleted more days ago (30)", mostDays)
+        ->type_name("DAYS");
     command->add_flag("--all", wish->all, "Everything, however new");
     command->add_flag("--yes", wish->yes, "Do not ask");
     addJson(command, wish->json);

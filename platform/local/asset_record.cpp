@@ -1,6 +1,7 @@
 #include "platform/local/asset_record.h"
 
 #include "platform/local/capture_date.h"
+#include "platform/local/handed_text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -75,7 +76,8 @@ std::vector<PHAssetResource> assetResourcesForAsset(const PHAsset& asset) {
     const long type =
         record.media == PHAssetMediaTypeVideo ? PHAssetResourceTypeVideo : PHAssetResourceTypePhoto;
     std::vector<PHAssetResource> resources;
-    resources.push_back({type, record.filename, record.contentType, asset.object});
+    resources.push_back(
+        {type, local::handedText(record.filename), record.contentType, asset.object});
     if (record.edited) {
         resources.push_back(
             {PHAssetResourceTypeFullSizePhoto, "FullSizeRender.jpg", "public.jpeg", asset.object});

@@ -20,7 +20,7 @@ enum AssetTrait : std::int64_t {
 struct AssetRecord {
     std::int64_t n = 0;
     long media = 0;
-    std::string filename;
+    std::string filename; // the true one; what hosts are handed may differ
     std::string contentType;
     bool edited = false;
 };

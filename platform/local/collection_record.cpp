@@ -1,5 +1,7 @@
 #include "platform/local/collection_record.h"
 
+#include "platform/local/handed_text.h"
+
 #include <algorithm>
 
 namespace local {
@@ -43,7 +45,7 @@ CollectionRow collectionRow(const Statement& row, bool limitedAccess) {
     std::copy_n(bytes.begin(), std::min(bytes.size(), read.uuid.size()), read.uuid.begin());
     read.kind = row.integer(2) == kindAlbum ? kindAlbum : kindFolder;
     if (!row.isNull(3))
-        read.title = row.text(3);
+        read.record.title = row.text(3);
     if (read.kind == kindFolder || !limitedAccess)
         read.record.knownCount = row.integer(4);
     return read;
@@ -53,9 +55,13 @@ platform::PHCollection collectionOf(std::shared_ptr<const CollectionRow> row) {
     const CollectionRow& read = *row;
     std::shared_ptr<const CollectionRecord> record(std::move(row), &read.record);
     std::string identifier = collectionIdentifier(read.uuid, read.kind);
+    std::optional<std::string> title;
+    if (record->title)
+        title = handedText(*record->title);
     if (read.kind == kindFolder)
-        return platform::PHCollectionList{std::move(identifier), read.title, std::move(record)};
-    return platform::PHAssetCollection{std::move(identifier), read.title,
+        return platform::PHCollectionList{std::move(identifier), std::move(title),
+                                          std::move(record)};
+    return platform::PHAssetCollection{std::move(identifier), std::move(title),
                                        platform::PHAssetCollectionTypeAlbum, std::move(record)};
 }
 
@@ -64,6 +70,7 @@ platform::PHAssetCollection collectionOf(const SmartAlbum& album,
     const auto record = std::make_shared<CollectionRecord>();
     record->smart = &album;
     record->knownCount = knownCount;
+    record->title = album.title;
     return {identifierOf(album), album.title, platform::PHAssetCollectionTypeSmartAlbum, record};
 }
 

@@ -18,6 +18,7 @@ struct CollectionRecord {
     // How much it holds (listed assets, or collections) as the fetch saw it. Nothing when that
     // depends on the choice that access is limited to.
     std::optional<std::int64_t> knownCount;
+    std::optional<std::string> title; // the true one; what hosts are handed may differ
 };
 
 const CollectionRecord& recordOf(const platform::PHAssetCollection& album);
@@ -28,7 +29,6 @@ const CollectionRecord& recordOf(const platform::PHCollection& collection);
 struct CollectionRow {
     Uuid uuid{};
     CollectionKind kind = kindAlbum;
-    std::optional<std::string> title;
     CollectionRecord record;
 };
 

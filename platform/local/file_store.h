@@ -114,6 +114,11 @@ private:
     UniqueFd opened_;
 };
 
+// Copies into the store ask this between their pieces, on the thread that copies, and where it says
+// so they end, with posixErrorDomain's ECANCELED, and leave nothing. Until it is called they ask
+// nobody: no host's copy is stopped.
+void stopCopiesWhen(bool (*stop)());
+
 // One file on its way into the store: copied, placed, and kept once its row is committed.
 // Leaves no trace when destroyed before commitBegins().
 class IncomingFile {

@@ -10,6 +10,7 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cerrno>
 #include <memory>
 
@@ -18,6 +19,14 @@ namespace local {
 namespace {
 
 constexpr std::size_t chunkSize = std::size_t{1} << 20;
+
+std::atomic<bool (*)()> stopAsked{nullptr};
+
+void endWhenStopped() {
+    bool (*const stop)() = stopAsked;
+    if (stop && stop())
+        throw LibraryError(posixErrorDomain, ECANCELED, "The copy was stopped.");
+}
 
 [[noreturn]] void copyFailed(const std::string& what, int error) {
     throw systemError("The file could not be copied into the photo library (" + what + ")", error);
@@ -47,6 +56,10 @@ void writeChunk(int target, const std::uint8_t* bytes, std::size_t size) {
 
 } // namespace
 
+void stopCopiesWhen(bool (*stop)()) {
+    stopAsked = stop;
+}
+
 IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::string& name, int source)
     : store_(store) {
     store.requirePresent(kind);
@@ -73,6 +86,7 @@ IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::strin
         const int from = shared ? readable_.get() : source;
         posix_fadvise(from, 0, 0, POSIX_FADV_SEQUENTIAL);
         while (const std::size_t got = readChunk(from, chunk.get())) {
+            endWhenStopped();
             hasher.take(chunk.get(), got);
             if (!shared) {
                 writeChunk(part, chunk.get(), got);

@@ -64,13 +64,8 @@ std::size_t restoreFromTrash(const std::vector<std::string>& identifiers) {
     return restored;
 }
 
-std::size_t emptyTrash(std::int64_t before) {
-    // Opened before: what is committed is no failure any more.
-    const std::shared_ptr<Library> library = Library::open();
-    std::size_t emptied = 0;
-    carryOutSteps({[&](CatalogueConnection& connection) {
-        // Thrown away by a clock that was wrong, as one that stands at 1970 is: nobody knows since
-        // when it has been there, so it counts from now.
+void dateImpossibleDeletions() {
+    carryOutSteps({[](CatalogueConnection& connection) {
         connection
             .statement("UPDATE asset SET trashed_at = ?1 WHERE n IN (SELECT n FROM asset "
                        "INDEXED BY asset_trash WHERE trashed_at IS NOT NULL "
@@ -78,6 +73,14 @@ std::size_t emptyTrash(std::int64_t before) {
             .bind(1, millisecondsNow())
             .bind(2, beforeAnyLibrary)
             .run();
+    }});
+}
+
+std::size_t emptyTrash(std::int64_t before) {
+    // Opened before: what is committed is no failure any more.
+    const std::shared_ptr<Library> library = Library::open();
+    std::size_t emptied = 0;
+    carryOutSteps({[&](CatalogueConnection& connection) {
         connection
             .statement("DELETE FROM asset WHERE n IN (SELECT n FROM asset INDEXED BY asset_trash "
                        "WHERE trashed_at IS NOT NULL AND trashed_at < ?1)")

@@ -9,8 +9,7 @@
 
 namespace local {
 
-// How long a deleted asset is promised to stay; emptying the trash leaves younger ones unless
-// told otherwise.
+// Emptying the trash leaves what was deleted less long ago, unless told otherwise.
 inline constexpr std::int64_t keptInTrashMilliseconds = std::int64_t{30} * 24 * 60 * 60 * 1000;
 
 // A step of a write transaction; `numbers` is a JSON array of row numbers. Assets that are there
@@ -31,9 +30,12 @@ std::vector<TrashedAsset> listTrash();
 // the trash.
 std::size_t restoreFromTrash(const std::vector<std::string>& identifiers);
 
+// What was put there before it was imported, by a clock that stood at 1970 for instance, counts as
+// put there now: nobody knows since when it has been there.
+void dateImpossibleDeletions();
+
 // Deletes for good, with their files, the assets that were put into the trash before `before`
-// (milliseconds since 1970). Those that a wrong clock put there before they were imported count as
-// put there now. Answers how many.
+// (milliseconds since 1970). Answers how many.
 std::size_t emptyTrash(std::int64_t before);
 
 } // namespace local

@@ -41,7 +41,7 @@ fs::path originalOf(const ScratchHome& home, const std::string& identifier) {
 
 TEST(AssetImport, KeepsTheBytesTheNameAndTheType) {
     const ScratchHome home;
-    const auto picture = writePicture(home.file("Üb \"er's %s\n.JPG"), 90, 60);
+    const auto picture = writePicture(home.file("Üb 😀\"er's %s\n.JPG"), 90, 60);
     const auto outcome = importFile(picture);
     ASSERT_TRUE(outcome.identifier) << outcome.sentence();
     EXPECT_TRUE(fs::exists(picture));
@@ -52,12 +52,23 @@ TEST(AssetImport, KeepsTheBytesTheNameAndTheType) {
     const auto resources = platform::assetResourcesForAsset(asset);
     ASSERT_EQ(resources.size(), 1u);
     EXPECT_EQ(resources[0].type, platform::PHAssetResourceTypePhoto);
-    EXPECT_EQ(resources[0].originalFilename, picture.filename().string());
+    EXPECT_EQ(resources[0].originalFilename, "Üb \uFFFD\"er's %s\n.JPG");
+    EXPECT_EQ(local::recordOf(asset).filename, picture.filename().string());
     EXPECT_EQ(resources[0].uniformTypeIdentifier, "public.jpeg");
     const fs::path original = originalOf(home, *outcome.identifier);
     EXPECT_EQ(readBytes(original), readBytes(picture));
     EXPECT_EQ(fs::status(original).permissions(), fs::perms::owner_read);
     EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+}
+
+TEST(AssetImport, ThatIsStoppedLeavesNothing) {
+    const ScratchHome home;
+    const auto picture = writePicture(home.file("a.jpg"));
+    local::stopCopiesWhen([] { return true; });
+    EXPECT_EQ(importFile(picture).error.code, ECANCELED);
+    local::stopCopiesWhen(nullptr);
+    expectNothingKept(home);
+    EXPECT_TRUE(importFile(picture).identifier);
 }
 
 TEST(AssetImport, TheSameFileTwiceIsTwoAssets) {

@@ -4,6 +4,7 @@
 
 #include "platform/collection_change_requests.h"
 #include "platform/local/asset_record.h"
+#include "platform/local/collection_record.h"
 #include "platform/photo_library.h"
 
 #include <random>
@@ -54,6 +55,12 @@ TEST(Collections, KeepTheirOrderAndAnyTitle) {
     const auto list = folder(f);
     EXPECT_EQ(change([&] { setTitle(*changeRequestForCollectionList(list), "%s\n"); }), "");
     EXPECT_EQ(folder(f).localizedTitle, "%s\n");
+    // An emoji, what is three bytes at most, a surrogate, and bytes that belong to no character.
+    const std::string truth = "\xF0\x9F\x98\x80\xC3\xA9\xEF\xBF\xBF|\xED\xA0\x80|\xFF|\xF0\x9F\x98";
+    EXPECT_EQ(change([&] { setTitle(*changeRequestForCollectionList(list), truth); }), "");
+    EXPECT_EQ(folder(f).localizedTitle,
+              "\uFFFD\u00E9\uFFFF|\uFFFD\uFFFD\uFFFD|\uFFFD|\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(local::recordOf(folder(f)).title, truth);
 }
 
 TEST(Collections, FilingMovesAndRefusesCycles) {

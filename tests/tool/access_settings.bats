@@ -27,7 +27,11 @@ load support
 @test "the setting is kept, and no other is taken" {
     picture a.jpg
     photos-kit import a.jpg
-    photos-kit settings confirm-deletions ask
+    PATH=$PWD run "$PHOTOS_KIT" settings confirm-deletions ask # no dialog program there
+    [ "$status" -eq 1 ]
+    says "install"
+    install -D /bin/true bin/zenity
+    PATH=$PWD/bin:$PATH photos-kit settings confirm-deletions ask
     [ "$(photos-kit settings --json | jq .confirmDeletions)" = true ]
     run photos-kit settings confirm-deletions perhaps
     [ "$status" -eq 2 ]
@@ -41,7 +45,8 @@ load support
 
 @test "wrong use does nothing and says so; looking makes no library" {
     for words in "" frobnicate "export" "export out" "import" "list --count many" "trash" \
-        "list surplus" "export out --all --album 1"; do
+        "list surplus" "export out --all --album 1" "list --count -1" "list --offset -1" \
+        "list --count 123456789012345678901234" "trash empty --older-than 010x"; do
         # shellcheck disable=SC2086
         run photos-kit $words
         [ "$status" -eq 2 ] || { echo "exit $status of: $words"; false; }
@@ -49,6 +54,12 @@ load support
     photos-kit --help >/dev/null
     photos-kit --version
     photos-kit status --json | jq -e '.exists == false'
+    for words in list albums "export out --all" "trash list" access settings; do
+        # shellcheck disable=SC2086
+        run photos-kit $words
+        [ "$status" -eq 1 ] || { echo "exit $status of: $words"; false; }
+        says "no photo library yet"
+    done
     [ ! -e "$HOME/Pictures" ]
 }
 

@@ -2,7 +2,7 @@ load support
 
 @test "a folder goes in, what is no picture is named, and all of it comes out the same" {
     picture in/a.jpg 10
-    picture in/below/b.jpg 200
+    picture in/below/😀b.jpg 200
     picture in/.hidden/c.jpg 50
     echo words >in/note.txt
     run photos-kit import in
@@ -10,11 +10,22 @@ load support
     says "note.txt: "
     says "Imported 2 files; 1 refused."
 
+    echo words >$'in/100%\xff'
+    [ "$(photos-kit import --json in/100* 2>/dev/null | jq -r '.refused[0].pathBytes')" = in/100%25%FF ]
+
     run photos-kit export out --all
     [ "$status" -eq 0 ]
     cmp in/a.jpg out/a.jpg
-    cmp in/below/b.jpg out/b.jpg
+    cmp in/below/😀b.jpg out/😀b.jpg
+    [ -n "$(identifier_of 😀b.jpg)" ]
     [ "$(ls -A out | wc -l)" -eq 2 ]
+}
+
+@test "nothing is printed past the edge of a terminal of one column" {
+    picture in/a.jpg
+    run script -qec 'stty cols 1; "$PHOTOS_KIT" import in' /dev/null
+    says "Imported 1 file."
+    [[ $output != *"Importing"* ]]
 }
 
 @test "an export overwrites nothing and numbers what is taken" {

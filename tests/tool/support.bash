@@ -27,10 +27,10 @@ identifier_of() { # FILENAME
 catalogue() { # SQL
     sqlite3 "$HOME/Pictures/Lumatrice Library/library.db" "$1"
 }
-# As an application's deletion does it.
+# As an application's deletion does it, and the import a minute before.
 put_into_trash() { # FILENAME [DAYS AGO]
-    catalogue "UPDATE asset SET trashed_at = (strftime('%s', 'now') - 86400 * ${2:-0}) * 1000
-               WHERE filename = '$1'"
+    local then="(strftime('%s', 'now') - 86400 * ${2:-0}) * 1000"
+    catalogue "UPDATE asset SET trashed_at = $then, added = $then - 60000 WHERE filename = '$1'"
 }
 
 says() { # TEXT, within what the last command printed

@@ -21,10 +21,12 @@ import java.nio.file.Path;
  * Multilingual Plane, such as emoji: a string with one of these counts as missing, as if it were
  * null, and an array element as if it were not there.
  *
- * <p><b>Text out of the library.</b> Results are standard UTF-8 handed to the JVM as they stand. A
- * character outside the Basic Multilingual Plane therefore arrives garbled, each as a few wrong
- * characters, and the JVM cuts characters off the end of such a text: a listing that holds one is no
- * longer complete JSON. Everything else arrives as it is.
+ * <p><b>Text out of the library.</b> Results are standard UTF-8 handed to the JVM as they stand,
+ * which cannot read characters outside the Basic Multilingual Plane in it. The embedded library hands
+ * out names and titles with U+FFFD for each of them, such as emoji; the true ones are kept, but a
+ * copy of an album or folder is titled as the original was handed out. On a Mac such a character
+ * arrives garbled, as a few wrong characters, and the JVM cuts characters off the end of the text: a
+ * listing that holds one is no longer complete JSON. Everything else arrives as it is.
  */
 public final class PhotosService {
     /**
