@@ -17,7 +17,7 @@ namespace {
 struct State {
     std::recursive_mutex mutex;
     Plan plan;
-    std::string library;
+    std::string folder;
     Trace* trace = nullptr;
     pid_t owner = 0;
     bool faulty = false;
@@ -98,7 +98,7 @@ void countCall(Trace& trace, const char* function) {
 void noteFirst(State& now, const char* function, std::string_view path) {
     now.trace->fired = true;
     std::strncpy(now.trace->function, function, sizeof now.trace->function - 1);
-    const std::string inside(path.substr(std::min(path.size(), now.library.size())));
+    const std::string inside(path.substr(std::min(path.size(), now.folder.size())));
     std::strncpy(now.trace->path, inside.c_str(), sizeof now.trace->path - 1);
 }
 
@@ -117,14 +117,14 @@ bool kills(Kind kind) {
            kind == Kind::killBeside;
 }
 
-void arm(const Plan& plan, const std::string& library, const std::string& shadow, Trace& trace) {
+void arm(const Plan& plan, const std::string& folder, const std::string& shadow, Trace& trace) {
     State& now = state();
     now.plan = plan;
-    now.library = library;
+    now.folder = folder;
     now.trace = &trace;
     now.owner = getpid();
     now.faulty = true;
-    powerCut().begin(library, shadow);
+    powerCut().begin(folder, shadow);
 }
 
 void disarm() {
@@ -148,8 +148,11 @@ void endByPlan() {
 
 bool watches(std::string_view path) {
     const State& now = state();
-    return now.owner == getpid() && path.starts_with(now.library) &&
-           (path.size() == now.library.size() || path[now.library.size()] == '/');
+    if (now.owner != getpid())
+        return false;
+    if (!path.starts_with(now.folder)) // the folder above it holds its name
+        return path == std::string_view(now.folder).substr(0, now.folder.find_last_of('/'));
+    return path.size() == now.folder.size() || path[now.folder.size()] == '/';
 }
 
 int before(const char* function, std::string_view path, unsigned does) {

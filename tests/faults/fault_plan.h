@@ -61,7 +61,7 @@ struct Trace {
     std::uint64_t counted = 0;
     bool fired = false;
     char function[24] = {}; // of the operation that went wrong first
-    char path[160] = {};    // relative to the library
+    char path[160] = {};    // relative to what is watched
     struct Count {
         char function[20] = {};
         std::uint64_t calls = 0;
@@ -69,10 +69,10 @@ struct Trace {
     std::array<Count, 48> calls{}; // of every interposed function, on files of the library
 };
 
-// From here on operations on files below `library` (a real path) are counted into `trace`. Changes
-// are noted from here on, so that the power can fail; `shadow` is a folder beside the library for
-// files that lost their names.
-void arm(const Plan& plan, const std::string& library, const std::string& shadow, Trace& trace);
+// From here on operations on files below `folder` (a real path), and on the folder above it, are
+// counted into `trace`. Changes are noted from here on, so that the power can fail; `shadow` is a
+// folder elsewhere for files that lost their names.
+void arm(const Plan& plan, const std::string& folder, const std::string& shadow, Trace& trace);
 
 // No more faults; what is written is still noted.
 void disarm();

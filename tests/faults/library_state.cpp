@@ -171,6 +171,18 @@ std::string describeLibrary() {
     return description;
 }
 
+std::string describeBackup(const fs::path& backup) {
+    if (!fs::exists(backup))
+        return "";
+    const local::Verification verification = local::verifyLibrary(backup.string(), {});
+    std::string description = "backup of " + std::to_string(verification.files) + " files\n";
+    for (const local::Finding& finding : verification.findings) {
+        if (finding.kind != local::Finding::Kind::unnamed) // on its way into the next one
+            description += "backup: " + finding.sentence + "\n";
+    }
+    return description;
+}
+
 std::set<std::string> identifiersIn(const std::string& description) {
     static const std::regex identifier("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
     std::set<std::string> found;

@@ -13,6 +13,9 @@ namespace faults {
 // One line each, without row numbers and times. Opens the library; throws LibraryError.
 std::string describeLibrary();
 
+// What a backup holds that is in force, with what is wrong with it; nothing where there is none.
+std::string describeBackup(const std::filesystem::path& backup);
+
 // Puts NEW for each identifier that is not among `known`, and sorts lines that begin with one.
 std::string withoutNewIdentifiers(const std::string& description,
                                   const std::set<std::string>& known);

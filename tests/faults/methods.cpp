@@ -3,6 +3,7 @@
 #include "bridge/entry_points.h"
 #include "platform/local/edits.h"
 #include "platform/local/library.h"
+#include "platform/local/maintenance/backup.h"
 #include "platform/local/maintenance/repair.h"
 #include "platform/local/settings.h"
 #include "platform/local/trash.h"
@@ -169,6 +170,24 @@ Report repair(const Names&) {
     return report;
 }
 
+Report backUp(const Names&) {
+    return command([] {
+        const Place here{pathInHome("")};
+        const auto backup = local::backUpLibrary(here.library(), here.backup(), {});
+        if (!backup.complete || !backup.findings.empty())
+            throw local::LibraryError(local::posixErrorDomain, EIO, "not backed up");
+    });
+}
+
+// An earlier backup, and something new since.
+Names prepareBackedUp() {
+    Names names = prepareUsual();
+    if (!backUp(names).success)
+        std::abort();
+    names["new"] = importPicture(pathInHome("import.jpg"));
+    return names;
+}
+
 constexpr auto farFuture = std::numeric_limits<std::int64_t>::max();
 
 std::vector<Method> makeMethods() {
@@ -255,6 +274,8 @@ std::vector<Method> makeMethods() {
          .run = [](const Names&) { return command([] { local::emptyTrash(farFuture); }); }},
         {.name = "limit-access", .prepare = prepareUsual, .run = limitAccess},
         {.name = "fold-log", .prepare = prepareUsual, .run = foldLog},
+        {.name = "backup", .prepare = prepareBackedUp, .run = backUp},
+        {.name = "first-import", .prepare = prepareNothing, .run = import, .opensFirst = false},
         {.name = "create-library",
          .prepare = prepareNothing,
          .run = openLibrary,

@@ -13,7 +13,9 @@ namespace faults {
 struct Place {
     std::filesystem::path home;
 
-    std::filesystem::path library() const { return home / "Pictures" / "Lumatrice Library"; }
+    std::filesystem::path pictures() const { return home / "Pictures"; } // what is watched
+    std::filesystem::path library() const { return pictures() / "Lumatrice Library"; }
+    std::filesystem::path backup() const { return pictures() / "Backup"; }
     std::filesystem::path file(const std::string& name) const { return home / name; }
 };
 

@@ -57,8 +57,8 @@ PowerCut& powerCut() {
     return *cut;
 }
 
-void PowerCut::begin(const std::string& library, const std::string& shadow) {
-    library_ = library;
+void PowerCut::begin(const std::string& folder, const std::string& shadow) {
+    folder_ = folder;
     shadow_ = shadow;
 }
 
@@ -203,7 +203,8 @@ void PowerCut::restore(File& file, const std::set<off_t>& sectors, bool size) {
 }
 
 void PowerCut::dropSharedMemory() {
-    raw::call(SYS_unlinkat, AT_FDCWD, (library_ + "/library.db-shm").c_str(), 0);
+    for (const char* below : {"/Lumatrice Library", "/Backup", "/Backup/next-catalogue"})
+        raw::call(SYS_unlinkat, AT_FDCWD, (folder_ + below + "/library.db-shm").c_str(), 0);
 }
 
 void PowerCut::drop() {

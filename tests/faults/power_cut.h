@@ -26,7 +26,7 @@ namespace faults {
 
 class PowerCut {
 public:
-    void begin(const std::string& library, const std::string& shadow);
+    void begin(const std::string& folder, const std::string& shadow);
 
     // Before bytes of an open file are overwritten, or its length is changed to `size`.
     void willWrite(int file, off_t offset, std::size_t size);
@@ -70,7 +70,7 @@ private:
     void undoSome(std::mt19937_64& random);
     void dropSharedMemory();
 
-    std::string library_, shadow_;
+    std::string folder_, shadow_;
     std::uint64_t aside_ = 0;
     std::map<ino_t, File> files_;
     std::vector<NameChange> names_;

@@ -149,7 +149,7 @@ int Workplace::inProcess(const std::function<void()>& body) {
 // Within a run's own process.
 void Workplace::describe(const Trial& trial, bool strangers) {
     try {
-        std::string description = describeLibrary();
+        std::string description = describeLibrary() + describeBackup(place().backup());
         for (const std::string& fault : faultsOfLibrary(place().library(), strangers)) {
             if (trial.damaged)
                 description.append("found ").append(fault).append("\n");
@@ -251,7 +251,7 @@ pid_t Workplace::startNeighbour(const Trial& trial) {
 void Workplace::runMethod(const Trial& trial, const Plan& plan) {
     if (trial.opensFirst)
         static_cast<void>(describeLibrary());
-    arm(plan, place().library().string(), (folder_ / "run" / "shadow").string(), shared_->trace);
+    arm(plan, place().pictures().string(), (folder_ / "run" / "shadow").string(), shared_->trace);
     const auto attempt = [&] {
         const Report report = trial.run(trial.names);
         shared_->reported =
