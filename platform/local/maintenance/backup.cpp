@@ -36,6 +36,9 @@ bool copyCatalogue(sqlite3* from, int folder, const std::function<bool()>& stop)
                                SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI |
                                    SQLITE_OPEN_NOMUTEX,
                                catalogueVfsName());
+    // It is written through once, when it is complete.
+    if (code == SQLITE_OK)
+        code = sqlite3_exec(to, "PRAGMA synchronous=OFF", nullptr, nullptr, nullptr);
     sqlite3_backup* copying =
         code == SQLITE_OK ? sqlite3_backup_init(to, "main", from, "main") : nullptr;
     bool stopped = false;
@@ -60,7 +63,7 @@ bool copyCatalogue(sqlite3* from, int folder, const std::function<bool()>& stop)
 void finishCatalogue(int folder) {
     {
         CatalogueConnection copy(folder, CatalogueConnection::Mode::readWrite);
-        copy.execute("DELETE FROM discarded_file");
+        copy.execute("PRAGMA synchronous=OFF; DELETE FROM discarded_file");
         if (Statement check = copy.statement("PRAGMA integrity_check(1)");
             !check.step() || check.text(0) != "ok")
             throw LibraryError(sqliteErrorDomain, SQLITE_CORRUPT,

@@ -49,16 +49,18 @@ bool isRight(int file, const NamedFile& wanted, const std::function<bool()>& sto
 
 } // namespace
 
-bool BackupFiles::holds(const NamedFile& file, bool check,
-                        const std::function<bool()>& stop) const {
+bool BackupFiles::holds(const NamedFile& file, bool check, const std::function<bool()>& stop) {
     struct stat status {};
     if (fstatat(backup_, file.path().c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
         !S_ISREG(status.st_mode) || status.st_size != file.size)
         return false;
-    if (!check)
-        return true;
-    const UniqueFd opened = openRegular(backup_, file.path());
-    return opened && isRight(opened.get(), file, stop);
+    if (check) {
+        const UniqueFd opened = openRegular(backup_, file.path());
+        if (!opened || !isRight(opened.get(), file, stop))
+            return false;
+    }
+    noteFolders(file);
+    return true;
 }
 
 BackupFiles::Taken BackupFiles::take(int library, const NamedFile& file, bool link,
@@ -122,13 +124,16 @@ bool BackupFiles::tryToLink(int library, const NamedFile& file, const std::strin
 
 void BackupFiles::place(const NamedFile& file, const std::string& part) {
     const std::string shelf = shelfOf(file);
-    if (mkdirat(backup_, shelf.c_str(), 0700) == 0)
-        changed_.emplace(folderOf(file.kind));
-    else if (errno != EEXIST)
+    if (mkdirat(backup_, shelf.c_str(), 0700) != 0 && errno != EEXIST)
         backupFailed("making a folder", errno);
     if (renameat(backup_, part.c_str(), backup_, file.path().c_str()) != 0)
         backupFailed("moving a file into place", errno);
-    changed_.insert(shelf);
+    noteFolders(file);
+}
+
+void BackupFiles::noteFolders(const NamedFile& file) {
+    changed_.emplace(folderOf(file.kind));
+    changed_.insert(shelfOf(file));
 }
 
 // One such copy of each file is enough.
