@@ -1,5 +1,5 @@
 // photos-kit access: what applications may see of the library, decided by its owner.
-#include "platform/local/settings.h"
+#include "platform/local/change/settings.h"
 #include "tool/command.h"
 #include "tool/library_view.h"
 #include "tool/output.h"

@@ -1,6 +1,6 @@
 // photos-kit backup: a second copy of the library that is a library itself.
 #include "platform/local/maintenance/backup.h"
-#include "platform/local/library_location.h"
+#include "platform/local/library/library_location.h"
 #include "tool/command.h"
 #include "tool/interruption.h"
 #include "tool/library_view.h"

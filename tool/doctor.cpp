@@ -1,5 +1,5 @@
 // photos-kit doctor: everything around the library that somebody who helps would ask about.
-#include "platform/local/library_location.h"
+#include "platform/local/library/library_location.h"
 #include "tool/command.h"
 #include "tool/examination.h"
 #include "tool/output.h"

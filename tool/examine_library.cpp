@@ -1,8 +1,8 @@
 // photos-kit doctor: the library's place, its disk, and who uses it.
-#include "platform/local/library_error.h"
 #include "platform/local/maintenance/disk.h"
 #include "platform/local/maintenance/library_reader.h"
 #include "platform/local/maintenance/library_users.h"
+#include "platform/local/system/library_error.h"
 #include "tool/examination.h"
 #include "tool/text.h"
 

@@ -1,5 +1,5 @@
 // photos-kit export: checked copies of assets' files.
-#include "platform/local/library_error.h"
+#include "platform/local/system/library_error.h"
 #include "tool/command.h"
 #include "tool/export_folder.h"
 #include "tool/export_name.h"

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/asset.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/system/unique_fd.h"
 #include "tool/interruption.h"
 
 #include <atomic>

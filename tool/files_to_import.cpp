@@ -1,6 +1,6 @@
 #include "tool/files_to_import.h"
 
-#include "platform/local/library_location.h"
+#include "platform/local/library/library_location.h"
 
 #include <algorithm>
 #include <system_error>

@@ -1,7 +1,8 @@
 // photos-kit import: files and folders into the library, each file on its own.
 #include "platform/change_requests.h"
 #include "platform/files.h"
-#include "platform/local/file_store.h"
+#include "platform/local/store/file_store.h"
+#include "platform/local/store/incoming_file.h"
 #include "platform/photo_library.h"
 #include "tool/command.h"
 #include "tool/files_to_import.h"

@@ -1,10 +1,10 @@
 #include "tool/library_view.h"
 
-#include "platform/local/asset_record.h"
-#include "platform/local/collection_record.h"
-#include "platform/local/library.h"
-#include "platform/local/library_location.h"
-#include "platform/local/mount_points.h"
+#include "platform/local/catalogue/asset_record.h"
+#include "platform/local/catalogue/collection_record.h"
+#include "platform/local/library/library.h"
+#include "platform/local/library/library_location.h"
+#include "platform/local/system/mount_points.h"
 #include "platform/photo_library.h"
 
 #include <sys/stat.h>

@@ -1,5 +1,5 @@
 // photos-kit: the photo library of this user, at a terminal.
-#include "platform/local/library_error.h"
+#include "platform/local/system/library_error.h"
 #include "tool/command.h"
 #include "tool/output.h"
 

@@ -1,6 +1,6 @@
 // photos-kit repair: mends what verify finds, as far as that can be done.
 #include "platform/local/maintenance/repair.h"
-#include "platform/local/library_location.h"
+#include "platform/local/library/library_location.h"
 #include "tool/command.h"
 #include "tool/interruption.h"
 #include "tool/library_view.h"

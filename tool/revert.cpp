@@ -1,5 +1,6 @@
 // photos-kit revert: edited assets back to how they were imported.
-#include "platform/local/edits.h"
+#include "platform/local/change/revert.h"
+#include "platform/local/change/edits.h"
 #include "tool/command.h"
 #include "tool/library_view.h"
 #include "tool/output.h"

@@ -1,6 +1,6 @@
 // photos-kit settings: how the library treats its applications' wishes.
-#include "platform/local/settings.h"
-#include "platform/local/confirmation.h"
+#include "platform/local/change/settings.h"
+#include "platform/local/change/confirmation.h"
 #include "tool/command.h"
 #include "tool/library_view.h"
 #include "tool/output.h"

@@ -1,7 +1,7 @@
 // photos-kit status: where the library lies and what is in it.
-#include "platform/local/library_counts.h"
-#include "platform/local/library_location.h"
-#include "platform/local/settings.h"
+#include "platform/local/change/settings.h"
+#include "platform/local/library/library_counts.h"
+#include "platform/local/library/library_location.h"
 #include "tool/command.h"
 #include "tool/library_view.h"
 #include "tool/output.h"

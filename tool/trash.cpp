@@ -1,5 +1,5 @@
 // photos-kit trash: what was deleted can come back, until somebody empties the trash.
-#include "platform/local/trash.h"
+#include "platform/local/change/trash.h"
 #include "tool/command.h"
 #include "tool/library_view.h"
 #include "tool/output.h"

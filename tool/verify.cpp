@@ -1,5 +1,5 @@
 // photos-kit verify: whether the library is whole.
-#include "platform/local/library_location.h"
+#include "platform/local/library/library_location.h"
 #include "platform/local/maintenance/verification.h"
 #include "tool/command.h"
 #include "tool/interruption.h"

@@ -1,7 +1,7 @@
 #include "tests/faults/library_state.h"
 
 #include "platform/asset.h"
-#include "platform/local/library.h"
+#include "platform/local/library/library.h"
 #include "platform/local/maintenance/verification.h"
 
 #define XXH_INLINE_ALL

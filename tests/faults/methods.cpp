@@ -1,12 +1,13 @@
 #include "tests/faults/methods.h"
 
 #include "bridge/entry_points.h"
-#include "platform/local/edits.h"
-#include "platform/local/library.h"
+#include "platform/local/change/edits.h"
+#include "platform/local/change/revert.h"
+#include "platform/local/change/settings.h"
+#include "platform/local/change/trash.h"
+#include "platform/local/library/library.h"
 #include "platform/local/maintenance/backup.h"
 #include "platform/local/maintenance/repair.h"
-#include "platform/local/settings.h"
-#include "platform/local/trash.h"
 #include "tests/core/jni_double.h"
 #include "tests/faults/prepared_libraries.h"
 

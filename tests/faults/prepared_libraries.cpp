@@ -4,9 +4,9 @@
 #include "platform/asset.h"
 #include "platform/collection.h"
 #include "platform/collection_change_requests.h"
-#include "platform/local/catalogue_schema.h"
+#include "platform/local/catalogue/catalogue_schema.h"
 #include "platform/local/imaging/imaging.h"
-#include "platform/local/library.h"
+#include "platform/local/library/library.h"
 #include "platform/photo_library.h"
 #include "tests/core/jni_double.h"
 

@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/local/library_error.h"
+#include "platform/local/system/library_error.h"
 
 #include <algorithm>
 #include <csignal>

@@ -1,5 +1,5 @@
 // The host's check of what an imaging process answers, and the use an import makes of it.
-#include "platform/local/capture_date.h"
+#include "platform/local/change/capture_date.h"
 #include "platform/local/imaging/answer.h"
 
 #include <cstdlib>

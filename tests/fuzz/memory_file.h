@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/local/imaging/worker/picture.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/system/unique_fd.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,9 +3,9 @@
 
 #include "platform/asset_change_requests.h"
 #include "platform/collection.h"
-#include "platform/local/settings.h"
-#include "platform/local/trash.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/change/settings.h"
+#include "platform/local/change/trash.h"
+#include "platform/local/system/unique_fd.h"
 #include "platform/photo_library.h"
 
 #include <fcntl.h>

@@ -1,10 +1,11 @@
 // Files becoming assets: what is kept of them, what is refused, and that nothing is half made.
 #include "tests/local/support.h"
 
-#include "platform/local/asset_record.h"
-#include "platform/local/capture_date.h"
-#include "platform/local/file_store.h"
-#include "platform/local/library.h"
+#include "platform/local/catalogue/asset_record.h"
+#include "platform/local/change/capture_date.h"
+#include "platform/local/library/library.h"
+#include "platform/local/store/file_store.h"
+#include "platform/local/store/incoming_file.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -2,8 +2,8 @@
 #include "tests/local/support.h"
 
 #include "platform/collection.h"
-#include "platform/local/asset_record.h"
-#include "platform/local/listing_markers.h"
+#include "platform/local/catalogue/asset_record.h"
+#include "platform/local/catalogue/listing_markers.h"
 #include "platform/photo_library.h"
 
 #include <atomic>

@@ -2,9 +2,9 @@
 // thing.
 #include "tests/local/support.h"
 
+#include "platform/local/change/trash.h"
 #include "platform/local/maintenance/backup.h"
 #include "platform/local/maintenance/library_reader.h"
-#include "platform/local/trash.h"
 #include "platform/photo_library.h"
 
 #include <sys/stat.h>

@@ -3,8 +3,8 @@
 #include "tests/local/support.h"
 
 #include "platform/collection_change_requests.h"
-#include "platform/local/asset_record.h"
-#include "platform/local/collection_record.h"
+#include "platform/local/catalogue/asset_record.h"
+#include "platform/local/catalogue/collection_record.h"
 #include "platform/photo_library.h"
 
 #include <random>

@@ -1,6 +1,6 @@
 // Stored hashes outlive the machine that made them: whatever instructions the processor has, and
 // however the bytes come, the hash is the one of the format.
-#include "platform/local/content_hasher.h"
+#include "platform/local/store/content_hasher.h"
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>

@@ -5,8 +5,9 @@
 #include "platform/asset_resource_manager.h"
 #include "platform/content_editing.h"
 #include "platform/files.h"
-#include "platform/local/edits.h"
-#include "platform/local/trash.h"
+#include "platform/local/change/edits.h"
+#include "platform/local/change/revert.h"
+#include "platform/local/change/trash.h"
 #include "platform/photo_library.h"
 
 #include <csignal>

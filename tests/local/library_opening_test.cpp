@@ -2,8 +2,8 @@
 #include "tests/local/collections_support.h"
 #include "tests/local/support.h"
 
-#include "platform/local/catalogue_schema.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/catalogue/catalogue_schema.h"
+#include "platform/local/system/unique_fd.h"
 #include "platform/photo_library.h"
 
 #include <fcntl.h>

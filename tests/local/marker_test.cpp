@@ -1,7 +1,7 @@
 // A library whose disk is not mounted is not taken for one that has yet to be made.
 #include "tests/local/support.h"
 
-#include "platform/local/mount_points.h"
+#include "platform/local/system/mount_points.h"
 #include "platform/photo_library.h"
 
 #include <sys/mount.h>

@@ -1,8 +1,8 @@
 // Repairs: dry by default, nothing unlinked, nothing taken that somebody is still working on.
 #include "tests/local/support.h"
 
-#include "platform/local/file_store.h"
 #include "platform/local/maintenance/repair.h"
+#include "platform/local/store/file_store.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

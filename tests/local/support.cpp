@@ -1,9 +1,9 @@
 #include "tests/local/support.h"
 
 #include "platform/change_requests.h"
-#include "platform/local/asset_record.h"
-#include "platform/local/file_store.h"
+#include "platform/local/catalogue/asset_record.h"
 #include "platform/local/imaging/imaging.h"
+#include "platform/local/store/file_store.h"
 #include "platform/photo_library.h"
 
 #include <fcntl.h>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/asset.h"
-#include "platform/local/catalogue_connection.h"
+#include "platform/local/catalogue/catalogue_connection.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #include "platform/local/maintenance/disk.h"
 #include "platform/local/maintenance/library_users.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/system/unique_fd.h"
 #include "platform/photo_library.h"
 
 #include <fcntl.h>

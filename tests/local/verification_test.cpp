@@ -2,7 +2,7 @@
 #include "tests/local/collections_support.h"
 #include "tests/local/support.h"
 
-#include "platform/local/maintenance/catalogue_rules.h"
+#include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/maintenance/verification.h"
 
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 #include "platform/local/imaging/answer.h"
 
-#include "platform/local/imaging/capture_time.h"
+#include "platform/local/imaging/wire/capture_time.h"
 
 #include <array>
 #include <cmath>

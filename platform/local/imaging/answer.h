@@ -1,9 +1,9 @@
 // The host's check of what a worker sent. Pure: bytes in, checked values out, or nothing.
 #pragma once
 
-#include "platform/local/imaging/cover_size.h"
 #include "platform/local/imaging/imaging.h"
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/cover_size.h"
+#include "platform/local/imaging/wire/protocol.h"
 
 #include <cstddef>
 

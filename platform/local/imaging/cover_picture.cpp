@@ -1,9 +1,9 @@
 // coverPicture: from the kept derivative when that is enough, else from the file itself.
-#include "platform/local/imaging/cover_size.h"
 #include "platform/local/imaging/derivative_file.h"
 #include "platform/local/imaging/derivative_maker.h"
 #include "platform/local/imaging/key_set.h"
-#include "platform/local/imaging/read_only.h"
+#include "platform/local/imaging/wire/cover_size.h"
+#include "platform/local/imaging/wire/read_only.h"
 #include "platform/local/imaging/worker_pool.h"
 
 #include <algorithm>

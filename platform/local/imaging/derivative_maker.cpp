@@ -1,9 +1,9 @@
 #include "platform/local/imaging/derivative_maker.h"
 
 #include "platform/local/imaging/derivative_file.h"
-#include "platform/local/imaging/read_only.h"
+#include "platform/local/imaging/wire/read_only.h"
 #include "platform/local/imaging/worker_pool.h"
-#include "platform/local/quiet_thread.h"
+#include "platform/local/system/quiet_thread.h"
 
 #include <algorithm>
 #include <exception>

@@ -2,16 +2,13 @@
 // go first.
 #pragma once
 
+#include "platform/local/imaging/imaging.h"
+
 #include <cstdint>
 
 #include <sys/types.h>
 
 namespace local::imaging {
-
-// Goes over the whole folder: marks it as a cache for backup programs (CACHEDIR.TAG), removes what
-// writers left that died, and when the derivatives take more bytes than `room`, as many as it takes
-// to free a tenth of it. Answers what the rest takes.
-std::uint64_t tidyDerivatives(int folder, std::uint64_t room);
 
 // One process's idea of what the folder holds, so that it is not gone over for every file. Used by
 // one thread.

@@ -9,7 +9,8 @@
 // All functions may be called from any thread, wait for their answer, and never throw.
 #pragma once
 
-#include "platform/local/unique_fd.h"
+#include "platform/local/imaging/wire/media.h"
+#include "platform/local/system/unique_fd.h"
 
 #include <cstdint>
 #include <functional>
@@ -21,28 +22,6 @@
 
 namespace local {
 
-enum class MediaKind { photo, video };
-
-// A reading of the calendar as the file states it: not yet a point in time.
-struct CaptureTime {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
-    int millisecond = 0;
-    std::optional<int> offsetMinutes; // east of UTC; nothing: the file does not say
-};
-
-// What the header of a file tells.
-struct MediaInfo {
-    std::uint32_t width = 0; // pixels as displayed, orientation applied; above zero
-    std::uint32_t height = 0;
-    std::optional<CaptureTime> captured; // nothing: no date, or one that does not exist
-    std::string contentType;    // uniform type identifier told from the bytes; may be empty
-    bool animated = false;      // more than one frame to be shown in time
-    bool raw = false;           // camera RAW
-    bool screenshot = false;    // the metadata says so
-    bool selfie = false;        // the metadata says so (a front camera's lens)
-    double durationSeconds = 0; // videos
-};
-
 struct ImagingFailure {
     enum class Cause {
         badFile,     // the file cannot be read as what it should be
@@ -51,13 +30,6 @@ struct ImagingFailure {
     };
     Cause cause = Cause::badFile;
     std::string sentence; // for people, ends in a full stop, one line, at most 300 bytes
-};
-
-// sRGB, 8 bits a channel, rows from the top, no padding: rgb.size() == width * height * 3.
-struct Pixels {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::vector<std::uint8_t> rgb;
 };
 
 // Reads the header of a file. In two halves so that the caller can do something else (write the
@@ -105,3 +77,12 @@ std::variant<MediaInfo, ImagingFailure> checkWholeJpeg(int fd);
 std::optional<std::vector<std::uint8_t>> encodeJpeg(const Pixels& pixels, int quality);
 
 } // namespace local
+
+namespace local::imaging {
+
+// Goes over the whole folder: marks it as a cache for backup programs (CACHEDIR.TAG), removes what
+// writers left that died, and when the derivatives take more bytes than `room`, as many as it takes
+// to free a tenth of it. Answers what the rest takes.
+std::uint64_t tidyDerivatives(int folder, std::uint64_t room);
+
+} // namespace local::imaging

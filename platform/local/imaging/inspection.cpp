@@ -1,5 +1,5 @@
 // Inspection: the header of a file, read in two halves.
-#include "platform/local/imaging/read_only.h"
+#include "platform/local/imaging/wire/read_only.h"
 #include "platform/local/imaging/worker_pool.h"
 
 #include <exception>

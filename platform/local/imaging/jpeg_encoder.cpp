@@ -1,6 +1,6 @@
 // encodeJpeg: the only codec work in the host's process, on pixels that are its own.
 #include "platform/local/imaging/imaging.h"
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/protocol.h"
 
 #include <csetjmp>
 #include <cstdio>

@@ -1,8 +1,8 @@
 // Memory that the host hands to a worker for one picture.
 #pragma once
 
-#include "platform/local/imaging/cover_size.h"
 #include "platform/local/imaging/imaging.h"
+#include "platform/local/imaging/wire/cover_size.h"
 
 namespace local::imaging {
 

@@ -1,5 +1,5 @@
 // checkWholeJpeg: the header's word is not enough for a picture that is to stand for another.
-#include "platform/local/imaging/read_only.h"
+#include "platform/local/imaging/wire/read_only.h"
 #include "platform/local/imaging/worker_pool.h"
 
 #include <exception>

@@ -1,7 +1,7 @@
 #include "platform/local/imaging/worker_process.h"
 
-#include "platform/local/imaging/packet.h"
 #include "platform/local/imaging/picture_room.h"
+#include "platform/local/imaging/wire/packet.h"
 
 #include <array>
 #include <cerrno>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/local/imaging/answer.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/system/unique_fd.h"
 
 #include <chrono>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "platform/local/maintenance/backup.h"
 
-#include "platform/local/catalogue_vfs.h"
+#include "platform/local/catalogue/catalogue_vfs.h"
 #include "platform/local/maintenance/backup_files.h"
 #include "platform/local/maintenance/backup_folder.h"
 #include "platform/local/maintenance/library_reader.h"

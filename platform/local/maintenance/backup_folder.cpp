@@ -1,10 +1,10 @@
 #include "platform/local/maintenance/backup_folder.h"
 
-#include "platform/local/catalogue_vfs.h"
-#include "platform/local/content_hasher.h"
-#include "platform/local/library_error.h"
+#include "platform/local/catalogue/catalogue_vfs.h"
 #include "platform/local/maintenance/folders.h"
 #include "platform/local/maintenance/library_reader.h"
+#include "platform/local/store/content_hasher.h"
+#include "platform/local/system/library_error.h"
 
 #include <sqlite3.h>
 

@@ -4,7 +4,7 @@
 // catalogue, so that a backup that was put to use as a library, and changed, is never overwritten.
 #pragma once
 
-#include "platform/local/unique_fd.h"
+#include "platform/local/system/unique_fd.h"
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
 #include "platform/local/maintenance/disk.h"
 
-#include "platform/local/library_error.h"
-#include "platform/local/mount_points.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/system/library_error.h"
+#include "platform/local/system/mount_points.h"
+#include "platform/local/system/unique_fd.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>

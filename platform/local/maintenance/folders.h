@@ -1,7 +1,7 @@
 // Where folders lie to each other, whatever paths lead to them.
 #pragma once
 
-#include "platform/local/unique_fd.h"
+#include "platform/local/system/unique_fd.h"
 
 #include <string>
 

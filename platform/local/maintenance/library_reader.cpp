@@ -1,8 +1,8 @@
 #include "platform/local/maintenance/library_reader.h"
 
-#include "platform/local/asset_record.h"
-#include "platform/local/catalogue_schema.h"
-#include "platform/local/content_hasher.h"
+#include "platform/local/catalogue/asset_record.h"
+#include "platform/local/catalogue/catalogue_schema.h"
+#include "platform/local/store/content_hasher.h"
 
 #include <dirent.h>
 #include <fcntl.h>

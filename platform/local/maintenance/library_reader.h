@@ -2,9 +2,9 @@
 // Works on a disk that takes no writes, and while hosts are at work.
 #pragma once
 
-#include "platform/local/catalogue_connection.h"
-#include "platform/local/file_store.h"
-#include "platform/local/unique_fd.h"
+#include "platform/local/catalogue/catalogue_connection.h"
+#include "platform/local/store/file_store.h"
+#include "platform/local/system/unique_fd.h"
 
 #include <functional>
 #include <memory>

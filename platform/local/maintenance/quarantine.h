@@ -1,8 +1,8 @@
 // The folder "quarantine" in a library: where repairs put what they take away.
 #pragma once
 
-#include "platform/local/file_store.h"
 #include "platform/local/maintenance/library_reader.h"
+#include "platform/local/store/file_store.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "platform/local/maintenance/repair.h"
 
-#include "platform/local/maintenance/catalogue_rules.h"
+#include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/maintenance/library_reader.h"
 #include "platform/local/maintenance/quarantine.h"
 #include "platform/local/maintenance/stray_files.h"

@@ -1,8 +1,8 @@
 // Files in the store that no row names.
 #pragma once
 
+#include "platform/local/maintenance/findings.h"
 #include "platform/local/maintenance/library_reader.h"
-#include "platform/local/maintenance/verification.h"
 
 namespace local {
 

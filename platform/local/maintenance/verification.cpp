@@ -1,6 +1,6 @@
 #include "platform/local/maintenance/verification.h"
 
-#include "platform/local/maintenance/catalogue_rules.h"
+#include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/maintenance/library_reader.h"
 #include "platform/local/maintenance/stray_files.h"
 
@@ -143,26 +143,6 @@ private:
 };
 
 } // namespace
-
-std::string nameOf(Finding::Kind kind) {
-    switch (kind) {
-    case Kind::catalogue:
-        return "catalogue";
-    case Kind::rule:
-        return "disagreement";
-    case Kind::absent:
-        return "absent";
-    case Kind::missing:
-        return "missing";
-    case Kind::damaged:
-        return "damaged";
-    case Kind::unreadable:
-        return "unreadable";
-    case Kind::unnamed:
-        break;
-    }
-    return "unnamed";
-}
 
 Verification verifyLibrary(const std::string& path, const VerificationOptions& options) {
     try {

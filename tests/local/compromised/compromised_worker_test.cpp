@@ -3,7 +3,7 @@
 #include "tests/local/compromised/orders.h"
 #include "tests/local/imaging_support.h"
 
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/protocol.h"
 
 #include <chrono>
 #include <thread>

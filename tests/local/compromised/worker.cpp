@@ -5,8 +5,8 @@
 // What it tried comes back as the width of an inspected photo: see Tried.
 #include "tests/local/compromised/orders.h"
 
-#include "platform/local/imaging/packet.h"
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/packet.h"
+#include "platform/local/imaging/wire/protocol.h"
 #include "platform/local/imaging/worker/sandbox.h"
 
 #include <array>

@@ -6,6 +6,7 @@
 #include "platform/local/imaging/worker/resize.h"
 
 #include <array>
+#include <memory>
 
 namespace local::imaging {
 

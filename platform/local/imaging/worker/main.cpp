@@ -1,8 +1,8 @@
 // photos-kit-imaging: decodes strangers' files for the embedded photo library, one request after
 // another, in a sandbox. Started by the library, never by people. Ends when the host does, because
 // then its socket does.
-#include "platform/local/imaging/capture_time.h"
-#include "platform/local/imaging/packet.h"
+#include "platform/local/imaging/wire/capture_time.h"
+#include "platform/local/imaging/wire/packet.h"
 #include "platform/local/imaging/worker/colour.h"
 #include "platform/local/imaging/worker/orient.h"
 #include "platform/local/imaging/worker/photo.h"

@@ -1,9 +1,9 @@
 // Values that the decoders of the imaging process share.
 #pragma once
 
-#include "platform/local/imaging/cover_size.h"
-#include "platform/local/imaging/imaging.h"
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/cover_size.h"
+#include "platform/local/imaging/wire/media.h"
+#include "platform/local/imaging/wire/protocol.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "platform/local/imaging/worker/raw_picture.h"
 
-#include "platform/local/imaging/capture_time.h"
+#include "platform/local/imaging/wire/capture_time.h"
 #include "platform/local/imaging/worker/jpeg_picture.h"
 #include "platform/local/imaging/worker/mapping.h"
 #include "platform/local/imaging/worker/resize.h"

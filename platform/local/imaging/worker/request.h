@@ -1,8 +1,8 @@
 // The worker's check of what the host sent. Pure: bytes in, a checked value out, or nothing.
 #pragma once
 
-#include "platform/local/imaging/cover_size.h"
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/cover_size.h"
+#include "platform/local/imaging/wire/protocol.h"
 
 #include <cstddef>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Resizing of interleaved 8-bit RGB, row by row, so that a large source never lies in memory.
 #pragma once
 
-#include "platform/local/imaging/cover_size.h"
+#include "platform/local/imaging/wire/cover_size.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,7 @@
 // process, but for harmless questions that libraries ask, which get an error.
 #include "platform/local/imaging/worker/sandbox.h"
 
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/protocol.h"
 #include "platform/local/imaging/worker/threads.h"
 
 #include <algorithm>

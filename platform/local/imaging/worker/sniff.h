@@ -1,7 +1,7 @@
 // Which kind of still a file is, told from its first bytes.
 #pragma once
 
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/protocol.h"
 #include "platform/local/imaging/worker/input.h"
 
 namespace local::imaging {

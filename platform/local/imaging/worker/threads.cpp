@@ -1,6 +1,6 @@
 #include "platform/local/imaging/worker/threads.h"
 
-#include "platform/local/imaging/protocol.h"
+#include "platform/local/imaging/wire/protocol.h"
 
 #include <array>
 #include <cerrno>

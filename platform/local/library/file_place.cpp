@@ -1,0 +1,134 @@
+#include "platform/local/library/file_place.h"
+
+#include "platform/local/library/library_location.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <optional>
+
+namespace local {
+
+namespace {
+
+struct Identity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    bool operator==(const Identity&) const = default;
+};
+
+Identity identityOf(const struct stat& file) {
+    return {file.st_dev, file.st_ino};
+}
+
+std::optional<Identity> libraryFolder() {
+    const auto path = libraryPath();
+    struct stat folder {};
+    if (!path || stat(path->c_str(), &folder) != 0)
+        return std::nullopt;
+    return identityOf(folder);
+}
+
+UniqueFd openFolder(const std::string& path) {
+    return UniqueFd(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+// Whether `sought` is the folder or one of those above it.
+bool isAtOrAbove(const Identity& sought, int folder) {
+    UniqueFd at(openat(folder, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct stat here {};
+    if (!at || fstat(at.get(), &here) != 0)
+        return false;
+    for (;;) {
+        if (identityOf(here) == sought)
+            return true;
+        UniqueFd above(openat(at.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        struct stat next {};
+        if (!above || fstat(above.get(), &next) != 0 || identityOf(next) == identityOf(here))
+            return false;
+        at = std::move(above);
+        here = next;
+    }
+}
+
+// Whether the folder is one that an edit in progress renders into.
+bool isEditFolder(int folder, const Identity& library) {
+    std::array<char, PATH_MAX> path;
+    const std::string link = "/proc/self/fd/" + std::to_string(folder);
+    const ssize_t length = readlink(link.c_str(), path.data(), path.size());
+    if (length <= 0 ||
+        !std::string_view(path.data(), static_cast<std::size_t>(length)).ends_with(".edit"))
+        return false;
+    const UniqueFd incoming(openat(folder, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const UniqueFd above(incoming ? openat(incoming.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC)
+                                  : -1);
+    struct stat status {};
+    return above && fstat(above.get(), &status) == 0 && identityOf(status) == library;
+}
+
+bool holds(const FilePlace& place, const Identity& library) {
+    struct stat file {};
+    if (fstatat(place.folder.get(), place.name.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !S_ISDIR(file.st_mode))
+        return false;
+    const auto path = libraryPath();
+    const UniqueFd folder = path ? openFolder(*path) : UniqueFd();
+    return identityOf(file) == library || (folder && isAtOrAbove(identityOf(file), folder.get()));
+}
+
+std::string withoutTrailingSlashes(std::string path) {
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+LibraryError outOfBounds() {
+    return {posixErrorDomain, EPERM,
+            "The photo library's own folder cannot be written to from outside."};
+}
+
+} // namespace
+
+FilePlace changeablePlace(const std::string& given) {
+    const std::string path = withoutTrailingSlashes(given);
+    const std::size_t slash = path.find_last_of('/');
+    FilePlace place;
+    place.name = path.substr(slash + 1);
+    if (place.name.empty() || place.name == "." || place.name == "..")
+        throw systemError("There is no file at \"" + given + "\"", EINVAL);
+    place.folder = openFolder(slash == std::string::npos ? "."
+                              : slash == 0               ? "/"
+                                                         : path.substr(0, slash));
+    if (!place.folder)
+        throw systemError("The folder of \"" + given + "\" could not be opened", errno);
+    const auto library = libraryFolder();
+    if (!library)
+        return place;
+    const bool inside =
+        isAtOrAbove(*library, place.folder.get()) && !isEditFolder(place.folder.get(), *library);
+    if (inside || holds(place, *library))
+        throw outOfBounds();
+    return place;
+}
+
+bool mayMakeDirectory(const std::string& given) {
+    const auto library = libraryFolder();
+    if (!library)
+        return true;
+    std::string path = withoutTrailingSlashes(given);
+    for (;;) {
+        if (const UniqueFd folder = openFolder(path.empty() ? "." : path))
+            return !isAtOrAbove(*library, folder.get());
+        if (errno != ENOENT || path.empty())
+            return true; // it cannot be made there anyway
+        const std::size_t slash = path.find_last_of('/');
+        if (path.substr(slash + 1) == "..")
+            return false; // it would lead away from what is not there yet
+        path = slash == std::string::npos ? "" : slash == 0 ? "/" : path.substr(0, slash);
+    }
+}
+
+} // namespace local

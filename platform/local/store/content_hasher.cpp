@@ -1,0 +1,71 @@
+#include "platform/local/store/content_hasher.h"
+
+#include "platform/local/store/content_hasher_avx2.h"
+
+// Inlined, so that no library has to be loaded into the host for it.
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <algorithm>
+
+namespace local {
+
+namespace {
+
+using Update = void (*)(void* state, const std::uint8_t* bytes, std::size_t size);
+
+void updateAnywhere(void* state, const std::uint8_t* bytes, std::size_t size) {
+    XXH3_128bits_update(static_cast<XXH3_state_t*>(state), bytes, size);
+}
+
+// A compiler that builds for every x86-64 processor uses half the width of most of them.
+Update chooseUpdate() {
+#ifdef PHOTOS_KIT_AVX2
+    if (__builtin_cpu_supports("avx2"))
+        return updateWithAvx2;
+#endif
+    return updateAnywhere;
+}
+
+} // namespace
+
+struct ContentHasher::State {
+    XXH3_state_t hashing;
+};
+
+ContentHasher::ContentHasher() : state_(std::make_unique<State>()) {
+    XXH3_128bits_reset(&state_->hashing);
+}
+
+ContentHasher::~ContentHasher() = default;
+
+void ContentHasher::take(const std::uint8_t* bytes, std::size_t size) {
+    static const Update update = chooseUpdate();
+    update(&state_->hashing, bytes, size);
+    size_ += static_cast<std::int64_t>(size);
+}
+
+ContentHash ContentHasher::hash() const {
+    XXH128_canonical_t canonical;
+    XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(&state_->hashing));
+    ContentHash hash{};
+    std::copy_n(canonical.digest, hash.size(), hash.begin());
+    return hash;
+}
+
+bool ContentHasher::matches(const ContentHash& hash, std::int64_t size) const {
+    return size_ == size && this->hash() == hash;
+}
+
+std::string hexadecimal(const ContentHash& hash) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * hash.size());
+    for (const std::uint8_t byte : hash) {
+        text.push_back(digits[byte >> 4]);
+        text.push_back(digits[byte & 15]);
+    }
+    return text;
+}
+
+} // namespace local

@@ -1,0 +1,305 @@
+#include "platform/local/store/file_store.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <map>
+#include <memory>
+
+namespace local {
+
+namespace {
+
+constexpr std::string_view derivativesFolder = "derivatives";
+constexpr std::size_t uuidTextLength = 36;
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+using Folder = std::unique_ptr<DIR, CloseFolder>;
+
+Folder openFolder(int parent, const char* name) {
+    const int fd = openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return nullptr;
+    DIR* folder = fdopendir(fd);
+    if (!folder)
+        close(fd);
+    return Folder(folder);
+}
+
+// As many as can be read; `error`, when given, gets the errno that kept the others back, or 0.
+std::vector<std::string> namesIn(int parent, const char* name, int* error = nullptr) {
+    std::vector<std::string> names;
+    const Folder folder = openFolder(parent, name);
+    if (!folder && error)
+        *error = errno;
+    if (!folder)
+        return names;
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = readdir(folder.get());
+        if (!entry)
+            break;
+        const std::string_view found = entry->d_name;
+        if (found != "." && found != "..")
+            names.emplace_back(found);
+    }
+    if (error)
+        *error = errno;
+    return names;
+}
+
+// What the name of a marker says about the file beside it.
+std::optional<Stored> kindOfMarker(std::string_view name) {
+    for (const Stored kind : {Stored::original, Stored::render}) {
+        if (name.ends_with(markerEnding(kind)))
+            return kind;
+    }
+    return std::nullopt;
+}
+
+bool hasMarker(int incoming, const std::string& name) {
+    for (const Stored kind : {Stored::original, Stored::render}) {
+        const std::string marker = name + std::string(markerEnding(kind));
+        if (faccessat(incoming, marker.c_str(), F_OK, 0) == 0)
+            return true;
+    }
+    return false;
+}
+
+void sweepEditFolder(int incoming, const std::string& name) {
+    const UniqueFd folder(openat(incoming, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder && flock(folder.get(), LOCK_EX | LOCK_NB) == 0 && isLinked(folder.get()))
+        removeEditFolder(incoming, name);
+}
+
+// The folder of a path that may be removed: "<folder>/<first two characters>/<name>".
+std::optional<std::string_view> removableFrom(std::string_view path) {
+    const std::string_view folder = path.substr(0, path.find('/'));
+    const std::string_view rest = path.substr(std::min(path.size(), folder.size() + 1));
+    const bool known = folder == folderOf(Stored::original) || folder == folderOf(Stored::render) ||
+                       folder == derivativesFolder;
+    if (!known || rest.size() < 3 || rest[2] != '/')
+        return std::nullopt;
+    const std::string_view name = rest.substr(3);
+    return isStorableName(name) && rest.starts_with(name.substr(0, 2)) ? std::optional(folder)
+                                                                       : std::nullopt;
+}
+
+} // namespace
+
+// Edit folders hold files only.
+void removeEditFolder(int parent, const std::string& path) {
+    for (const std::string& name : namesIn(parent, path.c_str())) {
+        std::string file = path;
+        file.append("/").append(name);
+        unlinkat(parent, file.c_str(), 0);
+    }
+    unlinkat(parent, path.c_str(), AT_REMOVEDIR);
+}
+
+std::string_view folderOf(Stored kind) {
+    return kind == Stored::original ? "originals" : "renders";
+}
+
+std::string_view markerEnding(Stored kind) {
+    return kind == Stored::original ? ".importing" : ".editing";
+}
+
+bool isLinked(int file) {
+    struct stat status {};
+    return fstat(file, &status) == 0 && status.st_nlink > 0;
+}
+
+bool isStorableName(std::string_view name) {
+    return name.size() > 2 && name.front() != '.' &&
+           name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+std::string pathOf(Stored kind, std::string_view name) {
+    if (!isStorableName(name))
+        throw LibraryError(posixErrorDomain, EINVAL,
+                           "The catalogue names a file that is none of the library's own.");
+    return std::string(folderOf(kind))
+        .append("/")
+        .append(name.substr(0, 2))
+        .append("/")
+        .append(name);
+}
+
+void FileStore::create() const {
+    for (const char* name : {"originals", "renders", "incoming", "derivatives"}) {
+        if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
+            throw systemError(std::string("The photo library's folder \"") + name +
+                                  "\" could not be made",
+                              errno);
+    }
+    // All shelves at once, so that no import has to make one and sync its name.
+    for (int shelf = 0; shelf < 256; ++shelf) {
+        char name[16];
+        std::snprintf(name, sizeof name, "originals/%02X", static_cast<unsigned>(shelf));
+        if (mkdirat(folder_, name, 0700) != 0 && errno != EEXIST)
+            throw systemError("The photo library's folders could not be made", errno);
+    }
+    mark(Stored::original);
+    mark(Stored::render);
+    if (fsync(folder_) != 0)
+        throw systemError("The photo library's folders could not be made durable", errno);
+}
+
+bool FileStore::holds(Stored kind, const std::string& name) const {
+    return isStorableName(name) &&
+           faccessat(folder_, pathOf(kind, name).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool FileStore::isPresent(Stored kind) const {
+    const std::string marker = std::string(folderOf(kind)).append("/").append(storeMarkerName);
+    return faccessat(folder_, marker.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+void FileStore::requirePresent(Stored kind) const {
+    if (!isPresent(kind))
+        throw LibraryError(posixErrorDomain, ENOENT,
+                           "The photo library's folder \"" + std::string(folderOf(kind)) +
+                               "\" is not there, or another one is in its place: perhaps its disk "
+                               "is not mounted. Nothing was changed.");
+}
+
+void FileStore::mark(Stored kind) const {
+    constexpr std::string_view words =
+        "This folder belongs to a photo library. Without this file the library takes the folder "
+        "for another one.\n";
+    const std::string root(folderOf(kind));
+    const std::string path = root + "/" + std::string(storeMarkerName);
+    if (mkdirat(folder_, root.c_str(), 0700) != 0 && errno != EEXIST)
+        throw systemError("The photo library's folder \"" + root + "\" could not be made", errno);
+    const UniqueFd marker(
+        openat(folder_, path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const UniqueFd folder(openat(folder_, root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const bool written =
+        marker && folder &&
+        pwrite(marker.get(), words.data(), words.size(), 0) == static_cast<ssize_t>(words.size()) &&
+        fsync(marker.get()) == 0 && fsync(folder.get()) == 0;
+    if (!written)
+        throw systemError("The photo library's folder \"" + root + "\" could not be marked", errno);
+}
+
+UniqueFd FileStore::open(Stored kind, const std::string& name) const {
+    UniqueFd file(openat(folder_, pathOf(kind, name).c_str(),
+                         O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!file)
+        throw systemError(kind == Stored::original ? "The asset's original could not be opened"
+                                                   : "The asset's edit could not be opened",
+                          errno);
+    return file;
+}
+
+bool FileStore::syncFolder(const std::string& path) const {
+    const UniqueFd folder(openat(folder_, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder)
+        return errno == ENOENT;
+    return fsync(folder.get()) == 0;
+}
+
+std::vector<std::string> FileStore::removeDiscarded(const std::vector<std::string>& paths) const {
+    std::map<std::string, std::vector<std::string>> gone; // by folder
+    const std::array present{isPresent(Stored::original), isPresent(Stored::render)};
+    for (const std::string& path : paths) {
+        const std::optional<std::string_view> folder = removableFrom(path);
+        // What is not there because its disk is not has still to be removed.
+        if (!folder || (*folder == folderOf(Stored::original) && !present[0]) ||
+            (*folder == folderOf(Stored::render) && !present[1]))
+            continue;
+        if (unlinkat(folder_, path.c_str(), 0) == 0 || errno == ENOENT)
+            gone[path.substr(0, path.find_last_of('/'))].push_back(path);
+    }
+    std::vector<std::string> durably;
+    for (const auto& [folder, removed] : gone) {
+        if (syncFolder(folder))
+            durably.insert(durably.end(), removed.begin(), removed.end());
+    }
+    return durably;
+}
+
+std::shared_ptr<const UniqueFd> FileStore::derivatives() {
+    const std::lock_guard lock(derivativesMutex_);
+    if (derivatives_ && isLinked(derivatives_->get()))
+        return derivatives_;
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    UniqueFd opened(openat(folder_, "derivatives", flags));
+    if (!opened && errno == ENOENT && mkdirat(folder_, "derivatives", 0700) == 0)
+        opened.reset(openat(folder_, "derivatives", flags));
+    derivatives_ = std::make_shared<const UniqueFd>(std::move(opened));
+    return derivatives_;
+}
+
+bool FileStore::holdsOriginals() const {
+    const auto check = [](int error) {
+        if (error != 0 && error != ENOENT)
+            throw systemError("The library's originals could not be looked for", error);
+    };
+    const UniqueFd originals(openat(folder_, "originals", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!originals) {
+        check(errno);
+        return false;
+    }
+    int error = 0;
+    for (const std::string& shelf : namesIn(folder_, "originals", &error)) {
+        if (shelf == storeMarkerName)
+            continue;
+        if (!namesIn(originals.get(), shelf.c_str(), &error).empty())
+            return true;
+        check(error);
+    }
+    check(error);
+    return false;
+}
+
+void FileStore::sweep(const std::function<bool(Stored, const std::string& name)>& isCatalogued,
+                      const std::function<void()>& beforeRemoval) const {
+    const UniqueFd incoming(openat(folder_, "incoming", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!incoming)
+        return;
+    bool prepared = false;
+    for (const std::string& entry : namesIn(folder_, "incoming")) {
+        if (!uuidFromText(std::string_view(entry).substr(0, uuidTextLength)))
+            continue; // not ours to judge
+        if (entry.ends_with(editFolderEnding)) {
+            sweepEditFolder(incoming.get(), entry);
+            continue;
+        }
+        // A file without a marker is what a sweep left that did not come to its end.
+        const std::optional<Stored> marked = kindOfMarker(entry);
+        const Stored kind = marked.value_or(Stored::original);
+        const std::string name =
+            marked ? entry.substr(0, entry.size() - markerEnding(kind).size()) : entry;
+        if (!marked && hasMarker(incoming.get(), name))
+            continue; // its marker's turn comes
+        const UniqueFd marker(openat(incoming.get(), entry.c_str(), O_RDWR | O_CLOEXEC));
+        if (marked && !marker)
+            continue; // its importer has just finished
+        // Locked: its importer is at work. No longer linked: another sweep has been here, and an
+        // importer may have begun again under this name.
+        if (marked && (flock(marker.get(), LOCK_EX | LOCK_NB) != 0 || !isLinked(marker.get())))
+            continue;
+        if (!prepared)
+            beforeRemoval();
+        prepared = true;
+        bool settled = true;
+        if (marked && !isCatalogued(kind, name))
+            settled = !removeDiscarded({pathOf(kind, name)}).empty();
+        unlinkat(incoming.get(), name.c_str(), 0);
+        // The marker stays until what it tells of is gone for good.
+        if (marked && settled)
+            unlinkat(incoming.get(), entry.c_str(), 0);
+    }
+}
+
+} // namespace local
