@@ -92,6 +92,7 @@ BackupFolder::BackupFolder(const std::string& path, int library) : path_(path) {
     if (!folder_)
         throw systemError("The folder " + path + " could not be opened", errno);
     requireOurs();
+    makeNameDurable();
     removeAllIn(folder_.get(), "incoming"); // copies that an interrupted backup did not finish
 }
 
@@ -104,6 +105,14 @@ void BackupFolder::requirePlace(int library) const {
         throw refused("The backup cannot lie inside the library.");
     if (isAtOrAbove(nearest.get(), library) && std::filesystem::exists(path_))
         throw refused("The library lies inside " + path_ + ".");
+}
+
+// Whoever made it: an earlier attempt may have ended before this. What cannot be opened cannot be
+// synced; then the folder was there before.
+void BackupFolder::makeNameDurable() const {
+    const UniqueFd parent(openat(folder_.get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (parent ? fsync(parent.get()) != 0 && errno != EINVAL : errno != EACCES)
+        throw systemError("The folder " + path_ + " could not be made durable", errno);
 }
 
 void BackupFolder::requireOurs() {

@@ -34,6 +34,7 @@ public:
 private:
     void requirePlace(int library) const;
     void requireOurs();
+    void makeNameDurable() const;
     void requireUnchanged() const;
     void writeState(const std::vector<std::string>& catalogues) const;
 
