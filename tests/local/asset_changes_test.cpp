@@ -213,8 +213,23 @@ TEST(Trash, KeepsAssetsWholeUntilItIsEmptied) {
     local::dateImpossibleDeletions();
     EXPECT_EQ(local::emptyTrash(1'600'000'000'000), 0u);
     EXPECT_TRUE(fs::exists(original));
-    EXPECT_EQ(local::emptyTrash(std::numeric_limits<std::int64_t>::max()), 1u);
+    const auto scaled = [&](const std::string& name) {
+        return home.library() / "derivatives" /
+               sqlText(home, "SELECT lower(substr(hex(hash), 1, 2) || '/' || hex(hash)) || '.jpg' "
+                             "FROM asset WHERE filename = '" +
+                                 name + "'");
+    };
+    ASSERT_FALSE(remove({*importFile(home.file("a.jpg")).identifier})); // the same content twice
+    const fs::path scaledAlone = scaled("b.jpg");
+    const fs::path scaledShared = scaled("a.jpg");
+    for (const fs::path& path : {scaledAlone, scaledShared}) {
+        fs::create_directories(path.parent_path());
+        writeText(path, "scaled");
+    }
+    EXPECT_EQ(local::emptyTrash(std::numeric_limits<std::int64_t>::max()), 2u);
     EXPECT_FALSE(fs::exists(original));
+    EXPECT_FALSE(fs::exists(scaledAlone)) << "nothing of its picture stays";
+    EXPECT_TRUE(fs::exists(scaledShared)) << "another asset has the same content";
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM discarded_file"), 0);
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM favorite"), 0);
     EXPECT_EQ(local::restoreFromTrash({*gone}), 0u);

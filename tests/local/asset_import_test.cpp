@@ -184,6 +184,7 @@ TEST(AssetImport, AKilledImporterLeavesEveryReturnedAssetWholeAndNothingElse) {
             told.push_back(byte);
         close(channel[0]);
         waitpid(importer, nullptr, 0);
+        sweepUp(home);
 
         std::size_t returned = 0;
         for (std::size_t at = 0, end; (end = told.find('\n', at)) != std::string::npos;

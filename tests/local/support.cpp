@@ -85,6 +85,12 @@ std::shared_ptr<void> exhaustDescriptors() {
     return {nullptr, [before](void*) { setrlimit(RLIMIT_NOFILE, &before); }};
 }
 
+void sweepUp(const ScratchHome& home) {
+    do
+        ASSERT_EQ(inChild([] { listed(); }), 0);
+    while (!fs::is_empty(home.library() / "incoming"));
+}
+
 fs::path writePicture(const fs::path& path, int width, int height, int seed) {
     local::Pixels pixels;
     pixels.width = static_cast<std::uint32_t>(width);

@@ -51,6 +51,10 @@ void forbidThreads(const ScratchHome& home);
 // From here on this process opens no further file, until the answer goes.
 std::shared_ptr<void> exhaustDescriptors();
 
+// Opens the library in processes of their own until nothing is left of one that was killed: a
+// worker that it was just starting may hold its locks for a moment longer.
+void sweepUp(const ScratchHome& home);
+
 // Writes a JPEG with a gradient; `seed` makes its bytes differ.
 std::filesystem::path writePicture(const std::filesystem::path& path, int width = 64,
                                    int height = 48, int seed = 0);
