@@ -11,6 +11,8 @@
 #include "tests/core/jni_double.h"
 #include "tests/faults/prepared_libraries.h"
 
+#include <array>
+#include <cstdio>
 #include <limits>
 
 #define CALL(method) Java_com_morrowfen_lumatrice_service_PhotosService_native##method
@@ -257,6 +259,21 @@ std::vector<Method> makeMethods() {
          .run =
              [](const Names& names) {
                  return Report{applyEdit(names.at("edited"), pathInHome("again.jpg")), ""};
+             }},
+        {.name = "edit-beside-the-dead",
+         .prepare = prepareUsual,
+         .run =
+             [](const Names& names) {
+                 // As if processes had made shelves and died before syncing their names.
+                 const Place here{pathInHome("")};
+                 for (int shelf = 0; shelf < 256; ++shelf) {
+                     std::array<char, 4> name{};
+                     std::snprintf(name.data(), name.size(), "%02X", static_cast<unsigned>(shelf));
+                     std::error_code ignored;
+                     std::filesystem::create_directory(here.library() / "renders" / name.data(),
+                                                       ignored);
+                 }
+                 return Report{applyEdit(names.at("plain"), pathInHome("rendered.jpg")), ""};
              }},
         {.name = "revert",
          .prepare = prepareUsual,

@@ -45,11 +45,8 @@ platform::PHAsset assetFromRow(const Statement& row) {
     record->contentType = row.text(9);
     record->edited = row.integer(10) != 0;
 
-    Uuid uuid{};
-    const auto bytes = row.blob(1);
-    std::copy_n(bytes.begin(), std::min(bytes.size(), uuid.size()), uuid.begin());
     platform::PHAsset asset;
-    asset.localIdentifier = assetIdentifier(uuid);
+    asset.localIdentifier = assetIdentifier(row.bytes<Uuid>(1));
     asset.mediaType = record->media;
     asset.pixelWidth = static_cast<unsigned long>(row.integer(4));
     asset.pixelHeight = static_cast<unsigned long>(row.integer(5));

@@ -12,6 +12,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <span>
@@ -49,6 +50,14 @@ public:
     bool isNull(int column) const;
     std::string_view text(int column) const; // until the next step
     std::span<const std::uint8_t> blob(int column) const;
+    // A blob of this size, such as a uuid or a hash; of another size, as much as fits.
+    template <class Bytes>
+    Bytes bytes(int column) const {
+        Bytes bytes{};
+        const auto stored = blob(column);
+        std::copy_n(stored.begin(), std::min(stored.size(), bytes.size()), bytes.begin());
+        return bytes;
+    }
 
 private:
     sqlite3_stmt* statement_;

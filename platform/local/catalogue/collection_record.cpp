@@ -41,8 +41,7 @@ std::optional<Uuid> uuidOfCollectionIdentifier(std::string_view identifier, Coll
 CollectionRow collectionRow(const Statement& row, bool limitedAccess) {
     CollectionRow read;
     read.record.n = row.integer(0);
-    const auto bytes = row.blob(1);
-    std::copy_n(bytes.begin(), std::min(bytes.size(), read.uuid.size()), read.uuid.begin());
+    read.uuid = row.bytes<Uuid>(1);
     read.kind = row.integer(2) == kindAlbum ? kindAlbum : kindFolder;
     if (!row.isNull(3))
         read.record.title = row.text(3);

@@ -5,12 +5,12 @@
 #include "platform/local/change/capture_date.h"
 #include "platform/local/change/content_types.h"
 #include "platform/local/store/incoming_file.h"
+#include "platform/local/system/clock.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <chrono>
 
 namespace local {
 
@@ -41,16 +41,11 @@ UniqueFd openSource(const std::string& path, struct stat& file) {
     return source;
 }
 
-std::int64_t now() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
-
 // The present for a file of no year that people know.
 std::int64_t modificationTime(const struct stat& file) {
     const std::int64_t seconds = file.st_mtim.tv_sec;
     if (seconds < earliestDate / 1000 || seconds > latestDate / 1000)
-        return now();
+        return millisecondsNow();
     return seconds * 1000 + file.st_mtim.tv_nsec / 1000000;
 }
 
@@ -122,7 +117,7 @@ void PreparedAsset::insert(CatalogueConnection& connection, bool limitedAccess) 
         .bind(8, storedAs_)
         .bindBlob(9, original_->hash())
         .bind(10, original_->size())
-        .bind(11, now())
+        .bind(11, millisecondsNow())
         .bind(12, traitsOf(info_, video ? MediaKind::video : MediaKind::photo))
         .run();
     if (!limitedAccess)

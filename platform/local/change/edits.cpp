@@ -6,12 +6,12 @@
 #include "platform/local/library/library.h"
 #include "platform/local/store/edit_folder.h"
 #include "platform/local/store/incoming_file.h"
+#include "platform/local/system/clock.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <chrono>
 
 namespace local {
 
@@ -30,11 +30,6 @@ UniqueFd openRendered(const EditFolder& folder) {
     if (!S_ISREG(file.st_mode) || file.st_size == 0)
         throw refused("The rendered picture is empty.");
     return rendered;
-}
-
-std::int64_t millisecondsNow() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
 } // namespace

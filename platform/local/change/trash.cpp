@@ -5,20 +5,15 @@
 #include "platform/local/change/change_transaction.h"
 #include "platform/local/library/discarded_files.h"
 #include "platform/local/library/library.h"
+#include "platform/local/system/clock.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace local {
 
 namespace {
 
 constexpr std::int64_t beforeAnyLibrary = 1'577'836'800'000; // the year 2020
-
-std::int64_t millisecondsNow() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 } // namespace
 
@@ -39,11 +34,8 @@ std::vector<TrashedAsset> listTrash() {
         "ORDER BY asset.trashed_at DESC, asset.n DESC");
     std::vector<TrashedAsset> trash;
     while (rows.step()) {
-        Uuid uuid{};
-        const auto bytes = rows.blob(0);
-        std::copy_n(bytes.begin(), std::min(bytes.size(), uuid.size()), uuid.begin());
-        trash.push_back(
-            {assetIdentifier(uuid), std::string(rows.text(1)), rows.integer(2), rows.integer(3)});
+        trash.push_back({assetIdentifier(rows.bytes<Uuid>(0)), std::string(rows.text(1)),
+                         rows.integer(2), rows.integer(3)});
     }
     return trash;
 }

@@ -24,11 +24,8 @@ std::optional<Place> readPlace(std::int64_t n) {
         "WHERE asset.n = ?1");
     if (!row.bind(1, n).step())
         return std::nullopt;
-    ContentHash hash{};
-    const auto bytes = row.blob(2);
-    std::copy_n(bytes.begin(), std::min(bytes.size(), hash.size()), hash.begin());
     return Place{row.integer(0) != 0 ? Stored::render : Stored::original, std::string(row.text(1)),
-                 hexadecimal(hash)};
+                 hexadecimal(row.bytes<ContentHash>(2))};
 }
 
 } // namespace

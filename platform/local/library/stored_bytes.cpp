@@ -2,15 +2,9 @@
 
 #include "platform/local/library/library.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <memory>
-
 namespace local {
 
 namespace {
-
-constexpr std::size_t chunkSize = std::size_t{128} << 10;
 
 constexpr const char* originalSql = "SELECT stored_as, hash, size FROM asset WHERE n = ?1";
 constexpr const char* renderSql = "SELECT stored_as, hash, size FROM edit WHERE asset = ?1";
@@ -33,9 +27,7 @@ Place readPlace(std::int64_t asset, const char* sql) {
         throw gone();
     Place place;
     place.name = row.text(0);
-    const auto hash = row.blob(1);
-    std::copy_n(hash.begin(), std::min(hash.size(), place.bytes.hash.size()),
-                place.bytes.hash.begin());
+    place.bytes.hash = row.bytes<ContentHash>(1);
     place.bytes.size = row.integer(2);
     return place;
 }
@@ -73,20 +65,7 @@ StoredBytes openResource(std::int64_t asset, long resourceType) {
 }
 
 bool isIntact(const StoredBytes& stored) {
-    ContentHasher hasher;
-    // On the heap: the stack of a host's thread may be small.
-    const std::unique_ptr<std::uint8_t[]> chunk(new std::uint8_t[chunkSize]);
-    for (off_t at = 0;;) {
-        const ssize_t got = pread(stored.file.get(), chunk.get(), chunkSize, at);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            throw systemError("The asset's file could not be read", errno);
-        if (got == 0)
-            return hasher.matches(stored.hash, stored.size);
-        hasher.take(chunk.get(), static_cast<std::size_t>(got));
-        at += got;
-    }
+    return hasContent(stored.file.get(), stored.hash, stored.size);
 }
 
 LibraryError damagedFile(long resourceType) {

@@ -5,6 +5,7 @@
 #include "platform/local/maintenance/backup_folder.h"
 #include "platform/local/maintenance/library_reader.h"
 #include "platform/local/maintenance/quarantine.h"
+#include "platform/local/system/folder_names.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -208,7 +209,7 @@ private:
         std::vector<std::string> paths;
         for (const Stored kind : {Stored::original, Stored::render}) {
             for (const std::string& shelf :
-                 entriesOf(folder_.descriptor(), std::string(folderOf(kind)))) {
+                 namesIn(folder_.descriptor(), std::string(folderOf(kind)))) {
                 if (shelf != storeMarkerName)
                     addUnnamed(kind, shelf, paths);
             }
@@ -218,7 +219,7 @@ private:
 
     void addUnnamed(Stored kind, const std::string& shelf, std::vector<std::string>& paths) {
         const std::string folder = std::string(folderOf(kind)).append("/").append(shelf);
-        for (const std::string& name : entriesOf(folder_.descriptor(), folder)) {
+        for (const std::string& name : namesIn(folder_.descriptor(), folder)) {
             if (!reader_.namesFile(kind, name))
                 paths.push_back(std::string(folder).append("/").append(name));
         }

@@ -4,6 +4,7 @@
 #include "platform/local/maintenance/folders.h"
 #include "platform/local/maintenance/library_reader.h"
 #include "platform/local/store/content_hasher.h"
+#include "platform/local/system/folder_names.h"
 #include "platform/local/system/library_error.h"
 
 #include <sqlite3.h>
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <filesystem>
 #include <memory>
 
 namespace local {
@@ -51,7 +51,7 @@ std::string hashOfCatalogue(int folder, const std::string& path) {
 }
 
 void removeAllIn(int folder, const std::string& path) {
-    for (const std::string& name : entriesOf(folder, path))
+    for (const std::string& name : namesIn(folder, path))
         unlinkat(folder, std::string(path).append("/").append(name).c_str(), 0);
 }
 
@@ -103,7 +103,9 @@ void BackupFolder::requirePlace(int library) const {
         throw systemError("The folder " + path_ + " could not be opened", errno);
     if (isAtOrAbove(library, nearest.get()))
         throw refused("The backup cannot lie inside the library.");
-    if (isAtOrAbove(nearest.get(), library) && std::filesystem::exists(path_))
+    struct stat there {};
+    const bool missing = stat(path_.c_str(), &there) != 0 && errno == ENOENT;
+    if (isAtOrAbove(nearest.get(), library) && !missing)
         throw refused("The library lies inside " + path_ + ".");
 }
 
@@ -116,7 +118,7 @@ void BackupFolder::makeNameDurable() const {
 }
 
 void BackupFolder::requireOurs() {
-    std::vector<std::string> entries = entriesOf(folder_.get(), ".");
+    std::vector<std::string> entries = namesIn(folder_.get(), ".");
     const bool ours = std::find(entries.begin(), entries.end(), stateName) != entries.end();
     std::erase(entries, "lost+found"); // of a whole disk
     if (!ours && std::find(entries.begin(), entries.end(), "library.db") != entries.end())

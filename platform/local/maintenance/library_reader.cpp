@@ -4,7 +4,6 @@
 #include "platform/local/catalogue/catalogue_schema.h"
 #include "platform/local/store/content_hasher.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -51,11 +50,9 @@ std::unique_ptr<CatalogueConnection> openCatalogue(int folder) {
 NamedFile fileOf(const Statement& row, int first) {
     NamedFile file;
     file.asset = row.integer(0);
-    const auto uuid = row.blob(1);
-    std::copy_n(uuid.begin(), std::min(uuid.size(), file.uuid.size()), file.uuid.begin());
+    file.uuid = row.bytes<Uuid>(1);
     file.name = row.text(first);
-    const auto hash = row.blob(first + 1);
-    std::copy_n(hash.begin(), std::min(hash.size(), file.hash.size()), file.hash.begin());
+    file.hash = row.bytes<ContentHash>(first + 1);
     file.size = row.integer(first + 2);
     return file;
 }
@@ -126,52 +123,6 @@ bool LibraryReader::namesFile(Stored kind, const std::string& name) {
 bool LibraryReader::isDiscarded(const std::string& path) {
     Statement row = catalogue_->statement("SELECT 1 FROM discarded_file WHERE path = ?1");
     return row.bind(1, path).step();
-}
-
-std::vector<std::string> entriesOf(int library, const std::string& path, int* error) {
-    std::vector<std::string> names;
-    int unread = 0;
-    if (!error)
-        error = &unread;
-    const int fd = openat(library, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR* const folder = fd >= 0 ? fdopendir(fd) : nullptr;
-    if (!folder) {
-        *error = errno;
-        if (fd >= 0)
-            close(fd);
-        return names;
-    }
-    for (;;) {
-        errno = 0;
-        const dirent* const entry = readdir(folder);
-        *error = errno;
-        if (!entry)
-            break;
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..")
-            names.emplace_back(name);
-    }
-    closedir(folder);
-    return names;
-}
-
-bool hasContent(int file, const ContentHash& hash, std::int64_t size,
-                const std::function<bool()>& stop) {
-    ContentHasher hasher;
-    std::vector<std::uint8_t> chunk(std::size_t{256} << 10);
-    for (off_t at = 0;;) {
-        if (stop && stop())
-            return false;
-        const ssize_t got = pread(file, chunk.data(), chunk.size(), at);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            throw systemError("The file could not be read", errno);
-        if (got == 0)
-            return hasher.matches(hash, size);
-        hasher.take(chunk.data(), static_cast<std::size_t>(got));
-        at += got;
-    }
 }
 
 } // namespace local

@@ -53,13 +53,4 @@ private:
     std::unique_ptr<CatalogueConnection> catalogue_;
 };
 
-// The names in a folder of the library, unsorted; empty when it cannot be read.
-// `error`, when given, gets the errno that kept some or all of them back, or 0.
-std::vector<std::string> entriesOf(int library, const std::string& path, int* error = nullptr);
-
-// Reads the file to its end. Throws LibraryError when it cannot be read. `stop` is asked now and
-// then; when it answers true the reading ends with false.
-bool hasContent(int file, const ContentHash& hash, std::int64_t size,
-                const std::function<bool()>& stop);
-
 } // namespace local

@@ -1,4 +1,5 @@
 #include "platform/local/maintenance/quarantine.h"
+#include "platform/local/system/folder_names.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -92,7 +93,7 @@ std::string copyToQuarantine(int library, const NamedFile& wanted, int from,
 }
 
 std::string findInQuarantine(int library, const NamedFile& wanted) {
-    for (const std::string& name : entriesOf(library, quarantine)) {
+    for (const std::string& name : namesIn(library, quarantine)) {
         std::string path = std::string(quarantine) + "/" + name;
         struct stat status {};
         if (fstatat(library, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||

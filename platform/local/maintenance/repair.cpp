@@ -191,8 +191,7 @@ private:
         file.asset = row.integer(0);
         file.kind = render ? Stored::render : Stored::original;
         file.name = name;
-        const auto hash = row.blob(1);
-        std::copy_n(hash.begin(), std::min(hash.size(), file.hash.size()), file.hash.begin());
+        file.hash = row.bytes<ContentHash>(1);
         file.size = row.integer(2);
         return file;
     }

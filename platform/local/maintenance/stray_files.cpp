@@ -1,4 +1,5 @@
 #include "platform/local/maintenance/stray_files.h"
+#include "platform/local/system/folder_names.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -33,7 +34,7 @@ bool isAccountedFor(LibraryReader& reader, Stored kind, const std::string& name)
 std::vector<std::string> listed(LibraryReader& reader, const std::string& path,
                                 Verification& result) {
     int error = 0;
-    std::vector<std::string> names = entriesOf(reader.folder(), path, &error);
+    std::vector<std::string> names = namesIn(reader.folder(), path, &error);
     if (error != 0 && error != ENOENT)
         result.findings.push_back({Finding::Kind::unreadable, path, "",
                                    systemError("The folder could not be listed", error).what()});

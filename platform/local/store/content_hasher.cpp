@@ -1,12 +1,17 @@
 #include "platform/local/store/content_hasher.h"
 
 #include "platform/local/store/content_hasher_avx2.h"
+#include "platform/local/system/library_error.h"
 
 // Inlined, so that no library has to be loaded into the host for it.
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <vector>
 
 namespace local {
 
@@ -66,6 +71,26 @@ std::string hexadecimal(const ContentHash& hash) {
         text.push_back(digits[byte & 15]);
     }
     return text;
+}
+
+bool hasContent(int file, const ContentHash& hash, std::int64_t size,
+                const std::function<bool()>& stop) {
+    ContentHasher hasher;
+    // On the heap: the stack of a host's thread may be small.
+    std::vector<std::uint8_t> chunk(std::size_t{256} << 10);
+    for (off_t at = 0;;) {
+        if (stop && stop())
+            return false;
+        const ssize_t got = pread(file, chunk.data(), chunk.size(), at);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            throw systemError("The file could not be read", errno);
+        if (got == 0)
+            return hasher.matches(hash, size);
+        hasher.take(chunk.data(), static_cast<std::size_t>(got));
+        at += got;
+    }
 }
 
 } // namespace local

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -29,5 +30,11 @@ private:
 };
 
 std::string hexadecimal(const ContentHash& hash); // 32 lower-case digits
+
+// Reads the open file from its start to its end, by position: whether it has this size and this
+// hash. Throws LibraryError when it cannot be read. `stop`, when there is one, is asked now and
+// then; when it answers true the reading ends with false.
+bool hasContent(int file, const ContentHash& hash, std::int64_t size,
+                const std::function<bool()>& stop = nullptr);
 
 } // namespace local

@@ -1,6 +1,6 @@
 #include "platform/local/store/file_store.h"
+#include "platform/local/system/folder_names.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/random.h>
@@ -18,43 +18,6 @@ namespace {
 
 constexpr std::string_view derivativesFolder = "derivatives";
 constexpr std::size_t uuidTextLength = 36;
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, CloseFolder>;
-
-Folder openFolder(int parent, const char* name) {
-    const int fd = openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return nullptr;
-    DIR* folder = fdopendir(fd);
-    if (!folder)
-        close(fd);
-    return Folder(folder);
-}
-
-// As many as can be read; `error`, when given, gets the errno that kept the others back, or 0.
-std::vector<std::string> namesIn(int parent, const char* name, int* error = nullptr) {
-    std::vector<std::string> names;
-    const Folder folder = openFolder(parent, name);
-    if (!folder && error)
-        *error = errno;
-    if (!folder)
-        return names;
-    for (;;) {
-        errno = 0;
-        const dirent* const entry = readdir(folder.get());
-        if (!entry)
-            break;
-        const std::string_view found = entry->d_name;
-        if (found != "." && found != "..")
-            names.emplace_back(found);
-    }
-    if (error)
-        *error = errno;
-    return names;
-}
 
 // What the name of a marker says about the file beside it.
 std::optional<Stored> kindOfMarker(std::string_view name) {
@@ -97,7 +60,7 @@ std::optional<std::string_view> removableFrom(std::string_view path) {
 
 // Edit folders hold files only.
 void removeEditFolder(int parent, const std::string& path) {
-    for (const std::string& name : namesIn(parent, path.c_str())) {
+    for (const std::string& name : namesIn(parent, path)) {
         std::string file = path;
         file.append("/").append(name);
         unlinkat(parent, file.c_str(), 0);
@@ -208,6 +171,20 @@ bool FileStore::syncFolder(const std::string& path) const {
     return fsync(folder.get()) == 0;
 }
 
+bool FileStore::makeShelfDurable(Stored kind, const std::string& shelf) const {
+    const std::string root(folderOf(kind));
+    const std::scoped_lock lock(shelvesMutex_);
+    if (durableShelves_.contains(root + "/" + shelf))
+        return true;
+    const std::vector<std::string> there =
+        namesIn(folder_, root); // before the sync that covers them
+    if (!syncFolder(root))
+        return false;
+    for (const std::string& name : there)
+        durableShelves_.insert(std::string(root).append("/").append(name));
+    return true;
+}
+
 std::vector<std::string> FileStore::removeDiscarded(const std::vector<std::string>& paths) const {
     std::map<std::string, std::vector<std::string>> gone; // by folder
     const std::array present{isPresent(Stored::original), isPresent(Stored::render)};
@@ -254,7 +231,7 @@ bool FileStore::holdsOriginals() const {
     for (const std::string& shelf : namesIn(folder_, "originals", &error)) {
         if (shelf == storeMarkerName)
             continue;
-        if (!namesIn(originals.get(), shelf.c_str(), &error).empty())
+        if (!namesIn(originals.get(), shelf, &error).empty())
             return true;
         check(error);
     }

@@ -17,6 +17,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -86,10 +87,16 @@ public:
     // False, with errno, when it cannot; a folder that is not there has nothing to lose.
     bool syncFolder(const std::string& path) const;
 
+    // Makes the name of a shelf (the folder of a stored file) durable, once in this process:
+    // whoever made it may have died before that. False, with errno, when it cannot.
+    bool makeShelfDurable(Stored kind, const std::string& shelf) const;
+
     int folder() const { return folder_; }
 
 private:
     int folder_;
+    mutable std::mutex shelvesMutex_;
+    mutable std::set<std::string> durableShelves_; // by their paths
     std::mutex derivativesMutex_;
     std::shared_ptr<const UniqueFd> derivatives_;
 };

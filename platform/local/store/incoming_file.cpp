@@ -61,7 +61,7 @@ void stopCopiesWhen(bool (*stop)()) {
 }
 
 IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::string& name, int source)
-    : store_(store) {
+    : store_(store), kind_(kind) {
     store.requirePresent(kind);
     partPath_ = "incoming/" + name;
     markerPath_ = partPath_ + std::string(markerEnding(kind));
@@ -127,7 +127,7 @@ void IncomingFile::makeMarker() {
 
 void IncomingFile::place() {
     const bool newRoot = makeFolder(root_);
-    const bool newShelf = makeFolder(finalFolder_);
+    makeFolder(finalFolder_);
     if (renameat(store_.folder(), partPath_.c_str(), store_.folder(), finalPath_.c_str()) != 0)
         copyFailed("renaming", errno);
     placed_ = true;
@@ -137,8 +137,8 @@ void IncomingFile::place() {
         copyFailed("closing", errno);
     makeDurable("incoming"); // before the file's name: without its marker nobody would find it
     makeDurable(finalFolder_);
-    if (newShelf)
-        makeDurable(root_);
+    if (!store_.makeShelfDurable(kind_, finalFolder_.substr(root_.size() + 1)))
+        copyFailed("syncing its folder", errno);
     if (newRoot)
         makeDurable(".");
 }

@@ -43,6 +43,7 @@ private:
     void remove() noexcept;
 
     const FileStore& store_;
+    Stored kind_;
     std::string partPath_, markerPath_, finalPath_, finalFolder_, root_;
     UniqueFd marker_, writable_, readable_;
     ContentHash hash_{};
