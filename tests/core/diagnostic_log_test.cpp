@@ -10,19 +10,19 @@ using testing::ElementsAre;
 using testing::SizeIs;
 
 TEST(DiagnosticLog, WritesTheLineToStandardErrorAndWithItsTimeToTheFile) {
-    const ScratchHome home;
+    const support::ScratchHome home;
     const std::string shown = standardErrorOf([] {
         photosLogLine("first 100% %s");
         photosLogFormatted("second %d", 2);
     });
     EXPECT_EQ(shown, "[photos] first 100% %s\n[photos] second 2\n");
-    const std::string kept = readFile(home.logFile());
+    const std::string kept = support::readBytes(home.logFile());
     const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} ";
     EXPECT_THAT(kept, testing::MatchesRegex(time + "first 100% %s\n" + time + "second 2\n"));
 }
 
 TEST(DiagnosticLog, AppendsAndStartsAgainWhenTheFileWasTakenAway) {
-    const ScratchHome home;
+    const support::ScratchHome home;
     std::ofstream(home.logFile()) << "2020-01-01 00:00:00 before\n";
     photosLogLine("after");
     EXPECT_THAT(home.logLines(), ElementsAre("before", "after"));
@@ -32,7 +32,7 @@ TEST(DiagnosticLog, AppendsAndStartsAgainWhenTheFileWasTakenAway) {
 }
 
 TEST(DiagnosticLog, CutsAFormattedMessageTo2047Bytes) {
-    const ScratchHome home;
+    const support::ScratchHome home;
     const std::string longText(3000, 'x');
     const std::string shown = standardErrorOf([&] { photosLogFormatted("%s", longText.c_str()); });
     EXPECT_EQ(shown, "[photos] " + longText.substr(0, 2047) + "\n");
@@ -40,16 +40,16 @@ TEST(DiagnosticLog, CutsAFormattedMessageTo2047Bytes) {
 }
 
 TEST(DiagnosticLog, LeavesLineBreaksAsTheyAre) {
-    const ScratchHome home;
+    const support::ScratchHome home;
     EXPECT_EQ(standardErrorOf([] { photosLogLine("a\nb"); }), "[photos] a\nb\n");
-    EXPECT_THAT(readFile(home.logFile()), testing::EndsWith(" a\nb\n"));
+    EXPECT_THAT(support::readBytes(home.logFile()), testing::EndsWith(" a\nb\n"));
 }
 
 TEST(DiagnosticLog, MakesDoWithStandardErrorWhereThereIsNoFileToWrite) {
-    const ScratchHome home;
-    fs::remove_all(home.path / ".lumatrice");
+    const support::ScratchHome home;
+    fs::remove_all(home.path() / ".lumatrice");
     EXPECT_EQ(standardErrorOf([] { photosLogLine("no folder"); }), "[photos] no folder\n");
-    EXPECT_TRUE(fs::is_empty(home.path)) << "the log's folder is not ours to make";
+    EXPECT_TRUE(fs::is_empty(home.path())) << "the log's folder is not ours to make";
 
     unsetenv("HOME");
     EXPECT_EQ(standardErrorOf([] { photosLogLine("no home"); }), "[photos] no home\n");
@@ -60,10 +60,10 @@ TEST(DiagnosticLog, MakesDoWithStandardErrorWhereThereIsNoFileToWrite) {
 }
 
 TEST(DiagnosticLog, UsesAPathThatWasCutAsItStands) {
-    const ScratchHome home;
+    const support::ScratchHome home;
     // 1023 bytes of path end inside the file's own name.
     const std::string tail = "/.lumatrice/logs/photos-native.log";
-    std::string deepHome = home.path;
+    std::string deepHome = home.path();
     while (deepHome.size() + tail.size() < 1023 + 4)
         deepHome +=
             "/" +
@@ -72,11 +72,11 @@ TEST(DiagnosticLog, UsesAPathThatWasCutAsItStands) {
     setenv("HOME", deepHome.c_str(), 1);
     photosLogLine("kept");
     const std::string cut = (deepHome + tail).substr(0, 1023);
-    EXPECT_THAT(readFile(cut), testing::EndsWith(" kept\n"));
+    EXPECT_THAT(support::readBytes(cut), testing::EndsWith(" kept\n"));
 }
 
 TEST(DiagnosticLog, LinesFromSeveralThreadsLandWhole) {
-    const ScratchHome home;
+    const support::ScratchHome home;
     const std::string text(1500, 't');
     standardErrorOf([&] {
         std::vector<std::thread> threads;

@@ -3,43 +3,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
+#include <filesystem>
 
 namespace fs = std::filesystem;
-
-ScratchHome::ScratchHome() {
-    std::string pattern = fs::temp_directory_path() / "photos-core-test-XXXXXX";
-    path = mkdtemp(pattern.data());
-    fs::create_directories(logFile().parent_path());
-    if (const char* const home = std::getenv("HOME"))
-        previousHome = home;
-    setenv("HOME", path.c_str(), 1);
-}
-
-ScratchHome::~ScratchHome() {
-    if (previousHome)
-        setenv("HOME", previousHome->c_str(), 1);
-    else
-        unsetenv("HOME");
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-}
-
-std::vector<std::string> ScratchHome::logLines() const {
-    constexpr std::size_t timeLength = sizeof "2024-01-31 23:59:59 " - 1;
-    std::vector<std::string> messages;
-    std::ifstream file(logFile());
-    for (std::string line; std::getline(file, line);)
-        messages.push_back(line.substr(std::min(line.size(), timeLength)));
-    return messages;
-}
-
-std::string readFile(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
 
 std::string standardErrorOf(const std::function<void()>& action) {
     std::string pattern = fs::temp_directory_path() / "photos-core-stderr-XXXXXX";
@@ -50,7 +16,7 @@ std::string standardErrorOf(const std::function<void()>& action) {
     dup2(standardError, STDERR_FILENO);
     close(standardError);
     close(file);
-    std::string text = readFile(pattern);
+    std::string text = support::readBytes(pattern);
     fs::remove(pattern);
     return text;
 }

@@ -3,8 +3,10 @@
 #pragma once
 
 #include "bridge/entry_points.h"
-#include "tests/core/jni_double.h"
 #include "tests/double/scripted_library.h"
+#include "tests/support/files.h"
+#include "tests/support/home.h"
+#include "tests/support/jni_double.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,25 +16,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-// Sets HOME to a new folder, with a place for the log, and back to what it was at the end.
-struct ScratchHome {
-    ScratchHome();
-    ~ScratchHome();
-    ScratchHome(const ScratchHome&) = delete;
-    ScratchHome& operator=(const ScratchHome&) = delete;
-
-    std::filesystem::path logFile() const { return path / ".lumatrice/logs/photos-native.log"; }
-    // The messages in the log file, without their times.
-    std::vector<std::string> logLines() const;
-
-    std::filesystem::path path;
-
-private:
-    std::optional<std::string> previousHome;
-};
-
-std::string readFile(const std::filesystem::path& path);
 
 // What `action` writes to standard error.
 std::string standardErrorOf(const std::function<void()>& action);
@@ -46,7 +29,7 @@ struct CoreTest : testing::Test {
     // What the one call did between opening its scope, first, and closing it, last.
     std::vector<std::string> operationsOfCall();
 
-    ScratchHome home;
+    support::ScratchHome home;
     scripted::InstalledLibrary library;
     jni::Environment jvm;
 };

@@ -8,8 +8,8 @@
 #include "platform/local/library/library.h"
 #include "platform/local/maintenance/backup.h"
 #include "platform/local/maintenance/repair.h"
-#include "tests/core/jni_double.h"
 #include "tests/faults/prepared_libraries.h"
+#include "tests/support/jni_double.h"
 
 #include <array>
 #include <cstdio>

@@ -8,7 +8,7 @@
 #include "platform/local/imaging/imaging.h"
 #include "platform/local/library/library.h"
 #include "platform/photo_library.h"
-#include "tests/core/jni_double.h"
+#include "tests/support/jni_double.h"
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>

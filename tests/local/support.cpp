@@ -21,21 +21,6 @@ namespace support {
 
 namespace fs = std::filesystem;
 
-ScratchHome::ScratchHome() : ScratchHome(fs::temp_directory_path()) {}
-
-ScratchHome::ScratchHome(fs::path below) {
-    std::string name = (below / "photos-kit-test-XXXXXX").string();
-    if (!mkdtemp(name.data()))
-        ADD_FAILURE() << "no scratch folder in " << below;
-    path_ = name;
-    setenv("HOME", name.c_str(), 1);
-}
-
-ScratchHome::~ScratchHome() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
-
 bool mountSmallDisk(const fs::path& at, const std::string& options) {
     fs::create_directories(at);
     return unshare(CLONE_NEWNS) == 0 &&
@@ -108,15 +93,6 @@ fs::path writePicture(const fs::path& path, int width, int height, int seed) {
         .write(reinterpret_cast<const char*>(jpeg->data()),
                static_cast<std::streamsize>(jpeg->size()));
     return path;
-}
-
-void writeText(const fs::path& path, std::string_view text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string readBytes(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 platform::NSData dataOf(std::string_view text) {

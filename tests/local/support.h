@@ -3,6 +3,8 @@
 
 #include "platform/asset.h"
 #include "platform/local/catalogue/catalogue_connection.h"
+#include "tests/support/files.h"
+#include "tests/support/home.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,23 +17,6 @@
 #include <vector>
 
 namespace support {
-
-// A new folder that is HOME, with the library inside it, until the end of the test.
-class ScratchHome {
-public:
-    ScratchHome();
-    explicit ScratchHome(std::filesystem::path below);
-    ~ScratchHome();
-    ScratchHome(const ScratchHome&) = delete;
-    ScratchHome& operator=(const ScratchHome&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path library() const { return path_ / "Pictures" / "Lumatrice Library"; }
-    std::filesystem::path file(const std::string& name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
 
 // A small disk of its own below `at`, in this process's view only; skips the test where the
 // system does not allow it. Call before any thread is started.
@@ -58,8 +43,6 @@ void sweepUp(const ScratchHome& home);
 // Writes a JPEG with a gradient; `seed` makes its bytes differ.
 std::filesystem::path writePicture(const std::filesystem::path& path, int width = 64,
                                    int height = 48, int seed = 0);
-void writeText(const std::filesystem::path& path, std::string_view text);
-std::string readBytes(const std::filesystem::path& path);
 platform::NSData dataOf(std::string_view text);
 
 struct ImportOutcome {

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "bridge/entry_points.h"
-#include "tests/core/jni_double.h"
 #include "tests/photokit/script.h"
+#include "tests/support/jni_double.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tests/core/jni_double.h"
+#include "tests/support/jni_double.h"
 
 #include <gtest/gtest.h>
 
