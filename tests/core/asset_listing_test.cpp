@@ -1,10 +1,11 @@
-// The whole library by pages, and the record that describes one asset.
+// Access to the library, the whole of it by pages, and the record that describes one asset.
 #include "browse/asset_record.h"
 #include "tests/core/support.h"
 
 #include <cmath>
 #include <limits>
 
+using scripted::HandlerCalls;
 using scripted::imageAsset;
 using scripted::resourceNamed;
 using testing::ElementsAre;
@@ -13,28 +14,18 @@ using namespace platform;
 
 namespace {
 
+using Authorization = CoreTest;
+
 struct AssetListing : CoreTest {
-    std::string list(jint count, jint offset) {
-        return jni::Environment::textOf(
-            Java_com_morrowfen_lumatrice_service_PhotosService_nativeListAssets(jvm.env(), nullptr,
-                                                                                count, offset));
-    }
-
-    jint count() {
-        return Java_com_morrowfen_lumatrice_service_PhotosService_nativeAssetCount(jvm.env(),
-                                                                                   nullptr);
-    }
-
-    // Assets "0", "1", "2" ... in the order of the fetch.
-    void fill(int number) {
-        for (int i = 0; i < number; ++i)
+    AssetListing() {
+        for (int i = 0; i < 12; ++i)
             library.assets.push_back(imageAsset(std::to_string(i)));
     }
 
     // The identifiers on a page.
     std::string page(jint count, jint offset) {
         std::string identifiers;
-        const std::string json = list(count, offset);
+        const std::string json = CALL(ListAssets, count, offset);
         for (std::size_t at = 0; (at = json.find("\"id\":\"", at)) != std::string::npos; ++at)
             identifiers += json.substr(at + 6, json.find('"', at + 6) - at - 6) + " ";
         return identifiers;
@@ -42,33 +33,54 @@ struct AssetListing : CoreTest {
 };
 
 struct AssetRecord : CoreTest {
-    std::string record(const PHAsset& asset,
-                       AssetRecordVariant variant = AssetRecordVariant::withoutHidden) {
+    static std::string record(const PHAsset& asset) {
         std::string json;
-        appendAssetRecord(json, asset, variant);
+        appendAssetRecord(json, asset, AssetRecordVariant::withoutHidden);
         return json;
     }
-
-    std::string createdOf(std::optional<double> seconds) {
+    // What stands between the words and the next of `end`.
+    static std::string field(const PHAsset& asset, const std::string& words, char end) {
+        const std::string json = record(asset);
+        const auto start = json.find(words) + words.size();
+        return json.substr(start, json.find(end, start) - start);
+    }
+    static std::string createdOf(std::optional<double> seconds) {
         PHAsset asset = imageAsset("a");
         asset.creationDate = seconds;
-        const std::string json = record(asset);
-        const auto start = json.find("\"createdMs\":") + sizeof "\"createdMs\":" - 1;
-        return json.substr(start, json.find(',', start) - start);
+        return field(asset, "\"createdMs\":", ',');
     }
-
-    std::string filenameOf(const PHAsset& asset) {
-        const std::string json = record(asset);
-        const auto start = json.find("\"filename\":\"") + sizeof "\"filename\":\"" - 1;
-        return json.substr(start, json.find('"', start) - start);
+    static std::string filenameOf(const PHAsset& asset) {
+        return field(asset, "\"filename\":\"", '"');
     }
 };
 
 } // namespace
 
+TEST_F(Authorization, MapsEveryStatusAndAlwaysAsksForReadingAndWriting) {
+    const std::vector<std::pair<long, const char*>> expected = {
+        {0, "0"}, {1, "0"}, {2, "0"}, {3, "1"}, {4, "2"}, {5, "0"}, {-1, "0"}, {4294967299, "0"}};
+    for (const auto& [status, access] : expected) {
+        scripted::InstalledLibrary fresh;
+        fresh.authorizationAnswers = {status};
+        EXPECT_EQ(CALL(Authorize), access) << "status " << status;
+        EXPECT_THAT(fresh.operations(), ElementsAre("request authorization, level 2"));
+    }
+    EXPECT_THAT(home.logLines(), IsEmpty());
+}
+
+TEST_F(Authorization, WaitsForAHandlerOnAnotherThreadEvenIfItIsCalledTwice) {
+    for (const auto calls :
+         {HandlerCalls::onceFromAnotherThread, HandlerCalls::twiceFromAnotherThread}) {
+        library.authorizationHandler = calls;
+        library.authorizationAnswers = {PHAuthorizationStatusLimited};
+        for (int round = 0; round < 200; ++round)
+            ASSERT_EQ(CALL(Authorize), "2");
+    }
+    library.joinHandlers();
+}
+
 TEST_F(AssetListing, AsksOnceForTheNewestFirstAndTakesOnlyThePage) {
-    fill(12);
-    list(2, 9);
+    EXPECT_EQ(page(2, 9), "9 10 ");
     EXPECT_THAT(library.operations(),
                 ElementsAre("open scope", "fetch all assets, by creationDate descending",
                             "authorization status, level 2", "asset at 9", "asset at 10",
@@ -79,65 +91,38 @@ TEST_F(AssetListing, AsksOnceForTheNewestFirstAndTakesOnlyThePage) {
 TEST_F(AssetListing, ClampsThePageToTheLibrary) {
     constexpr jint most = std::numeric_limits<jint>::max();
     constexpr jint least = std::numeric_limits<jint>::min();
-    fill(12);
+    library.authorizationStatus = PHAuthorizationStatusLimited; // logged as it is
     EXPECT_EQ(page(5, 10), "10 11 ");
     EXPECT_EQ(page(2, -3), "0 1 ");
     EXPECT_EQ(page(most, 10), "10 11 ");
-    EXPECT_EQ(list(0, 4), "[]");
-    EXPECT_EQ(list(least, 4), "[]");
-    EXPECT_EQ(list(5, 12), "[]");
-    EXPECT_EQ(list(most, most), "[]");
-    EXPECT_EQ(list(-1, least), "[]");
-    EXPECT_THAT(home.logLines(), ElementsAre("listAssets total=12 start=10 end=12 (auth=3)",
-                                             "listAssets total=12 start=0 end=2 (auth=3)",
-                                             "listAssets total=12 start=10 end=12 (auth=3)",
-                                             "listAssets total=12 start=4 end=4 (auth=3)",
-                                             "listAssets total=12 start=4 end=4 (auth=3)",
-                                             "listAssets total=12 start=12 end=12 (auth=3)",
-                                             "listAssets total=12 start=12 end=12 (auth=3)",
-                                             "listAssets total=12 start=0 end=0 (auth=3)"));
+    EXPECT_EQ(CALL(ListAssets, least, 4), "[]");
+    EXPECT_EQ(CALL(ListAssets, 5, 12), "[]");
+    EXPECT_EQ(CALL(ListAssets, most, most), "[]");
+    EXPECT_EQ(CALL(ListAssets, -1, least), "[]");
+    std::vector<std::string> lines;
+    for (const char* const bounds :
+         {"start=10 end=12", "start=0 end=2", "start=10 end=12", "start=4 end=4", "start=12 end=12",
+          "start=12 end=12", "start=0 end=0"})
+        lines.push_back("listAssets total=12 " + std::string(bounds) + " (auth=4)");
+    EXPECT_EQ(home.logLines(), lines);
 }
 
-TEST_F(AssetListing, LogsTheStatusUnmapped) {
-    library.authorizationStatus = PHAuthorizationStatusLimited;
-    EXPECT_EQ(list(10, 0), "[]");
-    EXPECT_THAT(home.logLines(), ElementsAre("listAssets total=0 start=0 end=0 (auth=4)"));
+TEST_F(AssetListing, SeparatesRecordsAndLeavesOutWhatTheLibraryCannotGive) {
+    library.assets = {std::nullopt, imageAsset("0"), imageAsset("1")};
+    library.resources["0"] = {resourceNamed(PHAssetResourceTypePhoto, "😀\".jpg")};
+    const std::string rest = R"(,"isVideo":false,"width":0,"height":0,"createdMs":0,)"
+                             R"("isFavorite":false})";
+    EXPECT_EQ(CALL(ListAssets, 10, 0), R"([{"id":"0","filename":"😀\".jpg")" + rest +
+                                           R"(,{"id":"1","filename":"1.jpg")" + rest + "]");
+    EXPECT_EQ(CALL(ListAssets, 1, 0), "[]");
 }
 
-TEST_F(AssetListing, SeparatesRecordsAndHasNoWhitespace) {
-    fill(2);
-    EXPECT_EQ(list(10, 0), R"([{"id":"0","filename":"0.jpg","isVideo":false,"width":0,"height":0,)"
-                           R"("createdMs":0,"isFavorite":false},)"
-                           R"({"id":"1","filename":"1.jpg","isVideo":false,"width":0,"height":0,)"
-                           R"("createdMs":0,"isFavorite":false}])");
-}
-
-TEST_F(AssetListing, LeavesOutAnAssetThatTheLibraryCannotGive) {
-    fill(3);
-    library.assets[0] = std::nullopt;
-    EXPECT_EQ(page(10, 0), "1 2 ");
-    EXPECT_EQ(list(1, 0), "[]");
-    EXPECT_THAT(list(2, 0), testing::StartsWith("[{"));
-}
-
-TEST_F(AssetListing, HandsEmojiOverAsFourByteUtf8) {
-    library.assets.push_back(imageAsset("a"));
-    library.resources["a"] = {resourceNamed(PHAssetResourceTypePhoto, "😀\".jpg")};
-    list(1, 0);
-    ASSERT_EQ(jvm.newStrings.size(), 1u);
-    EXPECT_THAT(jvm.newStrings[0], testing::HasSubstr("\"\xF0\x9F\x98\x80\\\".jpg\""));
-}
-
-TEST_F(AssetListing, CountsWithoutSortingOrLogging) {
-    fill(3);
-    EXPECT_EQ(count(), 3);
+TEST_F(AssetListing, CountsWithoutSortingOrLoggingAndKeepsTheLow32Bits) {
+    EXPECT_EQ(CALL(AssetCount), "12");
     EXPECT_THAT(library.operations(), ElementsAre("open scope", "fetch all assets", "close scope"));
-    EXPECT_THAT(home.logLines(), IsEmpty());
-}
-
-TEST_F(AssetListing, CountKeepsItsLow32Bits) {
     library.countClaimed = 0x1'8000'0005;
-    EXPECT_EQ(count(), std::numeric_limits<jint>::min() + 5);
+    EXPECT_EQ(CALL(AssetCount), std::to_string(std::numeric_limits<jint>::min() + 5));
+    EXPECT_THAT(home.logLines(), IsEmpty());
 }
 
 TEST_F(AssetRecord, HasTheFieldsOfItsVariantInOrder) {
@@ -146,14 +131,15 @@ TEST_F(AssetRecord, HasTheFieldsOfItsVariantInOrder) {
     asset.pixelWidth = 4032;
     asset.pixelHeight = 18446744073709551615ul;
     asset.creationDate = 1700000000.25;
-    asset.isFavorite = true;
-    asset.isHidden = true;
+    asset.isFavorite = asset.isHidden = true;
     library.resources[asset.localIdentifier] = {resourceNamed(PHAssetResourceTypeVideo, "a.mp4")};
-    const std::string fields =
+    std::string fields =
         R"({"id":"B84E8479-475C/L0/001","filename":"a.mp4","isVideo":true,"width":4032,)"
         R"("height":18446744073709551615,"createdMs":1700000000250,"isFavorite":true)";
     EXPECT_EQ(record(asset), fields + "}");
-    EXPECT_EQ(record(asset, AssetRecordVariant::withHidden), fields + R"(,"isHidden":true})");
+    std::string json = "[";
+    appendAssetRecord(json, asset, AssetRecordVariant::withHidden);
+    EXPECT_EQ(json, "[" + fields + R"(,"isHidden":true})");
 }
 
 TEST_F(AssetRecord, DatesAreMillisecondsTruncatedTowardZero) {
@@ -168,7 +154,6 @@ TEST_F(AssetRecord, DatesAreMillisecondsTruncatedTowardZero) {
 
 TEST_F(AssetRecord, WithoutANameIsNamedByTheStartOfItsIdentifier) {
     PHAsset asset = imageAsset("ABCDEFGHIJ/L0/001");
-    EXPECT_EQ(filenameOf(asset), "ABCDEFGH.jpg");
     asset.mediaType = PHAssetMediaTypeAudio;
     EXPECT_EQ(filenameOf(asset), "ABCDEFGH.jpg");
     asset.mediaType = PHAssetMediaTypeVideo;

@@ -1,4 +1,4 @@
-// Albums, folders and smart albums by levels, and the assets of one album by pages.
+// Albums, folders and smart albums by levels, what they are asked, and one album by pages.
 #include "tests/core/support.h"
 
 using scripted::albumTitled;
@@ -10,31 +10,18 @@ using testing::IsEmpty;
 
 namespace {
 
-struct CollectionListing : CoreTest {
-    std::string list(jstring parent) {
-        return jni::Environment::textOf(
-            Java_com_morrowfen_lumatrice_service_PhotosService_nativeListAlbums(jvm.env(), nullptr,
-                                                                                parent));
-    }
-};
+using CollectionListing = CoreTest;
 
-struct AlbumAssetListing : CoreTest {
-    AlbumAssetListing() {
-        library.albums["trip"] = albumTitled("trip", "Trip");
+struct AlbumAssets : CoreTest {
+    AlbumAssets() {
+        library.albums["trip"] = albumTitled("trip", "Trip 😀");
         library.albums["recents"] = smartAlbumTitled("recents", "Recents");
+        library.folders["years"] = folderTitled("years", "Years");
         library.assetsInAlbum["trip"] = {imageAsset("0"), imageAsset("1"), imageAsset("2")};
         library.assetsInAlbum["trip"][2]->isHidden = true;
     }
-
-    std::string list(jstring album, jint count = 10, jint offset = 0) {
-        return jni::Environment::textOf(
-            Java_com_morrowfen_lumatrice_service_PhotosService_nativeListAlbumAssets(
-                jvm.env(), nullptr, album, count, offset));
-    }
 };
-
-const std::string fieldsOfAll = R"("isVideo":false,"width":0,"height":0,"createdMs":0,)"
-                                R"("isFavorite":false,"isHidden":)";
+using CollectionQueries = AlbumAssets;
 
 } // namespace
 
@@ -42,14 +29,15 @@ TEST_F(CollectionListing, OfTheTopLevelEndsWithTheSmartAlbumsThatHoldAssets) {
     library.topLevel = {albumTitled("a", "Trip"), folderTitled("f", "Years"), albumTitled("b", "")};
     library.assetsInAlbum["a"] = {imageAsset("1"), imageAsset("2")};
     library.children["f"] = {albumTitled("x", ""), folderTitled("y", ""), albumTitled("z", "")};
-    library.smartAlbums = {smartAlbumTitled("empty", "Hidden"), smartAlbumTitled("s", "Recents"),
-                           smartAlbumTitled("t", std::nullopt)};
+    library.smartAlbums = {smartAlbumTitled("empty", "Hidden"), std::nullopt,
+                           smartAlbumTitled("s", "Recents"), smartAlbumTitled("t", std::nullopt)};
     library.assetsInAlbum["s"] = library.assetsInAlbum["t"] = {imageAsset("1")};
-    EXPECT_EQ(list(nullptr), R"([{"id":"a","title":"Trip","kind":"album","count":2},)"
-                             R"({"id":"f","title":"Years","kind":"folder","count":3},)"
-                             R"({"id":"b","title":"","kind":"album","count":0},)"
-                             R"({"id":"s","title":"Recents","kind":"smart","count":1},)"
-                             R"({"id":"t","title":"Untitled","kind":"smart","count":1}])");
+    EXPECT_EQ(CALL(ListAlbums, nullptr), R"([{"id":"a","title":"Trip","kind":"album","count":2},)"
+                                         R"({"id":"f","title":"Years","kind":"folder","count":3},)"
+                                         R"({"id":"b","title":"","kind":"album","count":0},)"
+                                         R"({"id":"s","title":"Recents","kind":"smart","count":1},)"
+                                         R"({"id":"t","title":"Untitled","kind":"smart","count":1})"
+                                         "]");
     EXPECT_THAT(operationsOfCall(),
                 ElementsAre("fetch collections at the top level", "fetch assets in a, no options",
                             "fetch collections in f", "fetch assets in b, no options",
@@ -57,82 +45,70 @@ TEST_F(CollectionListing, OfTheTopLevelEndsWithTheSmartAlbumsThatHoldAssets) {
                             "fetch assets in empty, no options", "fetch assets in s, no options",
                             "fetch assets in t, no options"));
     EXPECT_THAT(home.logLines(), IsEmpty());
-}
-
-TEST_F(CollectionListing, OfNoUsableTextIsTheTopLevel) {
-    library.smartAlbums = {smartAlbumTitled("s", "\"Quoted\"\n")};
-    library.assetsInAlbum["s"] = {imageAsset("1")};
-    const std::string topLevel = R"([{"id":"s","title":"\"Quoted\"\n","kind":"smart","count":1}])";
-    EXPECT_EQ(list(nullptr), topLevel);
-    EXPECT_EQ(list(jvm.string("")), topLevel);
-    EXPECT_EQ(list(jvm.stringWithoutCharacters()), topLevel);
-    EXPECT_EQ(list(jvm.string("\xED\xA0\xBD\xED\xB8\x80")), topLevel);
+    for (const jni::Text& none :
+         {jni::Text(""), jni::Text(jni::unreadable), jni::Text("\xED\xA0\xBD\xED\xB8\x80")})
+        EXPECT_EQ(CALL(ListAlbums, none), CALL(ListAlbums, nullptr));
 }
 
 TEST_F(CollectionListing, OfAFolderIsItsDirectChildrenAlone) {
     library.folders["f"] = folderTitled("f", "Years");
-    library.children["f"] = {std::nullopt, albumTitled("a", std::nullopt),
+    library.children["f"] = {std::nullopt, albumTitled("a", "\"Quoted\"\n"),
                              folderTitled("g", std::nullopt)};
     library.children["g"] = {albumTitled("deeper", "")};
-    library.smartAlbums = {std::nullopt, smartAlbumTitled("s", "Recents")};
-    library.assetsInAlbum["s"] = {imageAsset("1")};
-    EXPECT_EQ(list(jvm.string("f")), R"([{"id":"a","title":"Untitled","kind":"album","count":0},)"
-                                     R"({"id":"g","title":"Untitled","kind":"folder","count":1}])");
-    EXPECT_THAT(operationsOfCall(),
-                ElementsAre("fetch folders f", "fetch collections in f",
-                            "fetch assets in a, no options", "fetch collections in g"));
-}
-
-TEST_F(CollectionListing, OfAnythingButAFolderIsEmpty) {
     library.smartAlbums = {smartAlbumTitled("s", "Recents")};
     library.assetsInAlbum["s"] = {imageAsset("1")};
-    library.albums["a"] = albumTitled("a", "Trip");
-    library.folders["nil"] = std::nullopt;
-    EXPECT_EQ(list(jvm.string("a")), "[]");
-    EXPECT_EQ(list(jvm.string("nil")), "[]");
-    EXPECT_EQ(jvm.charactersHeld, 0);
-    EXPECT_THAT(home.logLines(), IsEmpty());
+    EXPECT_EQ(CALL(ListAlbums, "f"),
+              R"([{"id":"a","title":"\"Quoted\"\n","kind":"album","count":0},)"
+              R"({"id":"g","title":"Untitled","kind":"folder","count":1}])");
 }
 
-TEST_F(AlbumAssetListing, OfAUsersAlbumIsNewestFirstAndTellsWhatIsHidden) {
-    EXPECT_EQ(list(jvm.string("trip"), 2, 1), R"([{"id":"1","filename":"1.jpg",)" + fieldsOfAll +
-                                                  R"(false},{"id":"2","filename":"2.jpg",)" +
-                                                  fieldsOfAll + "true}]");
+TEST_F(AlbumAssets, OfAUsersAlbumAreNewestFirstAndTellWhatIsHidden) {
+    const std::string rest = R"("isVideo":false,"width":0,"height":0,"createdMs":0,)"
+                             R"("isFavorite":false,"isHidden":)";
+    EXPECT_EQ(CALL(ListAlbumAssets, "trip", 2, 1), R"([{"id":"1","filename":"1.jpg",)" + rest +
+                                                       R"(false},{"id":"2","filename":"2.jpg",)" +
+                                                       rest + "true}]");
     EXPECT_THAT(operationsOfCall(),
                 ElementsAre("fetch albums trip", "fetch assets in trip, by creationDate descending",
                             "asset at 1", "asset at 2"));
+    library.albums["trip"]->assetCollectionType = 3; // a type of which nothing is known
+    CALL(ListAlbumAssets, "trip", 0, 0);
+    EXPECT_EQ(CALL(ListAlbumAssets, "recents", 10, 0), "[]"); // keeps the library's order
+    EXPECT_THAT(library.operations(),
+                testing::Contains("fetch assets in trip, by creationDate descending").Times(2));
+    EXPECT_THAT(library.operations(), testing::Contains("fetch assets in recents"));
     EXPECT_THAT(home.logLines(), IsEmpty());
 }
 
-TEST_F(AlbumAssetListing, OfASmartAlbumKeepsTheLibrarysOrder) {
-    EXPECT_EQ(list(jvm.string("recents")), "[]");
-    EXPECT_THAT(operationsOfCall(), ElementsAre("fetch albums recents", "fetch assets in recents"));
+TEST_F(AlbumAssets, ArePagedWithinTheAlbum) {
+    EXPECT_EQ(CALL(ListAlbumAssets, "trip", 2, -5), CALL(ListAlbumAssets, "trip", 2, 0));
+    EXPECT_EQ(CALL(ListAlbumAssets, "trip", 99, 2), CALL(ListAlbumAssets, "trip", 1, 2));
+    EXPECT_EQ(CALL(ListAlbumAssets, "trip", -1, 0), "[]");
+    EXPECT_EQ(CALL(ListAlbumAssets, "trip", 10, 3), "[]");
 }
 
-TEST_F(AlbumAssetListing, SortsAlbumsOfTypesItDoesNotKnow) {
-    library.albums["trip"]->assetCollectionType = 3;
-    list(jvm.string("trip"), 0);
+TEST_F(CollectionQueries, ParentIsTheFirstFolderThatHoldsTheCollection) {
+    library.holders["trip"] = {folderTitled("inner", "Inner"), folderTitled("other", "Other")};
+    library.holders["years"] = {folderTitled("outer", "Outer")};
+    EXPECT_EQ(CALL(ParentCollection, "trip"), "inner");
+    EXPECT_EQ(CALL(ParentCollection, "years"), "outer");
+    library.holders.clear();
+    EXPECT_EQ(CALL(ParentCollection, "trip"), "");
+}
+
+TEST_F(CollectionQueries, FoldersAreAskedOnlyForWhatIsNoAlbum) {
+    EXPECT_EQ(CALL(CollectionTitle, "years"), "Years");
+    EXPECT_THAT(operationsOfCall(), ElementsAre("fetch albums years", "fetch folders years"));
+    library.folders["trip"] = folderTitled("trip", "A folder of the same name");
+    EXPECT_EQ(CALL(CollectionTitle, "trip"), "Trip 😀");
+    library.albums["trip"]->localizedTitle = std::nullopt;
+    EXPECT_EQ(CALL(CollectionTitle, "trip"), "");
+}
+
+TEST_F(CollectionQueries, ContainsAsksTheAlbumForTheOneAsset) {
+    EXPECT_EQ(CALL(AlbumContainsAsset, "trip", "2"), "1");
     EXPECT_THAT(
         operationsOfCall(),
-        ElementsAre("fetch albums trip", "fetch assets in trip, by creationDate descending"));
-}
-
-TEST_F(AlbumAssetListing, ClampsThePageToTheAlbum) {
-    const jstring trip = jvm.string("trip");
-    EXPECT_EQ(list(trip, 2, -5), list(trip, 2, 0));
-    EXPECT_EQ(list(trip, 99, 2), list(trip, 1, 2));
-    EXPECT_EQ(list(trip, -1, 0), "[]");
-    EXPECT_EQ(list(trip, 10, 3), "[]");
-}
-
-TEST_F(AlbumAssetListing, OfAnythingButAnAlbumIsEmpty) {
-    library.folders["f"] = folderTitled("f", "Years");
-    library.albums["nil"] = std::nullopt;
-    EXPECT_EQ(list(nullptr), "[]");
-    EXPECT_EQ(list(jvm.stringWithoutCharacters()), "[]");
-    EXPECT_THAT(library.operations(), nothingInScopes());
-    EXPECT_EQ(list(jvm.string("")), "[]");
-    EXPECT_EQ(list(jvm.string("f")), "[]");
-    EXPECT_EQ(list(jvm.string("nil")), "[]");
-    EXPECT_THAT(home.logLines(), IsEmpty());
+        ElementsAre("fetch albums trip", "fetch assets in trip, where localIdentifier == %@ of 2"));
+    EXPECT_EQ(CALL(AlbumContainsAsset, "trip", "3"), "0");
 }

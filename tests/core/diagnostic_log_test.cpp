@@ -13,12 +13,12 @@ TEST(DiagnosticLog, WritesTheLineToStandardErrorAndWithItsTimeToTheFile) {
     const support::ScratchHome home;
     const std::string shown = standardErrorOf([] {
         photosLogLine("first 100% %s");
-        photosLogFormatted("second %d", 2);
+        photosLogFormatted("second %d\nline", 2);
     });
-    EXPECT_EQ(shown, "[photos] first 100% %s\n[photos] second 2\n");
+    EXPECT_EQ(shown, "[photos] first 100% %s\n[photos] second 2\nline\n");
     const std::string kept = support::readBytes(home.logFile());
     const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} ";
-    EXPECT_THAT(kept, testing::MatchesRegex(time + "first 100% %s\n" + time + "second 2\n"));
+    EXPECT_THAT(kept, testing::MatchesRegex(time + "first 100% %s\n" + time + "second 2\nline\n"));
 }
 
 TEST(DiagnosticLog, AppendsAndStartsAgainWhenTheFileWasTakenAway) {
@@ -29,20 +29,6 @@ TEST(DiagnosticLog, AppendsAndStartsAgainWhenTheFileWasTakenAway) {
     fs::remove(home.logFile());
     photosLogLine("again");
     EXPECT_THAT(home.logLines(), ElementsAre("again"));
-}
-
-TEST(DiagnosticLog, CutsAFormattedMessageTo2047Bytes) {
-    const support::ScratchHome home;
-    const std::string longText(3000, 'x');
-    const std::string shown = standardErrorOf([&] { photosLogFormatted("%s", longText.c_str()); });
-    EXPECT_EQ(shown, "[photos] " + longText.substr(0, 2047) + "\n");
-    EXPECT_THAT(home.logLines(), ElementsAre(longText.substr(0, 2047)));
-}
-
-TEST(DiagnosticLog, LeavesLineBreaksAsTheyAre) {
-    const support::ScratchHome home;
-    EXPECT_EQ(standardErrorOf([] { photosLogLine("a\nb"); }), "[photos] a\nb\n");
-    EXPECT_THAT(support::readBytes(home.logFile()), testing::EndsWith(" a\nb\n"));
 }
 
 TEST(DiagnosticLog, MakesDoWithStandardErrorWhereThereIsNoFileToWrite) {
@@ -91,12 +77,4 @@ TEST(DiagnosticLog, LinesFromSeveralThreadsLandWhole) {
     });
     EXPECT_THAT(home.logLines(), SizeIs(200));
     EXPECT_THAT(home.logLines(), Each(text));
-}
-
-TEST(DiagnosticLog, NamesWhyAChangeFailed) {
-    using platform::NSError;
-    EXPECT_STREQ(descriptionOrUnknown(std::nullopt), "unknown");
-    EXPECT_STREQ(descriptionOrUnknown(NSError{"domain", 1, std::nullopt}), "unknown");
-    const std::optional<NSError> error = scripted::errorSaying("The disk is full.");
-    EXPECT_STREQ(descriptionOrUnknown(error), "The disk is full.");
 }

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -28,4 +29,11 @@ std::vector<std::string> CoreTest::operationsOfCall() {
         return {};
     }
     return {all.begin() + 1, all.end() - 1};
+}
+
+bool CoreTest::happened(const std::string& words) {
+    const auto lines = library.operations();
+    return std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
+        return line.find(words) != std::string::npos;
+    });
 }

@@ -11,23 +11,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
+
+// Calls a method of the host's class in a CoreTest; the answer is text.
+#define CALL(name, ...) jvm.call(METHOD(name) __VA_OPT__(, ) __VA_ARGS__)
 
 // What `action` writes to standard error.
 std::string standardErrorOf(const std::function<void()>& action);
 
-// Of operations: calls that opened and closed their scopes and did nothing else.
-inline auto nothingInScopes() {
-    return testing::Each(testing::AnyOf("open scope", "close scope"));
-}
-
 struct CoreTest : testing::Test {
     // What the one call did between opening its scope, first, and closing it, last.
     std::vector<std::string> operationsOfCall();
+    // Whether a line that holds these words was noted by now.
+    bool happened(const std::string& words);
 
     support::ScratchHome home;
     scripted::InstalledLibrary library;

@@ -11,10 +11,9 @@ namespace {
 struct Thumbnail : CoreTest {
     Thumbnail() { library.assets = {imageAsset("one"), imageAsset("two")}; }
 
-    std::string request(jstring identifier, jint width = 64, jint height = 48) {
-        return jni::Environment::bytesOf(
-            Java_com_morrowfen_lumatrice_service_PhotosService_nativeRequestThumbnail(
-                jvm.env(), nullptr, identifier, width, height));
+    std::string of(std::vector<ImageDelivery> deliveries) {
+        library.imageDeliveries = std::move(deliveries);
+        return CALL(RequestThumbnail, "one", 64, 48);
     }
 };
 
@@ -22,7 +21,7 @@ struct Thumbnail : CoreTest {
 
 TEST_F(Thumbnail, IsTheFastestCoverOfTheSizeAskedForAsJpeg) {
     library.imageDeliveries = {{.encoded = "\xFF\xD8 jpeg \0 bytes \xFF\xD9"s}};
-    EXPECT_EQ(request(jvm.string("two"), 300, -1), "\xFF\xD8 jpeg \0 bytes \xFF\xD9"s);
+    EXPECT_EQ(CALL(RequestThumbnail, "two", 300, -1), "\xFF\xD8 jpeg \0 bytes \xFF\xD9"s);
     EXPECT_THAT(library.operations(),
                 ElementsAre("open scope", "fetch assets two", "asset at 0",
                             "request image of two, 300 x -1, content mode 1",
@@ -34,53 +33,24 @@ TEST_F(Thumbnail, IsTheFastestCoverOfTheSizeAskedForAsJpeg) {
 
 TEST_F(Thumbnail, TakesTheDeliveryFromAnotherThread) {
     library.imagesFromAnotherThread = true;
-    library.imageDeliveries = {{.encoded = "jpeg"}};
-    EXPECT_EQ(request(jvm.string("one")), "jpeg");
+    EXPECT_EQ(of({{.encoded = "jpeg"}}), "jpeg");
     // The library may keep the handler for longer than the call, and use it.
-    library.imageHandler(
-        platform::NSImage{std::make_shared<ImageDelivery>(scripted::ImageDelivery{})});
+    if (library.imageHandler)
+        library.imageHandler(
+            platform::NSImage{std::make_shared<ImageDelivery>(scripted::ImageDelivery{})});
 }
 
-TEST_F(Thumbnail, OfTheLastDeliveryThatHasABitmapWins) {
-    library.imageDeliveries = {{.encoded = "first"}, {.encoded = "second"}};
-    EXPECT_EQ(request(jvm.string("one")), "second");
-    library.imageDeliveries = {{.encoded = "kept"}, {.hasImage = false}, {.hasBitmap = false}};
-    EXPECT_EQ(request(jvm.string("one")), "kept");
-    library.imageDeliveries = {{.encoded = "lost"}, {.encoded = std::nullopt}};
-    EXPECT_EQ(request(jvm.string("one")), "(null)");
-    library.imageDeliveries = {{.encoded = std::nullopt}, {.encoded = "found"}};
-    EXPECT_EQ(request(jvm.string("one")), "found");
-}
-
-TEST_F(Thumbnail, IsNullWithoutAPicture) {
-    EXPECT_EQ(request(jvm.string("one")), "(null)"); // the handler is never called
-    library.imageDeliveries = {{.hasImage = false}};
-    EXPECT_EQ(request(jvm.string("one")), "(null)");
-    library.imageDeliveries = {{.hasBitmap = false}};
-    EXPECT_EQ(request(jvm.string("one")), "(null)");
-    EXPECT_THAT(home.logLines(), IsEmpty());
-}
-
-TEST_F(Thumbnail, OfNoBytesIsAnEmptyArray) {
-    library.imageDeliveries = {{.encoded = ""}};
-    EXPECT_EQ(request(jvm.string("one")), "");
-}
-
-TEST_F(Thumbnail, IsNullForAnIdentifierThatNamesNothing) {
-    library.imageDeliveries = {{.encoded = "jpeg"}};
-    EXPECT_EQ(request(jvm.string("three")), "(null)");
-    EXPECT_EQ(request(jvm.string("")), "(null)");
-    EXPECT_EQ(request(jvm.stringWithoutCharacters()), "(null)");
-    EXPECT_EQ(request(jvm.string("\xED\xA0\xBD\xED\xB8\x80")), "(null)");
-    library.firstFoundIsNil = true;
-    EXPECT_EQ(request(jvm.string("one")), "(null)");
-    EXPECT_THAT(library.operations(), testing::Not(testing::Contains(testing::HasSubstr("image"))));
-    EXPECT_EQ(library.operations().back(), "close scope");
-}
-
-TEST_F(Thumbnail, IsNullWhenTheJvmHasNoRoomForIt) {
-    library.imageDeliveries = {{.encoded = "jpeg"}};
+TEST_F(Thumbnail, IsTheLastDeliveryThatHasABitmap) {
+    EXPECT_EQ(of({{.encoded = "first"}, {.encoded = "second"}}), "second");
+    EXPECT_EQ(of({{.encoded = "kept"}, {.hasImage = false}, {.hasBitmap = false}}), "kept");
+    EXPECT_EQ(of({{.encoded = "lost"}, {.encoded = std::nullopt}}), "(null)");
+    EXPECT_EQ(of({{.encoded = std::nullopt}, {.encoded = "found"}}), "found");
+    EXPECT_EQ(of({{.encoded = ""}}), "");
+    EXPECT_EQ(of({}), "(null)"); // the handler is never called
+    EXPECT_EQ(of({{.hasImage = false}}), "(null)");
+    EXPECT_EQ(of({{.hasBitmap = false}}), "(null)");
     jvm.newByteArrayFails = true;
-    EXPECT_EQ(request(jvm.string("one")), "(null)");
+    EXPECT_EQ(of({{.encoded = "jpeg"}}), "(null)");
     EXPECT_EQ(library.operations().back(), "close scope");
+    EXPECT_THAT(home.logLines(), IsEmpty());
 }

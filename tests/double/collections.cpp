@@ -32,37 +32,18 @@ Records<Record> listUnder(const std::string& identifier,
 
 } // namespace
 
-template <>
-std::size_t PHFetchResult<PHAssetCollection>::count() const {
-    return snapshotOf(*this).count;
-}
-
-template <>
-std::optional<PHAssetCollection>
-PHFetchResult<PHAssetCollection>::objectAtIndex(std::size_t index) const {
-    return snapshotOf(*this).records.at(index);
-}
-
-template <>
-std::size_t PHFetchResult<PHCollectionList>::count() const {
-    return snapshotOf(*this).count;
-}
-
-template <>
-std::optional<PHCollectionList>
-PHFetchResult<PHCollectionList>::objectAtIndex(std::size_t index) const {
-    return snapshotOf(*this).records.at(index);
-}
-
-template <>
-std::size_t PHFetchResult<PHCollection>::count() const {
-    return snapshotOf(*this).count;
-}
-
-template <>
-std::optional<PHCollection> PHFetchResult<PHCollection>::objectAtIndex(std::size_t index) const {
-    return snapshotOf(*this).records.at(index);
-}
+#define DEFINE_FETCH_RESULT(Record)                                                                \
+    template <>                                                                                    \
+    std::size_t PHFetchResult<Record>::count() const {                                             \
+        return snapshotOf(*this).count;                                                            \
+    }                                                                                              \
+    template <>                                                                                    \
+    std::optional<Record> PHFetchResult<Record>::objectAtIndex(std::size_t index) const {          \
+        return snapshotOf(*this).records.at(index);                                                \
+    }
+DEFINE_FETCH_RESULT(PHAssetCollection)
+DEFINE_FETCH_RESULT(PHCollectionList)
+DEFINE_FETCH_RESULT(PHCollection)
 
 PHFetchResult<PHAssetCollection>
 fetchAssetCollectionsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {

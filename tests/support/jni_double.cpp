@@ -114,6 +114,7 @@ Environment::Environment() {
 }
 
 Object& Environment::make() {
+    const std::lock_guard lock(objectsMutex);
     return objects.emplace_back();
 }
 
@@ -147,6 +148,30 @@ std::vector<std::optional<std::string>> Environment::textsOf(jobjectArray array)
     for (const Object* element : objectBehind(array).elements)
         texts.push_back(element == nullptr ? std::nullopt : element->characters);
     return texts;
+}
+
+jstring Environment::reference(const Text& text) {
+    if (const auto* const characters = std::get_if<std::string>(&text))
+        return string(*characters);
+    return std::holds_alternative<Unreadable>(text) ? stringWithoutCharacters() : nullptr;
+}
+
+jobjectArray Environment::reference(const Texts& texts) {
+    if (texts.isNull)
+        return nullptr;
+    std::vector<jstring> elements;
+    for (const Text& text : texts.elements)
+        elements.push_back(reference(text));
+    return array(elements);
+}
+
+std::string Environment::answer(jobjectArray array) {
+    if (array == nullptr)
+        return "(null)";
+    std::string line;
+    for (const auto& text : textsOf(array))
+        line += (line.empty() ? "" : ",") + text.value_or("(null)");
+    return line;
 }
 
 } // namespace jni

@@ -5,12 +5,42 @@
 #include <jni.h>
 
 #include <atomic>
+#include <initializer_list>
 #include <list>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
+// A native method of the host's class by its name: jvm.call(METHOD(AssetCount)).
+#define METHOD(name) Java_com_morrowfen_lumatrice_service_PhotosService_native##name
+
 namespace jni {
+
+// Arguments as the host hands them over: a text as modified UTF-8, null, or a string whose
+// characters the JVM does not give out.
+struct Unreadable {};
+inline constexpr Unreadable unreadable;
+using Text = std::variant<std::nullptr_t, Unreadable, std::string>;
+
+struct Texts { // an array of them, or null
+    Texts() = default;
+    Texts(std::nullptr_t) : isNull(true) {}
+    Texts(std::initializer_list<Text> given) : elements(given) {}
+    Texts(std::vector<Text> given) : elements(std::move(given)) {}
+
+    std::vector<Text> elements;
+    bool isNull = false;
+};
+
+template <class Native>
+struct GivenFor : std::type_identity<Native> {};
+template <>
+struct GivenFor<jstring> : std::type_identity<Text> {};
+template <>
+struct GivenFor<jobjectArray> : std::type_identity<Texts> {};
 
 // Stands for any reference. Text is the bytes that GetStringUTFChars hands out, null when it
 // fails.
@@ -26,6 +56,17 @@ struct Environment {
     Environment& operator=(const Environment&) = delete;
 
     JNIEnv* env() { return &nativeEnvironment; }
+
+    // Calls a method and answers what it answers, as text: "(null)" for null, the elements of an
+    // array with commas between them, the bytes of a byte array.
+    template <class Result, class... Parameter>
+    std::string call(Result (*method)(JNIEnv*, jobject, Parameter...) noexcept,
+                     typename GivenFor<Parameter>::type... arguments) {
+        if constexpr (std::is_void_v<Result>)
+            return method(env(), nullptr, reference(arguments)...), "";
+        else
+            return answer(method(env(), nullptr, reference(arguments)...));
+    }
 
     jstring string(const std::string& modifiedUtf8);
     jstring stringWithoutCharacters();
@@ -54,8 +95,20 @@ struct Environment {
     Object& make();
 
 private:
+    jstring reference(const Text& text);
+    jobjectArray reference(const Texts& texts);
+    template <class Number>
+    static Number reference(Number number) requires std::is_arithmetic_v<Number> {
+        return number;
+    }
+    static std::string answer(jint number) { return std::to_string(number); }
+    static std::string answer(jstring string) { return textOf(string); }
+    static std::string answer(jbyteArray array) { return bytesOf(array); }
+    static std::string answer(jobjectArray array);
+
     JNINativeInterface_ functions{};
     JNIEnv nativeEnvironment{};
+    std::mutex objectsMutex; // calls may run on several threads
     std::list<Object> objects;
 };
 

@@ -1,5 +1,5 @@
-// What is asked of albums and folders inside transactions. A request carries the words that later
-// calls name it by.
+// What is asked of assets, albums and folders inside transactions. A request carries the words that
+// later calls name it by.
 #include "tests/double/fetch_results.h"
 #include "tests/double/scripted_library.h"
 
@@ -30,6 +30,38 @@ std::string wordsOf(const Request& request) {
 }
 
 } // namespace
+
+PHAssetChangeRequest changeRequestForAsset(const PHAsset& asset) {
+    return {std::make_shared<std::string>("asset " + asset.localIdentifier)};
+}
+
+void setFavorite(const PHAssetChangeRequest& request, bool favorite) {
+    library().note(wordsOf(request) + (favorite ? ": favourite true" : ": favourite false"));
+}
+
+void setHidden(const PHAssetChangeRequest& request, bool hidden) {
+    library().note(wordsOf(request) + (hidden ? ": hidden true" : ": hidden false"));
+}
+
+void setContentEditingOutput(const PHAssetChangeRequest& request,
+                             const PHContentEditingOutput& output) {
+    std::string line = wordsOf(request) + ": ";
+    if (!output.object)
+        line += "an output that was never made";
+    else if (!output.adjustmentData)
+        line += "an edit without adjustment data";
+    else
+        line +=
+            "edit '" + output.adjustmentData->formatIdentifier + "' '" +
+            output.adjustmentData->formatVersion + "' '" +
+            std::string(output.adjustmentData->data.begin(), output.adjustmentData->data.end()) +
+            "' of '" + library().files[output.renderedContentURL.path] + "'";
+    library().note(line);
+}
+
+void deleteAssets(const PHFetchResult<PHAsset>& assets) {
+    library().note("delete assets " + identifiersIn(assets));
+}
 
 PHAssetCollectionChangeRequest
 creationRequestForAssetCollectionWithTitle(const std::string& title) {
