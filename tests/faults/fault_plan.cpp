@@ -5,14 +5,41 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
-#include <mutex>
+#include <cstdio>
 #include <unistd.h>
 #include <utility>
 
 namespace faults {
 
 namespace {
+
+struct Trait {
+    const char* name;
+    unsigned befalls; // operations that do one of these
+    int error;
+    bool lasts; // every later one fails as well
+};
+constexpr unsigned any = ~0U;
+constexpr std::array<Trait, allKinds.size() + 1> traits{{
+    {"none", any, 0, false},
+    {"io-once", any, EIO, false},
+    {"io-on", any, EIO, true},
+    {"space-once", needsSpace, ENOSPC, false},
+    {"space-on", needsSpace, ENOSPC, true},
+    {"short-write", writesBytes, ENOSPC, true},
+    {"denied-once", namesPath, EACCES, false},
+    {"denied-on", namesPath, EACCES, true},
+    {"lock-on", locks, ENOLCK, true},
+    {"retry", any, EIO, false},
+    {"kill-kept", changes, 0, false},
+    {"kill-dropped", changes, 0, false},
+    {"kill-torn", changes, 0, false},
+    {"kill-beside", changes, 0, false},
+}};
+
+const Trait& traitOf(Kind kind) {
+    return traits[static_cast<std::size_t>(kind)];
+}
 
 struct State {
     std::recursive_mutex mutex;
@@ -29,92 +56,38 @@ State& state() {
     return *shared;
 }
 
-} // namespace
-
-std::recursive_mutex& oneAtATime() {
-    return state().mutex;
-}
-
-namespace {
-
-bool befalls(Kind kind, unsigned does) {
-    switch (kind) {
-    case Kind::none:
-    case Kind::ioOnce:
-    case Kind::ioOn:
-    case Kind::retry:
-        return true;
-    case Kind::lockOn:
-        return (does & locks) != 0;
-    case Kind::spaceOnce:
-    case Kind::spaceOn:
-        return (does & needsSpace) != 0;
-    case Kind::shortWrite:
-        return (does & writesBytes) != 0;
-    case Kind::deniedOnce:
-    case Kind::deniedOn:
-        return (does & namesPath) != 0;
-    case Kind::killKept:
-    case Kind::killDropped:
-    case Kind::killTorn:
-    case Kind::killBeside:
-        return (does & changes) != 0;
-    }
-    return false;
-}
-
-bool lasts(Kind kind) {
-    return kind == Kind::ioOn || kind == Kind::lockOn || kind == Kind::spaceOn ||
-           kind == Kind::deniedOn;
-}
-
-int errorOf(Kind kind) {
-    switch (kind) {
-    case Kind::spaceOnce:
-    case Kind::spaceOn:
-    case Kind::shortWrite:
-        return ENOSPC;
-    case Kind::deniedOnce:
-    case Kind::deniedOn:
-        return EACCES;
-    case Kind::lockOn:
-        return ENOLCK;
-    default:
-        return EIO;
-    }
-}
-
-void countCall(Trace& trace, const char* function) {
-    for (auto& entry : trace.calls) {
-        if (!*entry.function)
-            std::strncpy(entry.function, function, sizeof entry.function - 1);
-        if (std::strcmp(entry.function, function) != 0)
-            continue;
-        ++entry.calls;
-        return;
-    }
-}
-
-void noteFirst(State& now, const char* function, std::string_view path) {
+// 0, or the errno to fail with.
+int errorAt(State& now, const char* function, const std::string& path, unsigned does) {
+    const Kind kind = now.plan.kind;
+    const Trait& trait = traitOf(kind);
+    if ((does & trait.befalls) == 0) // a disk that is full is full for all
+        return kind == Kind::shortWrite && now.trace->fired && (does & needsSpace) ? ENOSPC : 0;
+    const std::uint64_t number = ++now.trace->counted;
+    if (kind == Kind::none || number < now.plan.point)
+        return 0;
+    if (number > now.plan.point)
+        return trait.lasts ? trait.error : 0;
     now.trace->fired = true;
-    std::strncpy(now.trace->function, function, sizeof now.trace->function - 1);
-    const std::string inside(path.substr(std::min(path.size(), now.folder.size())));
-    std::strncpy(now.trace->path, inside.c_str(), sizeof now.trace->path - 1);
+    std::snprintf(now.trace->operation, sizeof now.trace->operation, "%s %s", function,
+                  path.substr(std::min(path.size(), now.folder.size())).c_str());
+    if (kills(kind))
+        endByPlan();
+    now.halveNext = kind == Kind::shortWrite;
+    return now.halveNext ? 0 : trait.error;
 }
 
 } // namespace
 
-std::string_view nameOf(Kind kind) {
-    constexpr std::array<std::string_view, allKinds.size() + 1> names{
-        "none",        "io-once",      "io-on",     "space-once", "space-on",
-        "short-write", "denied-once",  "denied-on", "lock-on",    "retry",
-        "kill-kept",   "kill-dropped", "kill-torn", "kill-beside"};
-    return names[static_cast<std::size_t>(kind)];
+std::string nameOf(Kind kind) {
+    return traitOf(kind).name;
 }
 
 bool kills(Kind kind) {
-    return kind == Kind::killKept || kind == Kind::killDropped || kind == Kind::killTorn ||
-           kind == Kind::killBeside;
+    return kind >= Kind::killKept;
+}
+
+std::recursive_mutex& oneAtATime() {
+    return state().mutex;
 }
 
 void arm(const Plan& plan, const std::string& folder, const std::string& shadow, Trace& trace) {
@@ -136,10 +109,10 @@ void endByPlan() {
     State& now = state();
     now.mutex.lock(); // for ever: no other thread changes a file any more
     now.faulty = false;
-    const Kind kind = now.plan.kind;
-    if (kind == Kind::killDropped || kind == Kind::retry)
+    now.owner = 0; // what is put back is not watched
+    if (now.plan.kind == Kind::killDropped || now.plan.kind == Kind::retry)
         powerCut().drop();
-    if (kind == Kind::killTorn)
+    if (now.plan.kind == Kind::killTorn)
         powerCut().tear(now.plan.seed);
     kill(getpid(), SIGKILL);
     for (;;)
@@ -155,34 +128,19 @@ bool watches(std::string_view path) {
     return path.size() == now.folder.size() || path[now.folder.size()] == '/';
 }
 
-int before(const char* function, std::string_view path, unsigned does) {
+bool fails(const char* function, const std::string& path, unsigned does) {
     State& now = state();
     const std::scoped_lock lock(now.mutex);
-    if (!now.faulty)
-        return 0;
-    countCall(*now.trace, function);
-    const Kind kind = now.plan.kind;
-    if (!befalls(kind, does))
-        return kind == Kind::shortWrite && now.trace->fired && (does & needsSpace) ? ENOSPC : 0;
-    const std::uint64_t number = ++now.trace->counted;
-    if (kind == Kind::none || number < now.plan.point)
-        return 0;
-    if (number == now.plan.point) {
-        noteFirst(now, function, path);
-        if (kills(kind))
-            endByPlan();
-        now.halveNext = kind == Kind::shortWrite;
-        return now.halveNext ? 0 : errorOf(kind);
-    }
-    return lasts(kind) || kind == Kind::shortWrite ? errorOf(kind) : 0;
+    const int error = now.faulty && watches(path) ? errorAt(now, function, path, does) : 0;
+    if (error != 0)
+        errno = error;
+    return error != 0;
 }
 
 std::size_t lengthToWrite(std::size_t size) {
     State& now = state();
     const std::scoped_lock lock(now.mutex);
-    if (!std::exchange(now.halveNext, false) || size < 2)
-        return size;
-    return size / 2;
+    return std::exchange(now.halveNext, false) && size >= 2 ? size / 2 : size;
 }
 
 } // namespace faults

@@ -37,17 +37,17 @@ inline constexpr std::array allKinds{
     Kind::deniedOnce,  Kind::deniedOn, Kind::lockOn,    Kind::retry,   Kind::killKept,
     Kind::killDropped, Kind::killTorn, Kind::killBeside};
 
-std::string_view nameOf(Kind kind);
+std::string nameOf(Kind kind);
 bool kills(Kind kind);
 
 // What an operation does; several may hold.
 enum Does : unsigned {
-    reads = 0,       // nothing of the following
-    needsSpace = 1,  // may find the disk full
-    namesPath = 2,   // may be denied
-    changes = 4,     // what a later process sees is changed by it
-    locks = 8,       // takes a lock
-    writesBytes = 16 // may write less than asked for
+    reads = 1,        // and nothing else
+    needsSpace = 2,   // may find the disk full
+    namesPath = 4,    // may be denied
+    changes = 8,      // what a later process sees is changed by it
+    locks = 16,       // takes a lock
+    writesBytes = 32, // may write less than asked for
 };
 
 struct Plan {
@@ -60,13 +60,7 @@ struct Plan {
 struct Trace {
     std::uint64_t counted = 0;
     bool fired = false;
-    char function[24] = {}; // of the operation that went wrong first
-    char path[160] = {};    // relative to what is watched
-    struct Count {
-        char function[20] = {};
-        std::uint64_t calls = 0;
-    };
-    std::array<Count, 48> calls{}; // of every interposed function, on files of the library
+    char operation[200] = {}; // that went wrong first: function, and path below what is watched
 };
 
 // From here on operations on files below `folder` (a real path), and on the folder above it, are
@@ -86,13 +80,13 @@ void disarm();
 // Held over an operation that changes something, and over what is noted about it.
 std::recursive_mutex& oneAtATime();
 
-// Whether operations on this path, or on what the descriptor names, are watched now.
+// Whether operations on this path are watched now.
 bool watches(std::string_view path);
 
-// 0, or the errno to fail with; never returns where the process is to die.
-int before(const char* function, std::string_view path, unsigned does);
+// Whether the operation is to fail, with errno set; never returns where the process is to die.
+bool fails(const char* function, const std::string& path, unsigned does);
 
-// After before() said 0 to an operation that writesBytes: how many bytes of `size` to write.
+// After that said no to an operation that writesBytes: how many bytes of `size` to write.
 std::size_t lengthToWrite(std::size_t size);
 
 } // namespace faults

@@ -1,16 +1,13 @@
 #include "tests/faults/library_state.h"
 
 #include "platform/asset.h"
+#include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/library/library.h"
 #include "platform/local/maintenance/verification.h"
 
-#define XXH_INLINE_ALL
-#include <xxhash.h>
-
+#include <algorithm>
 #include <array>
-#include <fstream>
 #include <regex>
-#include <span>
 #include <sstream>
 #include <string_view>
 
@@ -20,7 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using local::CatalogueConnection;
 using local::Statement;
 
 // Every line begins with what it is about, so that the order is that of the queries.
@@ -47,38 +43,6 @@ constexpr std::array descriptionQueries{
     "SELECT 'chosen ' || hex(a.uuid) FROM limited_choice AS l JOIN asset AS a ON a.n = l.asset "
     "ORDER BY a.uuid"};
 
-// What must answer no rows; the text says what a row means.
-struct Rule {
-    const char* broken;
-    const char* query;
-};
-constexpr std::array rules{
-    Rule{"integrity", "SELECT * FROM pragma_integrity_check WHERE integrity_check <> 'ok'"},
-    Rule{"a reference leads nowhere", "SELECT * FROM pragma_foreign_key_check"},
-    Rule{"number of listed assets", "SELECT listed FROM library WHERE listed <> (SELECT count(*) "
-                                    "FROM asset WHERE hidden = 0 AND trashed_at IS NULL)"},
-    Rule{"number held by a collection",
-         "SELECT n FROM collection AS c WHERE held <> CASE kind WHEN 2 THEN (SELECT count(*) FROM "
-         "collection AS child WHERE child.parent = c.n) ELSE (SELECT count(*) FROM album_member AS "
-         "m WHERE m.album = c.n AND m.listed = 1) END"},
-    Rule{"a member that does not follow its asset",
-         "SELECT m.asset FROM album_member AS m JOIN asset AS a ON a.n = m.asset WHERE m.created "
-         "<> a.created OR m.listed <> (a.hidden = 0 AND a.trashed_at IS NULL)"},
-    Rule{"number of favourites",
-         "SELECT favorites FROM smart_album WHERE favorites <> (SELECT count(*) FROM favorite AS f "
-         "JOIN asset AS a ON a.n = f.asset WHERE hidden = 0 AND trashed_at IS NULL)"},
-    Rule{"number of hidden assets",
-         "SELECT hidden FROM smart_album WHERE hidden <> (SELECT count(*) FROM asset WHERE hidden "
-         "= 1 AND trashed_at IS NULL)"},
-    Rule{"an edit that its asset does not know",
-         "SELECT a.n FROM asset AS a LEFT JOIN edit AS e ON e.asset = a.n WHERE a.edited <> "
-         "(e.asset IS NOT NULL)"},
-    Rule{"a discarded file that is still named",
-         "SELECT path FROM discarded_file WHERE path IN (SELECT 'originals/' || substr(stored_as, "
-         "1, 2) || '/' || stored_as FROM asset UNION ALL SELECT 'renders/' || substr(stored_as, 1, "
-         "2) || '/' || stored_as FROM edit)"},
-};
-
 // Puts identifiers as hosts write them.
 std::string readable(std::string_view line) {
     std::string text(line);
@@ -95,58 +59,10 @@ std::string readable(std::string_view line) {
     return text;
 }
 
-std::string hexadecimal(std::span<const std::uint8_t> bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        text.push_back("0123456789abcdef"[byte >> 4]);
-        text.push_back("0123456789abcdef"[byte & 15]);
-    }
-    return text;
-}
-
-std::string hashOf(const std::string& bytes) {
-    XXH128_canonical_t canonical;
-    XXH128_canonicalFromHash(&canonical, XXH3_128bits(bytes.data(), bytes.size()));
-    return hexadecimal(canonical.digest);
-}
-
-// The files that rows name, each as it was stored; answers their paths.
-std::set<std::string> checkFiles(CatalogueConnection& connection, const fs::path& library,
-                                 std::vector<std::string>& found) {
-    std::set<std::string> named;
-    Statement rows = connection.statement(
-        "SELECT 'originals/' || substr(stored_as, 1, 2) || '/' || stored_as, hash, size FROM asset "
-        "UNION ALL SELECT 'renders/' || substr(stored_as, 1, 2) || '/' || stored_as, hash, size "
-        "FROM edit");
-    while (rows.step()) {
-        const std::string path(rows.text(0));
-        named.insert(path);
-        std::ifstream file(library / path, std::ios::binary);
-        if (!file) {
-            found.push_back("missing: " + path);
-            continue;
-        }
-        const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-        if (static_cast<std::int64_t>(bytes.size()) != rows.integer(2) ||
-            hashOf(bytes) != hexadecimal(rows.blob(1)))
-            found.push_back("changed: " + path);
-    }
-    return named;
-}
-
-void findStrangers(const fs::path& library, const std::set<std::string>& named,
-                   std::vector<std::string>& found) {
-    for (const char* folder : {"originals", "renders", "incoming"}) {
-        if (!fs::exists(library / folder))
-            continue;
-        for (const auto& entry : fs::recursive_directory_iterator(library / folder)) {
-            const std::string path = fs::relative(entry.path(), library).string();
-            const bool shelf = entry.is_directory() && std::string_view(folder) != "incoming";
-            const bool mark = entry.path().filename() == ".photos-kit"; // of the folder itself
-            if (!shelf && !mark && !named.contains(path))
-                found.push_back("left behind: " + path);
-        }
-    }
+// Beside what verification looks at: the places where files are on their way in.
+bool isEmptied(const fs::path& folder) {
+    return std::all_of(fs::directory_iterator(folder), fs::directory_iterator(),
+                       [](const auto& entry) { return entry.path().filename() == ".photos-kit"; });
 }
 
 } // namespace
@@ -193,10 +109,8 @@ std::set<std::string> identifiersIn(const std::string& description) {
     return found;
 }
 
-std::string withoutNewIdentifiers(const std::string& description,
-                                  const std::set<std::string>& known) {
-    std::string text = description;
-    for (const std::string& identifier : identifiersIn(description)) {
+std::string withoutNewIdentifiers(std::string text, const std::set<std::string>& known) {
+    for (const std::string& identifier : identifiersIn(text)) {
         if (known.contains(identifier))
             continue;
         for (std::size_t at = 0; (at = text.find(identifier, at)) != std::string::npos;)
@@ -208,22 +122,21 @@ std::string withoutNewIdentifiers(const std::string& description,
 std::vector<std::string> faultsOfLibrary(const fs::path& library, bool strangers) {
     std::vector<std::string> found;
     const local::ConnectionLease connection = local::Library::open()->connection();
-    for (const Rule& rule : rules) {
-        Statement rows = connection->statement(rule.query);
-        if (rows.step())
-            found.push_back(std::string(rule.broken) + ": " + std::string(rows.text(0)));
+    for (const local::CatalogueRule& rule : local::catalogueRules()) {
+        if (connection->integer(rule.count) != 0)
+            found.emplace_back(rule.violation);
     }
-    const std::set<std::string> named = checkFiles(*connection, library, found);
     if (!strangers)
         return found;
-    findStrangers(library, named, found);
-    if (const auto left = connection->integer("SELECT count(*) FROM discarded_file"); left != 0)
-        found.push_back("discarded files not forgotten: " + std::to_string(left));
+    if (!isEmptied(library / "incoming"))
+        found.emplace_back("left behind among what is on its way in");
+    if (connection->integer("SELECT count(*) FROM discarded_file") != 0)
+        found.emplace_back("discarded files are not forgotten");
     const local::Verification verification = local::verifyLibrary(library.string(), {});
     for (const local::Finding& finding : verification.findings)
-        found.push_back("verification: " + finding.sentence);
+        found.push_back(finding.sentence);
     if (verification.leftOver != 0 || !verification.complete)
-        found.push_back("verification: files are left over, or it stopped");
+        found.emplace_back("files are left over, or verification stopped");
     return found;
 }
 

@@ -16,7 +16,6 @@ struct Place {
     std::filesystem::path pictures() const { return home / "Pictures"; } // what is watched
     std::filesystem::path library() const { return pictures() / "Lumatrice Library"; }
     std::filesystem::path backup() const { return pictures() / "Backup"; }
-    std::filesystem::path file(const std::string& name) const { return home / name; }
 };
 
 // Identifiers of what a prepared library holds, by the names used here.
@@ -25,6 +24,18 @@ using Names = std::map<std::string, std::string>;
 struct Report {
     bool success = false;
     std::string identifier; // of what was made, when the method answers one
+};
+
+// What a method's run is about, beyond what it does.
+struct Terms {
+    bool opensFirst = true;      // the library is opened, untouched, before faults begin
+    bool partialSuccess = false; // success may leave a part undone, as the contract has it
+    bool refused = false;        // the library must not open, and nothing in it may change
+    bool damaged = false;        // to begin with: what is found is part of the library's state
+    bool mustReachNew = true;    // when it reports success
+    // A library has 256 shelves for originals from the start; runs are shorter without the empty
+    // ones, as in a library whose owner has tidied up.
+    bool emptyShelves = false;
 };
 
 // The library's states, in the order in which a method that consists of several transactions
@@ -37,17 +48,7 @@ struct Method {
     std::function<Report(const Names&)> run;
     // Brings about the states between the old and the new one, each from the old one.
     std::vector<std::function<void(const Names&)>> between;
-    // Whether the library is opened, untouched, before faults begin.
-    bool opensFirst = true;
-    // Whether success may leave a part undone, as the method's contract has it.
-    bool partialSuccess = false;
-    // The library must not open, and nothing in it may change.
-    bool refused = false;
-    // The library is damaged to begin with: what is found is part of its state.
-    bool damaged = false;
-    // A library has 256 shelves for originals from the start; runs are shorter without the empty
-    // ones, as in a library whose owner has tidied up.
-    bool emptyShelves = false;
+    Terms terms;
 };
 
 const std::vector<Method>& allMethods();

@@ -3,10 +3,12 @@
 #include "tests/faults/raw_calls.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <filesystem>
 #include <random>
 
 namespace faults {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -23,31 +25,6 @@ off_t sizeOf(int file) {
 
 bool isSharedMemory(const std::string& path) {
     return path.ends_with("-shm");
-}
-
-void removeTree(const std::string& path) {
-    if (raw::call(SYS_unlinkat, AT_FDCWD, path.c_str(), 0) == 0)
-        return;
-    const int folder = raw::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return;
-    std::array<char, 4096> entries; // NOLINT(*-member-init): getdents64 fills it
-    std::vector<std::string> names;
-    for (long got = 0;
-         (got = raw::call(SYS_getdents64, folder, entries.data(), entries.size())) > 0;) {
-        for (long at = 0; at < got;) {
-            // struct linux_dirent64: length at byte 16, name from byte 19
-            const char* const entry = entries.data() + at;
-            names.emplace_back(entry + 19);
-            at += *reinterpret_cast<const unsigned short*>(entry + 16);
-        }
-    }
-    for (const std::string& name : names) {
-        if (name != "." && name != "..")
-            removeTree(std::string(path).append("/").append(name));
-    }
-    raw::call(SYS_close, folder);
-    raw::call(SYS_unlinkat, AT_FDCWD, path.c_str(), AT_REMOVEDIR);
 }
 
 } // namespace
@@ -131,11 +108,7 @@ void PowerCut::made(const std::string& path) {
     struct stat found {};
     if (!raw::status(path, found) || isSharedMemory(path))
         return;
-    names_.push_back({.what = NameChange::What::made,
-                      .path = path,
-                      .folder = S_ISDIR(found.st_mode),
-                      .inode = found.st_ino,
-                      .place = raw::inodeOf(folderOf(path))});
+    names_.push_back({.path = path, .inode = found.st_ino, .place = raw::inodeOf(folderOf(path))});
     if (S_ISREG(found.st_mode))
         files_.erase(found.st_ino); // the number of a file that is gone for good may be used again
 }
@@ -150,16 +123,12 @@ std::string PowerCut::keepAside(const std::string& path) {
 void PowerCut::removed(const std::string& path, const std::string& aside, bool folder) {
     if (isSharedMemory(path))
         return;
-    names_.push_back({.what = NameChange::What::removed,
-                      .path = path,
-                      .aside = aside,
-                      .folder = folder,
-                      .place = raw::inodeOf(folderOf(path))});
+    names_.push_back(
+        {.path = path, .aside = aside, .folder = folder, .place = raw::inodeOf(folderOf(path))});
 }
 
 void PowerCut::renamed(const std::string& from, const std::string& to, const std::string& aside) {
-    names_.push_back({.what = NameChange::What::renamed,
-                      .path = to,
+    names_.push_back({.path = to,
                       .from = from,
                       .aside = aside,
                       .inode = raw::inodeOf(to),
@@ -169,42 +138,32 @@ void PowerCut::renamed(const std::string& from, const std::string& to, const std
 
 // Tolerant: a later change that stays may have taken the name along.
 void PowerCut::undo(const NameChange& change) {
-    const auto bringBack = [&](const std::string& path) {
-        if (!change.aside.empty())
-            raw::call(SYS_linkat, AT_FDCWD, change.aside.c_str(), AT_FDCWD, path.c_str(), 0);
-    };
-    switch (change.what) {
-    case NameChange::What::made:
-        if (raw::inodeOf(change.path) == change.inode)
-            removeTree(change.path);
+    std::error_code ignored;
+    if (change.inode != 0 && raw::inodeOf(change.path) != change.inode)
         return;
-    case NameChange::What::removed:
-        if (change.folder)
-            raw::call(SYS_mkdirat, AT_FDCWD, change.path.c_str(), 0700);
-        bringBack(change.path);
-        return;
-    case NameChange::What::renamed:
-        if (raw::inodeOf(change.path) != change.inode)
-            return;
-        raw::call(SYS_renameat2, AT_FDCWD, change.path.c_str(), AT_FDCWD, change.from.c_str(), 0);
-        bringBack(change.path);
-        return;
-    }
+    if (!change.from.empty())
+        fs::rename(change.path, change.from, ignored);
+    else if (change.inode != 0)
+        fs::remove_all(change.path, ignored);
+    else if (change.folder)
+        fs::create_directory(change.path, ignored);
+    if (!change.aside.empty())
+        fs::create_hard_link(change.aside, change.path, ignored);
 }
 
-void PowerCut::restore(File& file, const std::set<off_t>& sectors, bool size) {
+void PowerCut::restore(File& file, const std::set<off_t>& sectors, off_t size) {
     for (const off_t sector : sectors) {
         std::string bytes = file.durableSectors[sector];
         bytes.resize(static_cast<std::size_t>(sectorSize)); // what never was reads as zeros
         raw::call(SYS_pwrite64, file.descriptor, bytes.data(), bytes.size(), sector * sectorSize);
     }
-    if (size)
-        raw::call(SYS_ftruncate, file.descriptor, file.durableSize);
+    raw::call(SYS_ftruncate, file.descriptor, size);
 }
 
 void PowerCut::dropSharedMemory() {
+    std::error_code ignored;
     for (const char* below : {"/Lumatrice Library", "/Backup", "/Backup/next-catalogue"})
-        raw::call(SYS_unlinkat, AT_FDCWD, (folder_ + below + "/library.db-shm").c_str(), 0);
+        fs::remove(folder_ + below + "/library.db-shm", ignored);
 }
 
 void PowerCut::drop() {
@@ -212,7 +171,7 @@ void PowerCut::drop() {
         std::set<off_t> all;
         for (const auto& [sector, bytes] : file.durableSectors)
             all.insert(sector);
-        restore(file, all, true);
+        restore(file, all, file.durableSize);
     }
     for (auto change = names_.rbegin(); change != names_.rend(); ++change)
         undo(*change);
@@ -249,16 +208,13 @@ void PowerCut::undoSome(std::mt19937_64& random) {
 void PowerCut::tear(std::uint64_t seed) {
     std::mt19937_64 random(seed);
     for (auto& [inode, file] : files_) {
+        const off_t size = random() % 2 != 0 ? file.durableSize : sizeOf(file.descriptor);
         std::set<off_t> chosen;
-        const off_t sizeNow = sizeOf(file.descriptor);
-        const bool dropSize = random() % 2 != 0;
         for (const auto& [sector, bytes] : file.durableSectors) {
             if (random() % 2 != 0)
                 chosen.insert(sector);
         }
-        restore(file, chosen, dropSize);
-        if (!dropSize)
-            raw::call(SYS_ftruncate, file.descriptor, sizeNow);
+        restore(file, chosen, size);
     }
     undoSome(random);
     if (random() % 2 != 0)

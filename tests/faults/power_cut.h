@@ -53,19 +53,18 @@ private:
         std::set<off_t> lost;                        // of them, those that a failed sync covered
     };
     struct NameChange {
-        enum class What { made, removed, renamed } what = What::made;
-        std::string path;  // the new one of a rename
-        std::string from;  // of a rename
-        std::string aside; // what lost its name
-        bool folder = false;
-        ino_t inode = 0; // of what was made or renamed
-        ino_t place = 0; // the folder that `path` is in
+        std::string path;    // the new one of a rename
+        std::string from;    // of a rename
+        std::string aside;   // what lost its name
+        bool folder = false; // a removed one
+        ino_t inode = 0;     // of what was made or renamed
+        ino_t place = 0;     // the folder that `path` is in
         ino_t fromPlace = 0;
     };
 
     File* fileOf(int file);
     void keepSectors(File& file, off_t offset, off_t end);
-    void restore(File& file, const std::set<off_t>& sectors, bool size);
+    static void restore(File& file, const std::set<off_t>& sectors, off_t size);
     void undo(const NameChange& change);
     void undoSome(std::mt19937_64& random);
     void dropSharedMemory();

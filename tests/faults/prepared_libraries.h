@@ -1,18 +1,21 @@
-// Small libraries that have something of everything.
+// Small libraries that have something of everything, and the calls that make them.
 #pragma once
 
 #include "tests/faults/methods.h"
+#include "tests/support/jni_double.h"
+
+#include "bridge/entry_points.h"
+
+// A method of the host's class; its answer is text.
+#define HOST(name, ...) jni::Environment().call(METHOD(name) __VA_OPT__(, ) __VA_ARGS__)
 
 namespace faults {
 
-// Calls that a host makes, in short.
-std::string importPicture(const std::string& path); // the new identifier, or nothing
-std::string makeAlbum(const std::string& title, const std::string& parent = "");
-std::string makeFolder(const std::string& title);
-bool addToAlbum(const std::string& album, const std::string& asset);
-bool applyEdit(const std::string& asset, const std::string& rendered);
-bool fileInto(const std::string& album, const std::string& folder);
+Place here();
 std::string pathInHome(const std::string& name);
+
+// As processes make folders, or die before they do: all places of originals or renders.
+void makeShelves(const std::filesystem::path& folder);
 
 // Five assets: "plain", "favorite", "hidden", "edited", "trashed"; the album "Album" with three of
 // them, "Other" with one, the folder "Folder" with the album "Inner".
@@ -24,11 +27,8 @@ Names prepareLeftBehind();
 Names prepareWithoutCatalogue();
 // The usual one with a count that is wrong, and a file that no row names: "stray", by its path.
 Names prepareDamaged();
-void mendCount();
-void takeStrayAway(const Names& names);
+void correctCount(int by);
 // Three assets in a catalogue of an earlier version.
 Names prepareOlder(std::size_t version);
-// Nothing at all.
-Names prepareNothing();
 
 } // namespace faults

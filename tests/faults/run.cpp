@@ -1,5 +1,6 @@
 #include "tests/faults/run.h"
 
+#include "platform/local/system/library_error.h"
 #include "tests/faults/library_state.h"
 
 #include <fcntl.h>
@@ -7,13 +8,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/local/system/library_error.h"
-
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
 namespace faults {
@@ -25,12 +23,19 @@ namespace {
 constexpr unsigned longestRun = 20; // seconds; a run takes some hundredths
 
 void removeEmptyShelves(const fs::path& originals) {
-    if (!fs::exists(originals))
-        return;
-    for (const auto& shelf : fs::directory_iterator(originals)) {
+    std::error_code none;
+    for (const auto& shelf : fs::directory_iterator(originals, none)) {
         if (fs::is_empty(shelf))
             fs::remove(shelf);
     }
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
 }
 
 std::string namesBelow(const fs::path& folder) {
@@ -43,23 +48,15 @@ std::string namesBelow(const fs::path& folder) {
     return text;
 }
 
-std::set<std::string> linesOf(const std::string& text) {
-    std::set<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.insert(line);
-    return lines;
-}
-
 // What a description that fits no state has more and less than the new state.
 std::string difference(const States& states, const std::string& description) {
     const auto expected = linesOf(states.descriptions.back());
     const auto found = linesOf(withoutNewIdentifiers(description, states.known));
     std::string text;
     for (const std::string& line : found)
-        text += expected.contains(line) ? "" : "\n      + " + line;
+        text += std::ranges::count(expected, line) ? "" : "\n      + " + line;
     for (const std::string& line : expected)
-        text += found.contains(line) ? "" : "\n      - " + line;
+        text += std::ranges::count(found, line) ? "" : "\n      - " + line;
     return text;
 }
 
@@ -84,11 +81,9 @@ struct Workplace::Shared {
 
 std::size_t States::indexOf(const std::string& description) const {
     const std::string comparable = withoutNewIdentifiers(description, known);
-    for (std::size_t i = descriptions.size(); i-- > 0;) {
-        if (descriptions[i] == comparable)
-            return i;
-    }
-    return descriptions.size();
+    const auto found = std::find(descriptions.rbegin(), descriptions.rend(), comparable);
+    return found == descriptions.rend() ? descriptions.size()
+                                        : static_cast<std::size_t>(descriptions.rend() - found - 1);
 }
 
 Workplace::Workplace(fs::path folder) : folder_(std::move(folder)) {
@@ -120,7 +115,6 @@ void Workplace::renew(const fs::path& original) {
 
 fs::path Workplace::leftBy(const Trial& trial, const Plan& plan) {
     renew(trial.original);
-    shared_->trace = {};
     inProcess([&] { runMethod(trial, plan); });
     fs::path kept = folder_ / "kept";
     fs::remove_all(kept);
@@ -147,11 +141,11 @@ int Workplace::inProcess(const std::function<void()>& body) {
 }
 
 // Within a run's own process.
-void Workplace::describe(const Trial& trial, bool strangers) {
+void Workplace::describe(const Terms& terms, bool strangers) {
     try {
         std::string description = describeLibrary() + describeBackup(place().backup());
         for (const std::string& fault : faultsOfLibrary(place().library(), strangers)) {
-            if (trial.damaged)
+            if (terms.damaged)
                 description.append("found ").append(fault).append("\n");
             else
                 shared_->complain(fault);
@@ -160,19 +154,17 @@ void Workplace::describe(const Trial& trial, bool strangers) {
     } catch (const std::exception& error) {
         shared_->tell(std::string("does not open: ") + error.what() +
                       namesBelow(place().library()));
-        if (!trial.refused)
+        if (!terms.refused)
             shared_->complain(std::string("the library does not open: ") + error.what());
     }
 }
 
 // By a process that opens the library anew.
-std::string Workplace::describeFresh(const Trial& trial, std::vector<std::string>& bad) {
-    const int status = inProcess([&] { describe(trial, true); });
+std::string Workplace::describeFresh(const Terms& terms, std::vector<std::string>& bad) {
+    const int status = inProcess([&] { describe(terms, true); });
     if (status != 0)
         bad.push_back("the next process ended with status " + std::to_string(status));
-    std::istringstream lines(shared_->bad);
-    for (std::string line; std::getline(lines, line);)
-        bad.push_back(line);
+    std::ranges::move(linesOf(shared_->bad), std::back_inserter(bad));
     return shared_->description;
 }
 
@@ -181,7 +173,7 @@ std::string Workplace::describeAfter(const Trial& trial,
     renew(trial.original);
     inProcess([&] { action(trial.names); });
     std::vector<std::string> bad;
-    std::string description = describeFresh(trial, bad);
+    std::string description = describeFresh(trial.terms, bad);
     for (const std::string& fault : bad)
         std::fprintf(stderr, "without any fault: %s\n", fault.c_str());
     if (!bad.empty())
@@ -198,35 +190,26 @@ Trial Workplace::prepare(const Method& method) {
             text.append(name).append("=").append(identifier).append("\n");
         shared_->tell(text);
     });
-    Trial trial{.run = method.run, .opensFirst = method.opensFirst};
-    trial.partialSuccess = method.partialSuccess;
-    trial.refused = method.refused;
-    trial.damaged = method.damaged;
-    std::istringstream lines(shared_->description);
-    for (std::string name, identifier;
-         std::getline(lines, name, '=') && std::getline(lines, identifier);)
-        trial.names[name] = identifier;
-    if (!method.emptyShelves)
+    Trial trial{folder_ / "original", method.run, {}, {}, method.terms};
+    for (const std::string& line : linesOf(shared_->description))
+        trial.names[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
+    if (!method.terms.emptyShelves)
         removeEmptyShelves(place().library() / "originals");
-    trial.original = folder_ / "original";
     fs::remove_all(trial.original);
     fs::rename(place().home, trial.original);
 
-    const std::string old = describeAfter(trial, [](const Names&) {});
-    trial.states.known = identifiersIn(old);
-    trial.states.descriptions.push_back(old);
-    const auto add = [&](const std::function<void(const Names&)>& action) {
-        trial.states.descriptions.push_back(
-            withoutNewIdentifiers(describeAfter(trial, action), trial.states.known));
-    };
-    for (const auto& action : method.between)
-        add(action);
-    if (method.refused)
-        return trial;
-    add([&](const Names& names) {
-        if (!method.run(names).success)
-            std::abort();
-    });
+    States& states = trial.states;
+    states.descriptions = {describeAfter(trial, [](const Names&) {})};
+    states.known = identifiersIn(states.descriptions.front());
+    auto actions = method.between;
+    if (!method.terms.refused)
+        actions.emplace_back([&](const Names& names) {
+            if (!method.run(names).success)
+                std::abort();
+        });
+    for (const auto& action : actions)
+        states.descriptions.push_back(
+            withoutNewIdentifiers(describeAfter(trial, action), states.known));
     return trial;
 }
 
@@ -237,7 +220,7 @@ pid_t Workplace::startNeighbour(const Trial& trial) {
     if (neighbour == 0) {
         alarm(2 * longestRun);
         setenv("HOME", place().home.c_str(), 1);
-        describe(trial, false);
+        describe(trial.terms, false);
         shared_->neighbourIsThere = true;
         for (;;)
             pause();
@@ -249,8 +232,9 @@ pid_t Workplace::startNeighbour(const Trial& trial) {
 
 // Within the run's own process.
 void Workplace::runMethod(const Trial& trial, const Plan& plan) {
-    if (trial.opensFirst)
+    if (trial.terms.opensFirst)
         static_cast<void>(describeLibrary());
+    shared_->trace = {};
     arm(plan, place().pictures().string(), (folder_ / "run" / "shadow").string(), shared_->trace);
     const auto attempt = [&] {
         const Report report = trial.run(trial.names);
@@ -264,33 +248,21 @@ void Workplace::runMethod(const Trial& trial, const Plan& plan) {
     if (kills(plan.kind))
         endByPlan();
     if (plan.kind == Kind::retry) {
-        if (!succeeded && !attempt() && !trial.refused)
+        if (!succeeded && !attempt() && !trial.terms.refused)
             shared_->complain("the method, called again, fails without a fault");
         endByPlan();
     }
     // The process must be able to go on.
-    describe(trial, trial.damaged);
+    describe(trial.terms, trial.terms.damaged);
 }
 
 Outcome Workplace::run(const Trial& trial, const Plan& plan) {
     renew(trial.original);
     shared_->trace = {};
     const pid_t neighbour =
-        plan.kind == Kind::killBeside && trial.opensFirst ? startNeighbour(trial) : 0;
+        plan.kind == Kind::killBeside && trial.terms.opensFirst ? startNeighbour(trial) : 0;
     const int status = inProcess([&] { runMethod(trial, plan); });
-    Outcome outcome;
-    outcome.reported = shared_->reported;
-    outcome.fired = shared_->trace.fired;
-    outcome.function = shared_->trace.function;
-    outcome.path = shared_->trace.path;
-    outcome.operations = shared_->trace.counted;
-    for (const auto& entry : shared_->trace.calls) {
-        if (entry.calls > 0)
-            outcome.calls.push_back(entry);
-    }
-    std::istringstream lines(shared_->bad);
-    for (std::string line; std::getline(lines, line);)
-        outcome.bad.push_back(line);
+    Outcome outcome{shared_->reported, shared_->trace, 0, linesOf(shared_->bad)};
     judge(trial, plan, status, outcome);
     if (neighbour == 0)
         return outcome;
@@ -298,46 +270,45 @@ Outcome Workplace::run(const Trial& trial, const Plan& plan) {
     // commit be found in the log only now; but nothing that it needs may be gone.
     kill(neighbour, SIGKILL);
     waitpid(neighbour, nullptr, 0);
-    const std::string last = describeFresh(trial, outcome.bad);
+    const std::string last = describeFresh(trial.terms, outcome.bad);
     if (trial.states.indexOf(last) > trial.states.newest())
         outcome.bad.push_back("in the end, beside the new one:" + difference(trial.states, last));
     return outcome;
 }
 
 void Workplace::judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome) {
+    const auto complain = [&](const std::string& text) { outcome.bad.push_back(text); };
     const bool dies = kills(plan.kind) || plan.kind == Kind::retry;
     const bool killed = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM)
-        outcome.bad.push_back("hangs");
+        complain("hangs");
     else if (dies ? !killed : status != 0)
-        outcome.bad.push_back("ended with status " + std::to_string(status));
+        complain("ended with status " + std::to_string(status));
 
     const bool success = outcome.reported == Outcome::Reported::success;
     const std::string identifier = shared_->identifier;
     const std::string here = shared_->description;
     const States& states = trial.states;
+    const bool partial = trial.terms.partialSuccess && outcome.trace.fired && !kills(plan.kind);
     const auto fits = [&](std::size_t state) {
-        if (state > states.newest())
-            return false;
-        const bool partial = trial.partialSuccess && outcome.fired && !kills(plan.kind);
-        return !success || !trial.mustReachNew || partial || state == states.newest();
+        return state <= states.newest() &&
+               (!success || !trial.terms.mustReachNew || partial || state == states.newest());
     };
     if (!dies && outcome.bad.empty() && !fits(states.indexOf(here)))
-        outcome.bad.push_back("in the same process, state " + std::to_string(states.indexOf(here)) +
-                              ", beside the new one:" + difference(states, here));
+        complain("in the same process, beside the new one:" + difference(states, here));
 
-    const std::string after = describeFresh(trial, outcome.bad);
+    const std::string after = describeFresh(trial.terms, outcome.bad);
     outcome.state = states.indexOf(after);
     const bool repeated = plan.kind == Kind::retry && states.descriptions.size() > 2;
     if (!fits(outcome.state) && !repeated)
-        outcome.bad.push_back("state " + std::to_string(outcome.state) +
-                              ", beside the new one:" + difference(states, after));
+        complain("state " + std::to_string(outcome.state) +
+                 ", beside the new one:" + difference(states, after));
     if (success && !identifier.empty() && after.find(identifier.substr(0, 36)) == std::string::npos)
-        outcome.bad.push_back("the identifier that was returned is gone: " + identifier);
+        complain("the identifier that was returned is gone: " + identifier);
     for (const std::string& known : states.known) {
         const bool stays = states.descriptions.back().find(known) != std::string::npos;
         if (stays && after.find(known) == std::string::npos)
-            outcome.bad.push_back("an identifier is gone: " + known);
+            complain("an identifier is gone: " + known);
     }
 }
 

@@ -1,10 +1,11 @@
 // One run of a method with one fault, in a process of its own, and what is found afterwards by
-// another process.
+// another process; all faults at all points of a method, and again while the next process recovers.
 #pragma once
 
 #include "tests/faults/fault_plan.h"
 #include "tests/faults/methods.h"
 
+#include <optional>
 #include <set>
 #include <string>
 #include <sys/types.h>
@@ -28,21 +29,14 @@ struct Trial {
     std::function<Report(const Names&)> run;
     Names names;
     States states;
-    bool opensFirst = true;
-    bool mustReachNew = true;    // when it reports success
-    bool damaged = false;        // what is found wrong with it belongs to its state
-    bool refused = false;        // the library must not open
-    bool partialSuccess = false; // success may leave a part undone, as the method's contract says
+    Terms terms;
 };
 
 struct Outcome {
     enum class Reported { nothing, success, failure } reported = Reported::nothing;
-    bool fired = false;
-    std::string function, path; // of the operation that went wrong
-    std::uint64_t operations = 0;
+    Trace trace;
     std::size_t state = 0;        // index into the states
     std::vector<std::string> bad; // why it must not be
-    std::vector<Trace::Count> calls;
 };
 
 // The folder in which runs take place, one at a time.
@@ -69,8 +63,8 @@ private:
     void renew(const std::filesystem::path& original);
     int inProcess(const std::function<void()>& body);
     pid_t startNeighbour(const Trial& trial);
-    void describe(const Trial& trial, bool strangers);
-    std::string describeFresh(const Trial& trial, std::vector<std::string>& bad);
+    void describe(const Terms& terms, bool strangers);
+    std::string describeFresh(const Terms& terms, std::vector<std::string>& bad);
     std::string describeAfter(const Trial& trial, const std::function<void(const Names&)>& action);
     void runMethod(const Trial& trial, const Plan& plan);
     void judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome);
@@ -78,5 +72,32 @@ private:
     std::filesystem::path folder_;
     Shared* shared_;
 };
+
+struct SweepOptions {
+    bool brief = false; // only some points of each kind, and little of the recovery
+    std::optional<Kind> onlyKind;
+    std::uint64_t onlyPoint = 0; // 0: all
+    std::uint64_t seed = 1;
+};
+
+// One line of the table, by its columns. Plain, because it is shared between processes.
+enum Column {
+    operations,
+    runs,
+    recoveries,
+    oldState,
+    between,
+    newState,
+    success,
+    failure,
+    killed,
+    newThoughFailure,
+    bad,
+    columns
+};
+using Tally = std::array<std::uint64_t, columns>;
+
+// Prints each bad run with the options that repeat it.
+Tally sweep(Workplace& workplace, const Method& method, const SweepOptions& options);
 
 } // namespace faults
