@@ -133,12 +133,3 @@ void _Block_object_dispose(const void* object, const int kind) {
         break;
     }
 }
-
-// What the runtime of a Mac has.
-void* objc_autoreleasePoolPush(void) {
-    return [[NSAutoreleasePool alloc] init];
-}
-
-void objc_autoreleasePoolPop(void* pool) {
-    [(NSAutoreleasePool*)pool drain];
-}

@@ -1,13 +1,12 @@
-// Pictures, edits and content types.
+// Pictures, and what is handed out for editing.
 #import "tests/photokit/frameworks/stand_in.h"
 
-#import <UniformTypeIdentifiers/UniformTypeIdentifiers.h>
+#include <atomic>
 
 using namespace standin;
 
-// A bitmap is what the encoder makes of it.
 struct CGImage {
-    std::optional<std::string> encoded;
+    backing::CGImage bitmap;
     std::atomic<int> references = 1;
 };
 
@@ -25,58 +24,49 @@ void CGImageRelease(CGImageRef image) {
 
 NSString* const NSImageCompressionFactor = @"NSImageCompressionFactor";
 
-@implementation NSImage
-- (void)dealloc {
-    countObject(-1);
-    if (bitmap != nullptr)
-        CGImageRelease(bitmap);
-    [super dealloc];
+// The bitmap belongs to its image, which the stand-in makes with it.
+struct Image {
+    std::shared_ptr<CGImage> bitmap;
+};
+
+static Image imageOf(const backing::NSImage& image) {
+    const auto bitmap = backing::CGImageForProposedRect(image);
+    if (!bitmap)
+        return {};
+    countObject(1);
+    return {std::shared_ptr<CGImage>(new CGImage{*bitmap}, CGImageRelease)};
 }
+
+@implementation NSImage
 - (CGImageRef)CGImageForProposedRect:(NSRect*)rect
                              context:(NSGraphicsContext*)context
                                hints:(NSDictionary*)hints {
     if (rect != nullptr || context != nil || hints != nil)
-        note("bitmap of another size");
-    return bitmap;
+        scripted::library().note("bitmap of another size");
+    return behind<Image>(self).bitmap.get();
 }
 @end
 
 @implementation NSBitmapImageRep
 - (instancetype)initWithCGImage:(CGImageRef)image {
-    countObject(1);
-    bitmap = CGImageRetain(image);
+    behind<Image>(self).bitmap = {CGImageRetain(image), CGImageRelease};
     return self;
-}
-- (void)dealloc {
-    countObject(-1);
-    CGImageRelease(bitmap);
-    [super dealloc];
 }
 - (NSData*)representationUsingType:(NSBitmapImageFileType)type
                         properties:(NSDictionary*)properties {
-    note("encode as type " + std::to_string(type) + ", " + plain([properties description]));
-    if (!bitmap->encoded)
-        return nil;
-    return [NSData dataWithBytes:bitmap->encoded->data() length:bitmap->encoded->size()];
+    const auto encoded = backing::representationUsingType(
+        backing::initWithCGImage(behind<Image>(self).bitmap->bitmap), static_cast<long>(type),
+        {[[properties objectForKey:NSImageCompressionFactor] doubleValue]});
+    return encoded ? dataOf(*encoded) : nil;
 }
 @end
 
 @implementation PHImageRequestOptions
-- (void)setSynchronous:(BOOL)synchronous {
-    note("image: synchronous " + yesOrNo(synchronous));
-}
-- (void)setDeliveryMode:(PHImageRequestOptionsDeliveryMode)mode {
-    note("image: delivery mode " + std::to_string(mode));
-}
-- (void)setResizeMode:(PHImageRequestOptionsResizeMode)mode {
-    note("image: resize mode " + std::to_string(mode));
-}
-- (void)setNetworkAccessAllowed:(BOOL)allowed {
-    note("image: network " + yesOrNo(allowed));
-}
-- (void)setVersion:(PHImageRequestOptionsVersion)version {
-    note("image: version " + std::to_string(version));
-}
+TAKES(Synchronous, BOOL, PHImageRequestOptions, synchronous)
+TAKES(DeliveryMode, PHImageRequestOptionsDeliveryMode, PHImageRequestOptions, deliveryMode)
+TAKES(ResizeMode, PHImageRequestOptionsResizeMode, PHImageRequestOptions, resizeMode)
+TAKES(NetworkAccessAllowed, BOOL, PHImageRequestOptions, networkAccessAllowed)
+TAKES(Version, PHImageRequestOptionsVersion, PHImageRequestOptions, version)
 @end
 
 @implementation PHImageManager
@@ -89,127 +79,67 @@ NSString* const NSImageCompressionFactor = @"NSImageCompressionFactor";
                              contentMode:(PHImageContentMode)mode
                                  options:(PHImageRequestOptions*)options
                            resultHandler:(void (^)(NSImage* image, NSDictionary* info))handler {
-    note("request image of " + plain([asset localIdentifier]) + ", " +
-         std::to_string(static_cast<long>(size.width)) + " x " +
-         std::to_string(static_cast<long>(size.height)) + ", mode " + std::to_string(mode) +
-         (options == nil ? ", no options" : ""));
-    // The deliveries come from one thread, before the request returns.
-    std::thread([&] {
-        for (const Image& delivery : script().images) {
-            NSImage* image = nil;
-            if (delivery.exists) {
-                countObject(1);
-                image = [[NSImage alloc] init];
-                if (delivery.hasBitmap) {
-                    countObject(1);
-                    image->bitmap = new CGImage{delivery.encoded};
-                }
-            }
-            handler(image, nil);
-            [image release];
-        }
-    }).join();
+    backing::requestImageForAsset(
+        behind<backing::PHAsset>(asset), {size.width, size.height}, mode,
+        behind<backing::PHImageRequestOptions>(options),
+        [kept = Kept(handler)](const std::optional<backing::NSImage>& image) {
+            handOver(
+                [&]() -> id { return image ? objectOf([NSImage class], imageOf(*image)) : nil; },
+                [&](id object) { kept.get()(object, nil); });
+        });
     return 1;
 }
 @end
+
+// ---- Editing ----
 
 @implementation PHAdjustmentData
 - (instancetype)initWithFormatIdentifier:(NSString*)identifier
                            formatVersion:(NSString*)version
                                     data:(NSData*)data {
-    self = [self init];
-    setValue(self, @"format", identifier);
-    setValue(self, @"version", version);
-    setValue(self, @"data", data);
+    behind<backing::PHAdjustmentData>(self) = {plain(identifier), plain(version), bytesOf(data)};
     return self;
 }
-- (NSString*)formatIdentifier {
-    return [values objectForKey:@"format"];
-}
-- (NSString*)formatVersion {
-    return [values objectForKey:@"version"];
-}
+READS_TEXT(formatIdentifier, PHAdjustmentData)
+READS_TEXT(formatVersion, PHAdjustmentData)
 - (NSData*)data {
-    return [values objectForKey:@"data"];
+    return dataOf(behind<backing::PHAdjustmentData>(self).data);
 }
 @end
 
 @implementation PHContentEditingInputRequestOptions
-- (void)setNetworkAccessAllowed:(BOOL)allowed {
-    note("editing: network " + yesOrNo(allowed));
-}
+TAKES(NetworkAccessAllowed, BOOL, PHContentEditingInputRequestOptions, networkAccessAllowed)
 - (void)setCanHandleAdjustmentData:(BOOL (^)(PHAdjustmentData* data))test {
-    note("editing: test of adjustment data");
-    canHandle = Block_copy(test);
-}
-- (void)dealloc {
-    Block_release(canHandle);
-    [super dealloc];
+    behind<backing::PHContentEditingInputRequestOptions>(self).canHandleAdjustmentData =
+        [kept = Kept(test)](const backing::PHAdjustmentData& data) {
+            bool can = false;
+            handOver([&] { return objectOf([PHAdjustmentData class], data); },
+                     [&](id object) { can = kept.get()(object); });
+            return can;
+        };
 }
 @end
 
 @implementation PHContentEditingInput
 - (NSURL*)fullSizeImageURL {
-    return [values objectForKey:@"url"];
+    const auto& url = behind<backing::PHContentEditingInput>(self).fullSizeImageURL;
+    return url ? [NSURL fileURLWithPath:text(url->path)] : nil;
 }
 @end
 
 @implementation PHContentEditingOutput
 - (instancetype)initWithContentEditingInput:(PHContentEditingInput*)input {
-    note(input == nil ? "make output of no input" : "make output");
-    return [self init];
+    behind<backing::PHContentEditingOutput>(self) =
+        backing::initWithContentEditingInput(behind<backing::PHContentEditingInput>(input));
+    return self;
 }
 - (NSURL*)renderedContentURL {
-    return [NSURL fileURLWithPath:text(script().renderedContent)];
+    return [NSURL
+        fileURLWithPath:text(
+                            behind<backing::PHContentEditingOutput>(self).renderedContentURL.path)];
 }
 - (void)setAdjustmentData:(PHAdjustmentData*)data {
-    NSString* const bytes = [[[NSString alloc] initWithData:[data data]
-                                                   encoding:NSUTF8StringEncoding] autorelease];
-    note("set adjustment data " + plain([data formatIdentifier]) + " " +
-         plain([data formatVersion]) + " '" + plain(bytes) + "'");
-    setValue(self, @"data", data);
-}
-@end
-
-// ---- Content types: a file's extension is its type's identifier ----
-
-// A constant to others. Classes are loaded later than the constants of this file are made.
-extern "C" UTType* g_movieType __asm__("UTTypeMovie");
-UTType* g_movieType;
-
-@implementation UTType
-+ (void)load {
-    g_movieType = [[self alloc] init];
-    g_movieType->name = @"public.movie";
-}
-+ (instancetype)typeWithIdentifier:(NSString*)identifier {
-    UTType* const type = [[[self alloc] init] autorelease];
-    type->name = [identifier copy];
-    return type;
-}
-- (void)dealloc {
-    [name release];
-    [super dealloc];
-}
-- (NSString*)identifier {
-    return name;
-}
-- (BOOL)conformsToType:(UTType*)type {
-    note("does " + plain(name) + " conform to " + plain(type->name));
-    return [type->name isEqual:@"public.movie"] && ([name isEqual:@"mov"] || [name isEqual:@"mp4"]);
-}
-@end
-
-NSString* const NSURLContentTypeKey = @"NSURLContentTypeKey";
-
-@implementation NSURL (ContentType)
-- (NSDictionary*)resourceValuesForKeys:(NSArray*)keys error:(NSError**)error {
-    if (error != nullptr)
-        *error = nil;
-    NSString* const extension = [[[self path] pathExtension] lowercaseString];
-    if ([extension length] == 0 || ![keys containsObject:NSURLContentTypeKey])
-        return [NSDictionary dictionary];
-    return [NSDictionary dictionaryWithObject:[UTType typeWithIdentifier:extension]
-                                       forKey:NSURLContentTypeKey];
+    backing::setAdjustmentData(behind<backing::PHContentEditingOutput>(self),
+                               behind<backing::PHAdjustmentData>(data));
 }
 @end

@@ -4,7 +4,7 @@
 #import <Foundation/Foundation.h>
 
 typedef struct CGImage* CGImageRef;
-typedef NS_ENUM(NSUInteger, NSBitmapImageFileType) { NSBitmapImageFileTypeJPEG = 3 };
+enum NSBitmapImageFileType : NSUInteger;
 
 extern "C" {
 CGImageRef CGImageRetain(CGImageRef image);
@@ -12,21 +12,22 @@ void CGImageRelease(CGImageRef image);
 extern NSString* const NSImageCompressionFactor;
 }
 
+// Where the stand-in keeps what an object is about. The real frameworks have no such class.
+@interface StandInObject : NSObject {
+@public
+    void* value;
+}
+@end
+
 @class NSGraphicsContext;
 
-@interface NSImage : NSObject {
-@public
-    CGImageRef bitmap;
-}
+@interface NSImage : StandInObject
 - (CGImageRef)CGImageForProposedRect:(NSRect*)rect
                              context:(NSGraphicsContext*)context
                                hints:(NSDictionary*)hints;
 @end
 
-@interface NSBitmapImageRep : NSObject {
-@public
-    CGImageRef bitmap;
-}
+@interface NSBitmapImageRep : StandInObject
 - (instancetype)initWithCGImage:(CGImageRef)image;
 - (NSData*)representationUsingType:(NSBitmapImageFileType)type properties:(NSDictionary*)properties;
 @end

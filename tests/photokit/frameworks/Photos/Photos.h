@@ -6,59 +6,23 @@
 
 #import <AppKit/AppKit.h>
 
-typedef NS_ENUM(NSInteger, PHAccessLevel) { PHAccessLevelAddOnly = 1, PHAccessLevelReadWrite = 2 };
-typedef NS_ENUM(NSInteger, PHAuthorizationStatus) {
-    PHAuthorizationStatusNotDetermined = 0,
-    PHAuthorizationStatusRestricted = 1,
-    PHAuthorizationStatusDenied = 2,
-    PHAuthorizationStatusAuthorized = 3,
-    PHAuthorizationStatusLimited = 4
-};
-typedef NS_ENUM(NSInteger, PHAssetMediaType) {
-    PHAssetMediaTypeUnknown = 0,
-    PHAssetMediaTypeImage = 1,
-    PHAssetMediaTypeVideo = 2,
-    PHAssetMediaTypeAudio = 3
-};
-typedef NS_ENUM(NSInteger, PHAssetCollectionType) {
-    PHAssetCollectionTypeAlbum = 1,
-    PHAssetCollectionTypeSmartAlbum = 2
-};
-typedef NS_ENUM(NSInteger, PHAssetCollectionSubtype) {
-    PHAssetCollectionSubtypeAny = 0x7fffffffffffffff
-};
-typedef NS_ENUM(NSInteger, PHAssetResourceType) {
-    PHAssetResourceTypePhoto = 1,
-    PHAssetResourceTypeVideo = 2,
-    PHAssetResourceTypeFullSizePhoto = 5,
-    PHAssetResourceTypeFullSizeVideo = 6
-};
-typedef NS_ENUM(NSInteger, PHImageContentMode) {
-    PHImageContentModeAspectFit = 0,
-    PHImageContentModeAspectFill = 1
-};
-typedef NS_ENUM(NSInteger, PHImageRequestOptionsVersion) {
-    PHImageRequestOptionsVersionCurrent = 0
-};
-typedef NS_ENUM(NSInteger, PHImageRequestOptionsDeliveryMode) {
-    PHImageRequestOptionsDeliveryModeFastFormat = 2
-};
-typedef NS_ENUM(NSInteger, PHImageRequestOptionsResizeMode) {
-    PHImageRequestOptionsResizeModeFast = 1
-};
+// Their values are the ones that the facade gives.
+enum PHAccessLevel : NSInteger;
+enum PHAuthorizationStatus : NSInteger;
+enum PHAssetMediaType : NSInteger;
+enum PHAssetCollectionType : NSInteger;
+enum PHAssetCollectionSubtype : NSInteger;
+enum PHAssetResourceType : NSInteger;
+enum PHImageContentMode : NSInteger;
+enum PHImageRequestOptionsVersion : NSInteger;
+enum PHImageRequestOptionsDeliveryMode : NSInteger;
+enum PHImageRequestOptionsResizeMode : NSInteger;
 typedef int32_t PHImageRequestID;
 typedef int32_t PHAssetResourceDataRequestID;
 typedef NSUInteger PHContentEditingInputRequestID;
 
 @class PHAsset, PHAssetCollection, PHCollection, PHCollectionList, PHContentEditingInput;
 @class PHContentEditingOutput, PHContentEditingInputRequestOptions;
-
-// Where the stand-in keeps the values of its objects. The real framework has no such class.
-@interface StandInObject : NSObject {
-@public
-    NSMutableDictionary* values;
-}
-@end
 
 @interface PHFetchOptions : StandInObject
 - (void)setPredicate:(NSPredicate*)predicate;
@@ -220,10 +184,7 @@ typedef NSUInteger PHContentEditingInputRequestID;
 - (NSData*)data;
 @end
 
-@interface PHContentEditingInputRequestOptions : StandInObject {
-@public
-    BOOL (^canHandle)(PHAdjustmentData*);
-}
+@interface PHContentEditingInputRequestOptions : StandInObject
 - (void)setNetworkAccessAllowed:(BOOL)allowed;
 - (void)setCanHandleAdjustmentData:(BOOL (^)(PHAdjustmentData* data))test;
 @end
