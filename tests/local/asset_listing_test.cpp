@@ -1,13 +1,14 @@
 // The order of the whole library, its counts and its snapshots, against what the rows say.
-#include "tests/local/support.h"
+#include "tests/local/collections_support.h"
 
 #include "platform/collection.h"
 #include "platform/local/catalogue/asset_record.h"
-#include "platform/local/catalogue/listing_markers.h"
+#include "platform/local/change/settings.h"
 #include "platform/photo_library.h"
 
 #include <atomic>
 #include <random>
+#include <sstream>
 #include <thread>
 
 using namespace support;
@@ -33,18 +34,11 @@ std::int64_t recentsNumber(std::size_t index) {
 
 std::vector<std::int64_t> trueOrder(const ScratchHome& home) {
     std::vector<std::int64_t> numbers;
-    sqlite3* database = nullptr;
-    sqlite3_open((home.library() / "library.db").c_str(), &database);
-    sqlite3_exec(
-        database,
-        "SELECT n FROM asset NOT INDEXED WHERE hidden = 0 AND trashed_at IS NULL "
-        "ORDER BY created DESC, n DESC",
-        [](void* out, int, char** values, char**) {
-            static_cast<std::vector<std::int64_t>*>(out)->push_back(std::stoll(values[0]));
-            return 0;
-        },
-        &numbers, nullptr);
-    sqlite3_close(database);
+    std::istringstream text(sqlText(
+        home, "SELECT group_concat(n, ' ') FROM (SELECT n FROM asset NOT INDEXED WHERE hidden = 0 "
+              "AND trashed_at IS NULL ORDER BY created DESC, n DESC)"));
+    for (std::int64_t n = 0; text >> n;)
+        numbers.push_back(n);
     return numbers;
 }
 
@@ -95,6 +89,7 @@ TEST(AssetListing, AnyPageIsRightWhateverChangesBetweenPages) {
             << "round " << round << ", page at " << start;
     }
     EXPECT_EQ(listedNumbers(0, SIZE_MAX), trueOrder(home));
+    expectConsistent(home);
 }
 
 TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBack) {
@@ -217,7 +212,12 @@ TEST(Access, DecidesWhatIsSeenAndChanged) {
     EXPECT_EQ(listed().count(), 3u);
     EXPECT_TRUE(assetWith(own));
 
+    local::limitAccess({all[1]});
+    EXPECT_ANY_THROW(local::limitAccess({all[0], "unknown"}));
+    EXPECT_EQ(listedIdentifiers(), std::vector{all[1]}) << "refused as a whole";
+    EXPECT_EQ(local::readSettings().limitedChoice, 1u);
     for (const char* refused : {"1", "2"}) {
+        local::denyAccess();
         runSql(home, std::string("UPDATE library SET access = ") + refused);
         EXPECT_EQ(listed().count(), 0u);
         EXPECT_FALSE(assetWith(all[1]));
@@ -226,6 +226,9 @@ TEST(Access, DecidesWhatIsSeenAndChanged) {
         EXPECT_EQ(outcome.error.code, 3311);
         EXPECT_NE(outcome.sentence(), "");
     }
+    local::grantFullAccess();
+    EXPECT_EQ(listed().count(), 5u);
+    EXPECT_EQ(local::readSettings().limitedChoice, 0u);
 }
 
 TEST(CreationDates, KeepEveryMillisecond) {

@@ -61,8 +61,7 @@ protected:
     }
 
     std::string pathOf(std::size_t which) const {
-        const std::string name = storedAs(home, identifiers[which]);
-        return "originals/" + name.substr(0, 2) + "/" + name;
+        return fs::relative(originalOf(home, identifiers[which]), home.library());
     }
 
     // What the library in this folder is found to be: complaints, and how many files it has.

@@ -8,7 +8,6 @@
 #include "platform/photo_library.h"
 
 #include <random>
-#include <thread>
 
 using namespace support;
 using namespace platform;
@@ -36,6 +35,16 @@ std::vector<std::string> inSmart(long subtype) {
     EXPECT_EQ(fetchAssetsInAssetCollection(smart(subtype).value(), nullptr).count(), walked.size())
         << "the kept count of " << subtype;
     return walked;
+}
+
+void remove(const std::string& identifier) {
+    const auto albums = fetchAssetCollectionsWithLocalIdentifiers({identifier});
+    const auto folders = fetchCollectionListsWithLocalIdentifiers({identifier});
+    EXPECT_EQ(change([&] {
+                  deleteAssetCollections(albums);
+                  deleteCollectionLists(folders);
+              }),
+              "");
 }
 
 } // namespace
@@ -235,7 +244,7 @@ TEST(SmartAlbums, AreLiveAndTheirCountsAreKept) {
     EXPECT_THAT(inSmart(205), ElementsAre(nth(9), nth(7)));
     EXPECT_EQ(inSmart(206).front(), nth(1)) << "added last";
     runSql(home, "UPDATE asset SET hidden = 0; UPDATE asset SET trashed_at = 1 WHERE n IN (1, 8);"
-                 "DELETE FROM asset WHERE n = 9");
+                 "UPDATE asset SET hidden = 1 WHERE n = 9; DELETE FROM asset WHERE n = 9");
     EXPECT_THAT(inSmart(203), IsEmpty());
     EXPECT_THAT(inSmart(202), ElementsAre(nth(2)));
     EXPECT_THAT(inSmart(201), ElementsAre(nth(7)));
@@ -292,38 +301,50 @@ TEST(Collections, InsideAFolderAreCountedAndReadWhenThereIsRoomAgain) {
     EXPECT_THAT(titles(inside), ElementsAre("a", "b", "c"));
 }
 
-TEST(Collections, ManyThreadsMoveAndDeleteInOneTreeWhichStaysOne) {
+// An album or folder that somebody has fetched and that is deleted meanwhile is gone for good: what
+// is made after it never takes its place.
+TEST(DeletedCollections, AreNotTakenForTheNextOnes) {
     const ScratchHome home;
     authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 50, 1000, 1);
-    std::vector<std::string> folders;
-    for (int i = 0; i < 12; ++i)
-        folders.push_back(newFolder(std::to_string(i)));
-    std::vector<std::thread> threads;
-    for (unsigned t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            std::mt19937 random(t);
-            for (int i = 0; i < 60; ++i) {
-                const auto child =
-                    fetchCollectionListsWithLocalIdentifiers({folders[random() % folders.size()]});
-                const auto parent =
-                    fetchCollectionListsWithLocalIdentifiers({folders[random() % folders.size()]});
-                if (child.count() == 0 || parent.count() == 0)
-                    continue;
-                std::optional<NSError> ignored;
-                const bool moved = performChangesAndWait(
-                    [&] {
-                        addChildCollections(
-                            *changeRequestForCollectionList(*parent.objectAtIndex(0)),
-                            {*child.objectAtIndex(0)});
-                    },
-                    ignored);
-                if (moved && random() % 20 == 0)
-                    change([&] { deleteCollectionLists(child); });
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    addBareAssets(home, 2, 1000, 1000);
+    const auto assets = listedIdentifiers();
+    const auto shelf = newFolder("shelf");
+    const auto gone = newAlbum("gone");
+    const auto goneFetched = fetchAssetCollectionsWithLocalIdentifiers({gone});
+    const auto goneAlbum = album(gone);
+    const auto shelfList = folder(shelf);
+    remove(gone);
+    const auto next = newAlbum("next");
+    ASSERT_EQ(add(next, assets), "");
+
+    EXPECT_NE(change([&] {
+                  addChildCollections(changeRequestForCollectionList(shelfList).value(),
+                                      {goneAlbum});
+              }),
+              "");
+    EXPECT_EQ(fetchCollectionsInCollectionList(folder(shelf)).count(), 0u);
+    EXPECT_THAT(identifiers(fetchAssetsInAssetCollection(goneAlbum, nullptr)), IsEmpty());
+    change([&] { deleteAssetCollections(goneFetched); });
+    EXPECT_EQ(own(next).size(), 2u);
     expectConsistent(home);
+}
+
+TEST(DeletedCollections, LeaveNoPagesToTheNextOnes) {
+    const ScratchHome home;
+    authorizationStatusForAccessLevel(2);
+    addBareAssets(home, 4000, 1000, 1000);
+    const auto all = listedIdentifiers();
+    const std::vector<std::string> newer(all.begin(), all.begin() + 2000);
+    const std::vector<std::string> older(all.begin() + 2000, all.end());
+    const PHFetchOptions options = newestFirst();
+    const auto gone = newAlbum("gone");
+    ASSERT_EQ(add(gone, newer), "");
+    const auto goneAssets = fetchAssetsInAssetCollection(album(gone), &options);
+    ASSERT_EQ(goneAssets.objectAtIndex(1500)->localIdentifier, newer[1500]);
+    remove(gone);
+    const auto next = newAlbum("next");
+    ASSERT_EQ(add(next, older), "");
+    const auto assets = fetchAssetsInAssetCollection(album(next), &options);
+    EXPECT_EQ(assets.objectAtIndex(1500)->localIdentifier, older[1500]);
+    EXPECT_EQ(newest(next), older);
 }

@@ -36,16 +36,10 @@ TEST(ContentHasher, BytesInPiecesOfAnyLengthHaveTheHashOfTheFormat) {
         EXPECT_EQ(hasher.hash(), hashOfFormat(bytes)) << size;
         EXPECT_TRUE(hasher.matches(hashOfFormat(bytes), static_cast<std::int64_t>(size)));
         EXPECT_FALSE(hasher.matches(hashOfFormat(bytes), static_cast<std::int64_t>(size) + 1));
+        local::ContentHash other = hashOfFormat(bytes);
+        other.back() ^= 1;
+        EXPECT_FALSE(hasher.matches(other, static_cast<std::int64_t>(size)));
     }
-}
-
-TEST(ContentHasher, OneChangedBitIsSeen) {
-    std::vector<std::uint8_t> bytes(4096, 0x5A);
-    const local::ContentHash stored = hashOfFormat(bytes);
-    bytes[4095] ^= 1;
-    local::ContentHasher hasher;
-    hasher.take(bytes.data(), bytes.size());
-    EXPECT_FALSE(hasher.matches(stored, 4096));
 }
 
 } // namespace

@@ -7,13 +7,9 @@
 #include "platform/files.h"
 #include "platform/local/change/edits.h"
 #include "platform/local/change/revert.h"
-#include "platform/local/change/trash.h"
 #include "platform/photo_library.h"
 
-#include <csignal>
 #include <future>
-#include <sys/wait.h>
-#include <thread>
 
 using namespace platform;
 using namespace support;
@@ -83,11 +79,6 @@ std::optional<NSError> edit(const std::string& identifier, const NSData& rendere
     const bool done = performChangesAndWait(
         [&] { setContentEditingOutput(changeRequestForAsset(*asset), output); }, error);
     return done ? std::nullopt : error;
-}
-
-fs::path originalOf(const ScratchHome& home, const std::string& identifier) {
-    const std::string name = storedAs(home, identifier);
-    return home.library() / "originals" / name.substr(0, 2) / name;
 }
 
 NSData picture(const ScratchHome& home, int width, int height, int seed) {
@@ -232,92 +223,4 @@ TEST(Edits, AnInputOutlivesItsAsset) {
     EXPECT_FALSE(inputOf(asset));
     ASSERT_TRUE(input);
     EXPECT_TRUE(dataWithContentsOfFile(input->fullSizeImageURL->path));
-}
-
-namespace {
-
-// Whatever the asset went through: its original is itself, and an edit has its picture and its
-// data.
-void expectWhole(const ScratchHome& home, const std::string& identifier,
-                 const std::string& original, const std::vector<NSData>& renderings) {
-    const auto asset = assetWith(identifier);
-    ASSERT_TRUE(asset);
-    EXPECT_EQ(readBytes(originalOf(home, identifier)), original);
-    EXPECT_EQ(transfer(resourceOf(identifier, PHAssetResourceTypePhoto)).bytes, original);
-    const bool edited = typesOf(*asset).size() == 3;
-    EXPECT_EQ(filesBelow(home.library() / "renders").size(), edited ? 1u : 0u);
-    EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
-    EXPECT_EQ(sqlText(home, "PRAGMA integrity_check"), "ok");
-    if (!edited) {
-        EXPECT_EQ(pixelSizeOf(identifier), "640x480");
-        return;
-    }
-    const auto picture = resourceOf(identifier, PHAssetResourceTypeFullSizePhoto);
-    EXPECT_THAT(renderings, testing::Contains(dataOf(transfer(picture).bytes)));
-    const auto data = resourceOf(identifier, PHAssetResourceTypeAdjustmentData);
-    EXPECT_EQ(transfer(data).bytes, "how");
-}
-
-void editRevertDeleteAndRestore(const std::string& identifier, const NSData& rendered) {
-    edit(identifier, rendered);
-    std::optional<NSError> error;
-    const auto found = fetchAssetsWithLocalIdentifiers({identifier});
-    static_cast<void>(performChangesAndWait([&] { deleteAssets(found); }, error));
-    local::restoreFromTrash({identifier});
-    local::revertEdits({identifier});
-}
-
-} // namespace
-
-TEST(Edits, ManyThreadsEditRevertDeleteAndExportOneAsset) {
-    const ScratchHome home;
-    const auto source = writePicture(home.file("a.jpg"), 640, 480);
-    const auto identifier = *importFile(source).identifier;
-    const auto asset = *assetWith(identifier);
-    const std::vector<NSData> renderings{picture(home, 300, 400, 1), picture(home, 200, 100, 2)};
-    std::vector<std::thread> threads;
-    for (const NSData& rendered : renderings)
-        threads.emplace_back([&] {
-            for (int i = 0; i < 12; ++i)
-                editRevertDeleteAndRestore(identifier, rendered);
-        });
-    threads.emplace_back([&] {
-        // An export that began is not disturbed by what becomes of the asset.
-        const auto resource = assetResourcesForAsset(asset)[0];
-        for (int i = 0; i < 60; ++i) {
-            const Received received = transfer(resource);
-            EXPECT_FALSE(received.error);
-            EXPECT_EQ(received.bytes, readBytes(source));
-        }
-    });
-    for (auto& thread : threads)
-        thread.join();
-    local::restoreFromTrash({identifier});
-    expectWhole(home, identifier, readBytes(source), renderings);
-}
-
-TEST(Edits, AreThereWholeOrNotAtAllWhenTheProcessIsKilled) {
-    const ScratchHome home;
-    const auto source = writePicture(home.file("a.jpg"), 640, 480);
-    std::string identifier;
-    ASSERT_EQ(inChild([&] { writeText(home.file("identifier"), *importFile(source).identifier); }),
-              0);
-    identifier = readBytes(home.file("identifier"));
-    const NSData rendered = picture(home, 800, 600, 3);
-    for (int round = 0; round < 12; ++round) {
-        const pid_t child = fork();
-        if (child == 0) {
-            for (;;)
-                editRevertDeleteAndRestore(identifier, rendered);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(60 + 23 * round));
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-        sweepUp(home);
-        const int found = inChild([&] {
-            local::restoreFromTrash({identifier});
-            expectWhole(home, identifier, readBytes(source), {rendered});
-        });
-        ASSERT_EQ(found, 0) << "round " << round;
-    }
 }

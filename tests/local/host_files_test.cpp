@@ -91,9 +91,8 @@ TEST(HostFiles, LinksAndPipesAtThePlaceAreNotWrittenTo) {
 TEST(HostFiles, NeverLieInsideThePhotoLibrary) {
     const ScratchHome home;
     const auto identifier = *importFile(writePicture(home.file("a.jpg"))).identifier;
-    const std::string name = storedAs(home, identifier);
     const fs::path library = home.library();
-    const fs::path original = library / "originals" / name.substr(0, 2) / name;
+    const fs::path original = originalOf(home, identifier);
     const std::string before = readBytes(original);
     fs::create_symlink(library, home.file("way in"));
     std::optional<NSError> error;

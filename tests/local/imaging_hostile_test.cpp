@@ -11,7 +11,6 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <random>
 #include <thread>
 
 #include <sys/resource.h>
@@ -152,30 +151,6 @@ TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
     EXPECT_EQ(infoOf(folder / "huge.png").width, 60000U); // it may be somebody's only copy
     EXPECT_EQ(sizeOf(cover(folder / "huge.png", 64, 64)), "none");
     EXPECT_EQ(sizeOf(cover(folder / "large.png", 64, 64)), "64x64");
-}
-
-TEST_F(ImagingHostile, RandomDamageIsSurvived) {
-    run(folder, "vips resize good.jpg s.jpg 0.2 && vips copy s.jpg a.png && vips copy s.jpg a.webp "
-                "&& vips copy s.jpg a.tif && vips copy s.jpg a.gif && vips copy s.jpg a.jxl && "
-                "heif-enc s.jpg -o a.heic && vips jpegsave s.jpg p.jpg --interlace && ffmpeg -v "
-                "error -f lavfi -i testsrc=s=160x120:d=1 -c:v mpeg4 a.mp4");
-    write(folder / "a.dng", rawDng(64, 48, "2024:05:06 07:08:09"));
-    std::mt19937 random(20240506);
-    for (const char* name : {"s.jpg", "p.jpg", "a.png", "a.webp", "a.tif", "a.gif", "a.jxl",
-                             "a.heic", "a.dng", "a.mp4"}) {
-        const std::string bytes = read(folder / name);
-        const auto kind = std::string(name) == "a.mp4" ? MediaKind::video : MediaKind::photo;
-        for (int i = 0; i < 12; ++i) {
-            std::string damaged = bytes;
-            for (int n = 0; n < 8; ++n)
-                damaged[random() % (n < 4 ? std::min<std::size_t>(400, bytes.size())
-                                          : bytes.size())] = static_cast<char>(random());
-            write(folder / "damaged", damaged);
-            inspect(folder / "damaged", kind);
-            cover(folder / "damaged", 64, 64, kind);
-        }
-        EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48") << "after " << name;
-    }
 }
 
 TEST_F(ImagingHostile, AFileThatKillsItsWorkerIsRememberedAndOthersAreServed) {
@@ -320,26 +295,6 @@ TEST(ImagingProtocol, TheHostBelievesNoImpossibleAnswer) {
     }
     strange.format = static_cast<FileFormat>(1000);
     EXPECT_FALSE(check(strange, Task::inspectVideo));
-}
-
-TEST(ImagingProtocol, AnyBytesAreAnsweredOrRefusedByEitherSide) {
-    std::mt19937 random(1);
-    for (int i = 0; i < 200'000; ++i) {
-        std::array<std::byte, sizeof(Answer) + 8> bytes{};
-        for (auto& byte : bytes)
-            byte = random() % 2 ? std::byte(random()) : std::byte(0);
-        const auto mark = i % 2 ? kAnswerMark : kRequestMark;
-        std::memcpy(bytes.data(), &mark, sizeof mark);
-        const auto task = static_cast<Task>(random() % 5);
-        const auto checked = checkAnswer(bytes.data(), sizeof(Answer) - (i % 50 == 0), task);
-        if (checked)
-            if (const auto* picture = std::get_if<CheckedPicture>(&checked->result)) {
-                ASSERT_LE(std::uint64_t{picture->size.width} * picture->size.height, kMaxPixels);
-            }
-        if (const auto request = checkRequest(bytes.data(), sizeof(Request))) {
-            ASSERT_LE(request->task, kLastTask);
-        }
-    }
 }
 
 } // namespace

@@ -139,16 +139,4 @@ TEST(ImagingInspection, DoesNotMoveTheCallersPlaceAndTakesWritableFiles) {
     EXPECT_EQ(lseek(file.get(), 0, SEEK_CUR), 7);
 }
 
-TEST(ImagingInspection, ManyMayBeUnfinishedAtOnce) {
-    const Folder folder;
-    writeJpeg(folder / "a.jpg", quarters(64, 48));
-    const local::UniqueFd file = open(folder / "a.jpg");
-    std::vector<std::unique_ptr<local::Inspection>> all(12);
-    for (auto& inspection : all)
-        inspection = std::make_unique<local::Inspection>(file.get(), MediaKind::photo);
-    { const local::Inspection abandoned(file.get(), MediaKind::photo); }
-    for (const auto& inspection : all)
-        EXPECT_TRUE(std::holds_alternative<local::MediaInfo>(inspection->finish()));
-}
-
 } // namespace

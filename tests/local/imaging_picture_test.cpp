@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <limits>
-#include <thread>
 
 using namespace imaging_test;
 using local::MediaKind;
@@ -239,20 +238,6 @@ TEST(ImagingPicture, VideosShowAKeyFrameInTheRightColours) {
     }
     EXPECT_EQ(sizeOf(cover(folder / "turned.mp4", 128, 128, MediaKind::video)), "128x228");
     EXPECT_EQ(infoOf(folder / "turned.mp4", MediaKind::video).width, 720U);
-}
-
-TEST(ImagingPicture, ServesSeveralThreadsAtOnce) {
-    const Folder folder;
-    writeJpeg(folder / "a.jpg", quarters(1200, 800));
-    std::vector<std::string> sizes(16);
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < sizes.size(); ++i)
-        threads.emplace_back(
-            [&, i] { sizes[i] = sizeOf(cover(folder / "a.jpg", double(10 * (i + 1)), 1)); });
-    for (auto& thread : threads)
-        thread.join();
-    for (std::size_t i = 0; i < sizes.size(); ++i)
-        EXPECT_EQ(sizes[i].substr(0, sizes[i].find('x')), std::to_string(10 * (i + 1)));
 }
 
 } // namespace

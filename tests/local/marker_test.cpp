@@ -62,8 +62,8 @@ TEST(UnmountedLibrary, IsNotMadeInItsOwnMountPointUntilTheDiskIsThere) {
 TEST(LibraryOnANetworkDisk, IsRefusedWithoutATrace) {
     const int outcome = inChild([] {
         const ScratchHome home;
-        writeText(home.file("mounts"), "/dev/sda1 / ext4 rw 0 0\nserver:/homes " +
-                                           home.path().string() + " nfs4 rw 0 0\n");
+        writeText(home.file("mounts"), "server:/homes " + home.path().string() +
+                                           " nfs4 rw 0 0\n/dev/sda1 / ext4 rw 0 0\n");
         if (!mountSmallDisk(home.file("other"), "size=1m") ||
             mount(home.file("mounts").c_str(), "/proc/self/mounts", nullptr, MS_BIND, nullptr) != 0)
             _exit(notPossibleHere);

@@ -28,8 +28,7 @@ protected:
     }
 
     fs::path originalOf(std::size_t which) const {
-        const std::string name = storedAs(home, identifiers[which]);
-        return home.library() / "originals" / name.substr(0, 2) / name;
+        return support::originalOf(home, identifiers[which]);
     }
 
     // "outcome subject", each.

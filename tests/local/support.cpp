@@ -170,6 +170,11 @@ std::string storedAs(const ScratchHome& home, const std::string& identifier) {
                              std::to_string(local::recordOf(asset).n));
 }
 
+fs::path originalOf(const ScratchHome& home, const std::string& identifier) {
+    const std::string stored = storedAs(home, identifier);
+    return home.library() / "originals" / stored.substr(0, 2) / stored;
+}
+
 void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
                    std::int64_t step) {
     runSql(home, "WITH RECURSIVE s(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM s WHERE i + 1 < " +

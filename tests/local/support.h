@@ -65,6 +65,8 @@ std::int64_t sqlInteger(const ScratchHome& home, const std::string& sql);
 // The file name of an asset's original in the file store.
 std::string storedAs(const ScratchHome& home, const std::string& identifier);
 
+std::filesystem::path originalOf(const ScratchHome& home, const std::string& identifier);
+
 // Adds rows for assets without files: n, and a creation time for each.
 void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
                    std::int64_t step);

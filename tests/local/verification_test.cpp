@@ -39,8 +39,8 @@ protected:
     }
 
     std::string pathOf(std::size_t which) const {
-        const std::string name = storedAs(home, identifiers[which]);
-        return "originals/" + name.substr(0, 2) + "/" + name;
+        return std::filesystem::relative(support::originalOf(home, identifiers[which]),
+                                         home.library());
     }
     std::filesystem::path originalOf(std::size_t which) const {
         return home.library() / pathOf(which);
