@@ -1,151 +1,75 @@
 package com.morrowfen.lumatrice.conformance;
 
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNotNull;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+import static org.junit.jupiter.api.Assumptions.assumeTrue;
+
 import com.google.gson.Gson;
 import com.morrowfen.lumatrice.service.PhotosService;
+import java.awt.image.BufferedImage;
 import java.io.IOException;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.nio.file.attribute.FileTime;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import javax.imageio.ImageIO;
 
-/**
- * The library under test, named by the system property {@code photos.library}, and short ways to
- * use it. All tests share one photo library, so they look only at what they added to it.
- */
+/** The library under test, named by the system property {@code photos.library}. */
 final class TestLibrary {
-    static final PhotosService PHOTOS = load();
-    private static final Gson GSON = new Gson();
+    static final PhotosService PHOTOS =
+            new PhotosService(Path.of(System.getProperty("photos.library")));
+    private static final Path TOOL =
+            Path.of(System.getProperty("photos.library")).resolveSibling("photos-kit");
+
+    record Asset(String id, String filename, Boolean isVideo, Long width, Long height,
+            Long createdMs, Boolean isFavorite, Boolean isHidden) {}
+
+    record Collection(String id, String title, String kind, Long count) {}
 
     private TestLibrary() {}
 
-    /** An asset record; absent fields of the JSON stay null. */
-    record Asset(
-            String id,
-            String filename,
-            Boolean isVideo,
-            Long width,
-            Long height,
-            Long createdMs,
-            Boolean isFavorite,
-            Boolean isHidden) {}
-
-    /** A collection record. */
-    record Collection(String id, String title, String kind, Long count) {
-        boolean isFolder() {
-            return kind.equals("folder");
-        }
-
-        boolean isSmart() {
-            return kind.equals("smart");
-        }
+    static List<Asset> assets(String json) {
+        return List.of(new Gson().fromJson(json, Asset[].class));
     }
 
-    private static PhotosService load() {
-        PhotosService photos = new PhotosService(Path.of(System.getProperty("photos.library")));
-        if (photos.nativeAuthorize() == 0) {
-            throw new IllegalStateException("There is no access to the photo library");
-        }
-        return photos;
-    }
-
-    static List<Asset> page(int count, int offset) {
-        return List.of(GSON.fromJson(PHOTOS.nativeListAssets(count, offset), Asset[].class));
-    }
-
-    static List<Asset> wholeLibrary() {
-        return page(Integer.MAX_VALUE, 0);
-    }
-
-    static Asset assetWith(String id) {
-        return wholeLibrary().stream().filter(asset -> asset.id().equals(id)).findAny()
-                .orElseThrow(() -> new AssertionError("not listed: " + id));
-    }
-
-    /** What a folder holds, or the top level for null. */
+    /** The albums and folders in a folder, or at the top level for null. */
     static List<Collection> level(String parent) {
-        return List.of(GSON.fromJson(PHOTOS.nativeListAlbums(parent), Collection[].class));
+        Collection[] all =
+                new Gson().fromJson(PHOTOS.nativeListAlbums(parent), Collection[].class);
+        return Arrays.stream(all).filter(one -> !one.kind().equals("smart")).toList();
     }
 
-    static List<String> titles(String parent) {
-        return level(parent).stream().map(Collection::title).toList();
-    }
-
-    static Collection smartAlbum() {
-        return level(null).stream().filter(Collection::isSmart).findFirst()
-                .orElseThrow(() -> new AssertionError("no smart album holds anything"));
-    }
-
-    static List<Asset> albumPage(String album, int count, int offset) {
-        return List.of(
-                GSON.fromJson(PHOTOS.nativeListAlbumAssets(album, count, offset), Asset[].class));
-    }
-
-    /** The identifiers of all that an album holds, in the order of its listing. */
-    static List<String> assetsIn(String album) {
-        return albumPage(album, Integer.MAX_VALUE, 0).stream().map(Asset::id).toList();
-    }
-
-    /** Makes an album that must come about. */
-    static String newAlbum(String title, String parent) {
-        return made(PHOTOS.nativeCreateAlbum(title, parent), title);
-    }
-
-    /** Makes a folder that must come about. */
-    static String newFolder(String title, String parent) {
-        return made(PHOTOS.nativeCreateFolder(title, parent), title);
-    }
-
-    static String duplicate(String collection) {
-        return made(PHOTOS.nativeDuplicateCollection(collection), "copy of " + collection);
-    }
-
-    private static String made(String identifier, String what) {
-        if (identifier == null) {
-            throw new AssertionError("not made: " + what);
-        }
+    static String made(String identifier) {
+        assertNotNull(identifier, "not made");
         return identifier;
     }
 
-    static String[] importFiles(Path... files) {
-        return PHOTOS.nativeImportAssets(
-                Arrays.stream(files).map(Path::toString).toArray(String[]::new));
+    static Path picture(Path file, int width, int height) throws IOException {
+        String format = file.toString().endsWith(".png") ? "png" : "jpg";
+        ImageIO.write(new BufferedImage(width, height, BufferedImage.TYPE_INT_RGB), format,
+                file.toFile());
+        return file;
     }
 
-    /** Imports a file that must be accepted. */
     static String importFile(Path file) {
-        String[] ids = importFiles(file);
-        if (ids == null || ids.length != 1 || ids[0] == null) {
-            throw new AssertionError("not imported: " + file);
-        }
-        return ids[0];
+        return made(PHOTOS.nativeImportAssets(new String[] {file.toString()})[0]);
     }
 
-    /** Imports small pictures, each taken a minute after the one before it. */
-    static List<String> importPictures(Path folder, String name, int count) throws IOException {
-        List<String> ids = new ArrayList<>();
-        for (int i = 0; i < count; ++i) {
-            Path file = TestFiles.picture(folder.resolve(name + i + ".png"), 8, 8);
-            Files.setLastModifiedTime(file, FileTime.fromMillis(createdOf(i)));
-            ids.add(importFile(file));
-        }
-        return ids;
+    /** Lets the owner's tool do something, if it is there, and expects how it ends. */
+    static void tool(int status, String... words) throws IOException, InterruptedException {
+        assumeTrue(Files.isExecutable(TOOL), "no tool beside this library");
+        List<String> command = new ArrayList<>(List.of(TOOL.toString()));
+        command.addAll(List.of(words));
+        Process process = new ProcessBuilder(command).redirectErrorStream(true).start();
+        process.getOutputStream().close();
+        String output = new String(process.getInputStream().readAllBytes());
+        assertEquals(status, process.waitFor(), () -> command + ": " + output);
     }
 
-    /** When picture {@code i} of {@link #importPictures} was taken. */
-    static long createdOf(int i) {
-        return 1_500_000_000_000L + i * 60_000L;
-    }
-
-    /** The diagnostic log so far. */
-    static String log() throws IOException {
-        return new String(logBytes(), StandardCharsets.UTF_8);
-    }
-
-    static byte[] logBytes() throws IOException {
-        Path log = Path.of(System.getenv("HOME"), ".lumatrice", "logs", "photos-native.log");
-        return Files.exists(log) ? Files.readAllBytes(log) : new byte[0];
+    static void assertJpeg(byte[] bytes) {
+        assertTrue(bytes != null && bytes.length > 4 && bytes[0] == -1 && bytes[1] == -40
+                && bytes[bytes.length - 2] == -1 && bytes[bytes.length - 1] == -39);
     }
 }
