@@ -106,14 +106,14 @@ TEST_F(ImagingDerivative, TheFolderKeepsToItsRoomAndLosesWhatWasUsedLeastRecentl
     noteUse(open(all[0]).get());
     const fs::path dead = folder / "derivatives/aa/.aa00000002.1.1.part";
     const fs::path living = folder / "derivatives/aa/.aa00000003.1.1.part";
-    write(dead, "");
-    write(living, "");
+    writeText(dead, "");
+    writeText(living, "");
     const local::UniqueFd writer = open(living);
     ASSERT_EQ(flock(writer.get(), LOCK_EX), 0);
     EXPECT_EQ(tidyDerivatives(files->derivatives->get(), 3900), 3000U);
     EXPECT_TRUE(fs::exists(all[0]) && !fs::exists(all[1]) && fs::exists(all[2]) &&
                 fs::exists(all[3]) && !fs::exists(dead) && fs::exists(living));
-    EXPECT_EQ(read(folder / "derivatives/CACHEDIR.TAG").substr(0, 43),
+    EXPECT_EQ(readBytes(folder / "derivatives/CACHEDIR.TAG").substr(0, 43),
               "Signature: 8a477f597d28d172789f06886806bc55");
 }
 
@@ -130,10 +130,10 @@ TEST_F(ImagingDerivative, ADamagedOneIsRemovedAndMadeAnew) {
     writeJpeg(folder / "a.jpg", quarters(2400, 1600));
     fs::create_directory(derivative().parent_path());
     writeJpeg(folder / "whole.jpg", quarters(768, 512));
-    const std::string whole = read(folder / "whole.jpg");
+    const std::string whole = readBytes(folder / "whole.jpg");
     for (const std::string& bytes : {std::string(), std::string("nonsense, not a JPEG at all"),
                                      whole.substr(0, whole.size() / 2)}) {
-        write(derivative(), bytes);
+        writeText(derivative(), bytes);
         opened = 0;
         EXPECT_EQ(covered(256), "384x256");
         EXPECT_EQ(opened, 1);
@@ -156,7 +156,7 @@ TEST_F(ImagingDerivative, NamesStayInsideTheFolderAndFailuresAreSilent) {
     }
     EXPECT_TRUE(fs::is_empty(folder / "derivatives"));
     writeJpeg(folder / "a.jpg", quarters(2400, 1600));
-    write(folder / ("derivatives/" + source.contentKey.substr(0, 2)), "a file in the way");
+    writeText(folder / ("derivatives/" + source.contentKey.substr(0, 2)), "a file in the way");
     EXPECT_EQ(covered(256), "384x256");
     source.derivativesFolder = [] { return nullptr; };
     EXPECT_EQ(covered(256), "384x256");

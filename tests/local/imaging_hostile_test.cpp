@@ -4,13 +4,11 @@
 #include "platform/local/imaging/worker/request.h"
 #include "platform/local/imaging/worker_pool.h"
 
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <thread>
 
 #include <sys/resource.h>
@@ -47,11 +45,6 @@ bool hasEnded(pid_t process) {
     return status.empty() || (status[0] == "Z" && status[17] == "1"); // its threads go after it
 }
 
-long processorTicks(pid_t process) {
-    const auto status = statusOf(process);
-    return status.size() > 12 ? std::stol(status[11]) + std::stol(status[12]) : 0;
-}
-
 std::size_t openDescriptors() {
     return static_cast<std::size_t>(
         std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
@@ -73,12 +66,13 @@ protected:
 };
 
 TEST_F(ImagingHostile, FilesThatAreNoPicturesSaySo) {
-    write(folder / "empty.jpg", "");
-    write(folder / "text.jpg", "This is not a picture, whatever its name says.");
-    write(folder / "drawing.png", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
-    write(folder / "page.jpg", "%PDF-1.4\n1 0 obj<<>>endobj trailer<<>>\n");
-    write(folder / "header.png", blackPng(8, 8).substr(0, 20));
-    write(folder / "zero.png", blackPng(0, 8));
+    writeText(folder / "empty.jpg", "");
+    writeText(folder / "text.jpg", "This is not a picture, whatever its name says.");
+    writeText(folder / "drawing.png",
+              "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
+    writeText(folder / "page.jpg", "%PDF-1.4\n1 0 obj<<>>endobj trailer<<>>\n");
+    writeText(folder / "header.png", blackPng(8, 8).substr(0, 20));
+    writeText(folder / "zero.png", blackPng(0, 8));
     for (const char* name :
          {"empty.jpg", "text.jpg", "drawing.png", "page.jpg", "header.png", "zero.png"}) {
         EXPECT_EQ(failureOf(folder / name), "The file is not a picture that can be read.") << name;
@@ -91,8 +85,8 @@ TEST_F(ImagingHostile, FilesThatAreNoPicturesSaySo) {
 TEST_F(ImagingHostile, VideosThatNameOtherFilesAreRefused) {
     run(folder, "ffmpeg -v error -f lavfi -i testsrc=s=320x240:d=1 -c:v mpeg4 real.mp4");
     const std::string real = (folder / "real.mp4").string();
-    write(folder / "list.mp4", "ffconcat version 1.0\nfile '" + real + "'\n");
-    write(folder / "play.mp4", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n" + real + "\n");
+    writeText(folder / "list.mp4", "ffconcat version 1.0\nfile '" + real + "'\n");
+    writeText(folder / "play.mp4", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n" + real + "\n");
     writeJpeg(folder / "still.mp4", quarters(64, 48));
     for (const char* name : {"list.mp4", "play.mp4", "still.mp4"}) {
         EXPECT_NE(failureOf(folder / name, MediaKind::video), "") << name;
@@ -107,16 +101,16 @@ TEST_F(ImagingHostile, TruncatedFilesEndAndAJpegShowsWhatItHas) {
                 "testsrc=s=320x240:d=1 -c:v mpeg4 -movflags faststart a.mp4");
     for (const char* name :
          {"good.jpg", "p.jpg", "a.png", "a.webp", "a.tif", "a.gif", "a.jxl", "a.heic", "a.mp4"}) {
-        const std::string bytes = read(folder / name);
+        const std::string bytes = readBytes(folder / name);
         const auto kind = std::string(name) == "a.mp4" ? MediaKind::video : MediaKind::photo;
         for (const double part : {0.1, 0.5, 0.9}) {
             const fs::path cut = folder / ("cut-" + std::string(name));
-            write(cut, bytes.substr(0, static_cast<std::size_t>(double(bytes.size()) * part)));
+            writeText(cut, bytes.substr(0, static_cast<std::size_t>(double(bytes.size()) * part)));
             survives(cut, kind);
         }
     }
-    const std::string bytes = read(folder / "good.jpg");
-    write(folder / "half.jpg", bytes.substr(0, bytes.size() / 2));
+    const std::string bytes = readBytes(folder / "good.jpg");
+    writeText(folder / "half.jpg", bytes.substr(0, bytes.size() / 2));
     EXPECT_EQ(infoOf(folder / "half.jpg").width, 640U);
     const auto half = cover(folder / "half.jpg", 64, 48);
     ASSERT_EQ(sizeOf(half), "64x48");
@@ -124,71 +118,33 @@ TEST_F(ImagingHostile, TruncatedFilesEndAndAJpegShowsWhatItHas) {
 }
 
 TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
-    write(folder / "huge.png", blackPng(60000, 60000));
-    write(folder / "large.png", blackPng(20000, 20000));
-    std::string jpeg = read(folder / "good.jpg");
+    writeText(folder / "huge.png", blackPng(60000, 60000));
+    writeText(folder / "large.png", blackPng(20000, 20000));
+    std::string jpeg = readBytes(folder / "good.jpg");
     const auto frame = jpeg.find("\xff\xc0");
     ASSERT_NE(frame, std::string::npos);
     jpeg.replace(frame + 5, 4, "\xea\x60\xea\x60"); // 60,000 each way
-    write(folder / "huge.jpg", jpeg);
+    writeText(folder / "huge.jpg", jpeg);
     jpeg[frame + 1] = '\xc2'; // and progressive
-    write(folder / "progressive.jpg", jpeg);
+    writeText(folder / "progressive.jpg", jpeg);
     using namespace std::string_literals;
-    write(folder / "huge.gif", "GIF89a\xff\xff\xff\xff\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0"
-                               "\xff\xff\xff\xff\0\2\2D\1\0;"s);
+    writeText(folder / "huge.gif", "GIF89a\xff\xff\xff\xff\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0"
+                                   "\xff\xff\xff\xff\0\2\2D\1\0;"s);
     std::string dng = rawDng(64, 48, "2024:05:06 07:08:09");
     std::string loop = dng;
     std::memcpy(loop.data() + loop.size() - 4, "\x08\0\0\0", 4);
     const auto directory = static_cast<std::size_t>(8 + 64 * 48 * 2);
     const std::size_t next = directory + 2 + 22 * 12;
     loop.replace(next, 4, loop.substr(4, 4)); // the directory follows itself
-    write(folder / "loop.tif", loop);
+    writeText(folder / "loop.tif", loop);
     dng.replace(directory + 2 + 12 + 8, 4, std::string("\xff\xff\xff\x7f", 4)); // its width
-    write(folder / "wide.dng", dng);
+    writeText(folder / "wide.dng", dng);
     for (const char* name : {"huge.png", "large.png", "huge.jpg", "progressive.jpg", "huge.gif",
                              "loop.tif", "wide.dng"})
         survives(folder / name);
     EXPECT_EQ(infoOf(folder / "huge.png").width, 60000U); // it may be somebody's only copy
     EXPECT_EQ(sizeOf(cover(folder / "huge.png", 64, 64)), "none");
     EXPECT_EQ(sizeOf(cover(folder / "large.png", 64, 64)), "64x64");
-}
-
-TEST_F(ImagingHostile, AFileThatKillsItsWorkerIsRememberedAndOthersAreServed) {
-    write(folder / "slow.png", blackPng(22000, 22000));
-    auto source = sourceOf(folder / "slow.png");
-    int opened = 0;
-    source.open = [&opened, open = source.open] {
-        ++opened;
-        return open();
-    };
-    std::optional<local::Pixels> picture;
-    pid_t killed = 0;
-    for (int turn = 0; killed == 0; ++turn) { // until one is killed in the middle of the file
-        source.contentKey = "deadlyfile" + std::to_string(turn);
-        cover(folder / "good.jpg", 64, 48); // from here on a worker waits, and takes no time
-        std::map<pid_t, long> before;
-        for (const pid_t worker : workers())
-            before[worker] = processorTicks(worker);
-        std::atomic<bool> over = false;
-        std::thread caller([&] {
-            picture = local::coverPicture(source, 300, 300);
-            over = true;
-        });
-        while (!over && killed == 0) {
-            for (const auto& [worker, ticks] : before) {
-                if (processorTicks(worker) > ticks + 10 && kill(worker, SIGKILL) == 0)
-                    killed = worker;
-            }
-            std::this_thread::sleep_for(milliseconds(1));
-        }
-        caller.join();
-    }
-    EXPECT_EQ(sizeOf(picture), "none");
-    opened = 0;
-    EXPECT_EQ(sizeOf(local::coverPicture(source, 300, 300)), "none");
-    EXPECT_EQ(opened, 0);
-    EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48");
-    EXPECT_EQ(kill(killed, 0), -1) << "a zombie remains";
 }
 
 TEST_F(ImagingHostile, IdleWorkersThatWereEndedAreReplacedUnnoticed) {
@@ -214,21 +170,6 @@ TEST_F(ImagingHostile, AWorkerThatCannotBeStartedSaysWhichAndWhy) {
     EXPECT_FALSE(WorkerProcess::start(false, &why));
     setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_NE(why.find("/photos-kit-imaging did not start: Too many open files."), why.npos) << why;
-}
-
-TEST_F(ImagingHostile, AWorkerThatOverrunsIsEnded) {
-    auto worker = WorkerProcess::start(false);
-    ASSERT_TRUE(worker);
-    for (const pid_t child : workers())
-        kill(child, SIGSTOP);
-    const local::UniqueFd file = open(folder / "good.jpg");
-    const Request request{kRequestMark, Task::inspectPhoto};
-    ASSERT_TRUE(worker->send(request, file.get()));
-    EXPECT_FALSE(worker->receive(request.task, Clock::now() + milliseconds(100)).answer);
-    worker.reset();
-    for (const pid_t child : workers())
-        kill(child, SIGCONT);
-    EXPECT_EQ(sizeOf(cover(folder / "good.jpg", 64, 48)), "64x48");
 }
 
 TEST_F(ImagingHostile, WorkersEndWithTheirHost) {

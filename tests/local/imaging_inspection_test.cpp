@@ -80,7 +80,7 @@ TEST(ImagingInspection, DatesFallBackAndImpossibleOnesAreNone) {
 TEST(ImagingInspection, SaysWhatTheMetadataTrulyTells) {
     const Folder folder;
     writeJpeg(folder / "a.jpg", quarters(64, 48));
-    write(folder / "a.dng", rawDng(640, 480, "2024:05:06 07:08:09"));
+    writeText(folder / "a.dng", rawDng(640, 480, "2024:05:06 07:08:09"));
     run(folder,
         "exiftool -q -UserComment=Screenshot a.jpg -o shot.jpg &&"
         " exiftool -q '-LensModel=Phone 12 front camera 2.71mm f/2.2' a.jpg -o self.jpg &&"
@@ -122,9 +122,9 @@ TEST(ImagingInspection, VideosTellTheirTimeAndLength) {
     EXPECT_EQ(infoOf(folder / "a.ts", MediaKind::video).contentType,
               "public.mpeg-2-transport-stream");
     // Two seconds before 1970, in seconds since 1904.
-    std::string unset = read(folder / "a.mp4");
+    std::string unset = readBytes(folder / "a.mp4");
     unset.replace(unset.find("mvhd") + 8, 4, "\x7c\x25\xb0\x7e");
-    write(folder / "unset.m4v", unset);
+    writeText(folder / "unset.m4v", unset);
     EXPECT_EQ(captured(infoOf(folder / "unset.m4v", MediaKind::video)), "none");
     EXPECT_EQ(failureOf(folder / "sound.m4a", MediaKind::video), "The file holds no video.");
 }

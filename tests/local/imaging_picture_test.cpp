@@ -110,10 +110,10 @@ TEST(ImagingPicture, EveryOrientationComesUpright) {
 // HEIF states a turn in a property of its own; what EXIF says beside it is a copy. The encoder at
 // hand writes none, so the pixel information, which nobody needs, makes room for it.
 void stateQuarterTurnToTheRight(const fs::path& path) {
-    std::string bytes = read(path);
+    std::string bytes = readBytes(path);
     const auto at = bytes.find("pixi");
     ASSERT_NE(at, std::string::npos);
-    write(path, bytes.replace(at, 5, "irot\3"));
+    writeText(path, bytes.replace(at, 5, "irot\3"));
 }
 
 TEST(ImagingPicture, HeifIsTurnedOnce) {
@@ -203,15 +203,15 @@ TEST(ImagingPicture, ProgressiveJpegShowsTheSameFromItsFirstScans) {
 
 TEST(ImagingPicture, RawIsDevelopedUpright) {
     const Folder folder;
-    write(folder / "a.dng", rawDng(640, 480, "2024:05:06 07:08:09"));
+    writeText(folder / "a.dng", rawDng(640, 480, "2024:05:06 07:08:09"));
     EXPECT_EQ(sizeOf(cover(folder / "a.dng", 100, 100)), "100x134");
     const auto large = cover(folder / "a.dng", 400, 400);
     ASSERT_EQ(sizeOf(large), "400x534");
     // The top of the sensor, bright, is on the right.
     EXPECT_GT(colourAt(*large, 0.9, 0.5)[1], colourAt(*large, 0.1, 0.5)[1] + 50);
     // Listed as they come out of developing.
-    write(folder / "corner.dng", rawDng(640, 480, "2024:05:06 07:08:09", true));
-    write(folder / "wide.dng", rawDng(640, 480, "2024:05:06 07:08:09", false, 2));
+    writeText(folder / "corner.dng", rawDng(640, 480, "2024:05:06 07:08:09", true));
+    writeText(folder / "wide.dng", rawDng(640, 480, "2024:05:06 07:08:09", false, 2));
     for (const auto& [name, size] :
          {std::pair{"corner.dng", "678x451"}, {"wide.dng", "480x1280"}}) {
         EXPECT_EQ(std::to_string(infoOf(folder / name).width), std::string(size).substr(0, 3));

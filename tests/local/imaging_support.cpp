@@ -1,36 +1,17 @@
 #include "imaging_support.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
 #include <fcntl.h>
+#include <zlib.h>
 
 namespace imaging_test {
-
-Folder::Folder() {
-    std::string name = (fs::temp_directory_path() / "photos-kit-imaging-XXXXXX").string();
-    path_ = mkdtemp(name.data());
-}
-
-Folder::~Folder() {
-    fs::remove_all(path_);
-}
 
 void run(const Folder& folder, const std::string& command) {
     const std::string line = "cd '" + folder.path().string() + "' && (" + command + ") >log 2>&1";
     // NOLINTNEXTLINE(bugprone-command-processor): the tests' own commands
-    ASSERT_EQ(std::system(line.c_str()), 0) << command << "\n" << read(folder / "log");
-}
-
-void write(const fs::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-std::string read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
+    ASSERT_EQ(std::system(line.c_str()), 0) << command << "\n" << readBytes(folder / "log");
 }
 
 local::Pixels flat(std::uint32_t width, std::uint32_t height, Colour colour) {
@@ -55,7 +36,7 @@ local::Pixels quarters(std::uint32_t width, std::uint32_t height) {
 void writeJpeg(const fs::path& path, const local::Pixels& pixels, int quality) {
     const auto jpeg = local::encodeJpeg(pixels, quality);
     ASSERT_TRUE(jpeg);
-    write(path, std::string(jpeg->begin(), jpeg->end()));
+    writeText(path, std::string(jpeg->begin(), jpeg->end()));
 }
 
 namespace {
@@ -69,47 +50,30 @@ std::string number(std::uint64_t value, int bytes, bool bigEndian) {
 
 std::string chunk(const std::string& type, const std::string& data) {
     const std::string body = type + data;
-    std::uint32_t crc = ~0U;
-    for (const unsigned char byte : body) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc >> 1) ^ (crc & 1 ? 0xedb88320U : 0);
-    }
-    return number(data.size(), 4, true) + body + number(~crc, 4, true);
+    const auto crc =
+        crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()));
+    return number(data.size(), 4, true) + body + number(crc, 4, true);
 }
 
-// Zeros, deflated: one literal, then copies of the 258 bytes before.
 std::string deflatedZeros(std::uint64_t count) {
-    std::string out = "\x78\x01";
-    std::uint32_t pending = 0;
-    int bits = 0;
-    const auto put = [&](std::uint32_t value, int length, bool reversed) {
-        for (int i = 0; i < length; ++i) {
-            const int shift = reversed ? length - 1 - i : i;
-            pending |= (value >> shift & 1) << bits;
-            if (++bits == 8) {
-                out += static_cast<char>(pending);
-                pending = 0;
-                bits = 0;
-            }
+    static std::array<Bytef, 1 << 16> zeros{};
+    std::array<char, 1 << 16> room{};
+    std::string out;
+    z_stream stream{};
+    deflateInit(&stream, 1);
+    while (count > 0 || stream.avail_in > 0 || stream.avail_out == 0) {
+        if (stream.avail_in == 0) {
+            stream.next_in = zeros.data();
+            stream.avail_in = static_cast<uInt>(std::min<std::uint64_t>(count, zeros.size()));
+            count -= stream.avail_in;
         }
-    };
-    put(1, 1, false); // the last block
-    put(1, 2, false); // with the fixed codes
-    put(0x30, 8, true);
-    for (std::uint64_t left = count - 1; left > 0;) {
-        if (left >= 258) {
-            put(0xc5, 8, true); // a length of 258
-            put(0, 5, true);    // from one byte back
-            left -= 258;
-        } else {
-            put(0x30, 8, true);
-            --left;
-        }
+        stream.next_out = reinterpret_cast<Bytef*>(room.data());
+        stream.avail_out = static_cast<uInt>(room.size());
+        deflate(&stream, count > 0 ? Z_NO_FLUSH : Z_FINISH);
+        out.append(room.data(), room.size() - stream.avail_out);
     }
-    put(0, 7, true);
-    put(0, 7, false);
-    return out + number((count % 65521) << 16 | 1, 4, true);
+    deflateEnd(&stream);
+    return out;
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "platform/local/imaging/imaging.h"
+#include "tests/support/files.h"
+#include "tests/support/home.h"
 
 #include <gtest/gtest.h>
 
@@ -14,25 +16,12 @@ namespace imaging_test {
 namespace fs = std::filesystem;
 using Colour = std::array<int, 3>;
 
-// A new folder for the test's files, removed with the object.
-class Folder {
-public:
-    Folder();
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder();
-    fs::path operator/(const std::string& name) const { return path_ / name; }
-    const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_;
-};
+using Folder = support::ScratchHome;
+using support::readBytes;
+using support::writeText;
 
 // Runs a shell command in the folder; a failure is the test's.
 void run(const Folder& folder, const std::string& command);
-
-void write(const fs::path& path, const std::string& bytes);
-std::string read(const fs::path& path);
 
 local::Pixels flat(std::uint32_t width, std::uint32_t height, Colour colour);
 // Red, green, blue and white quarters, from the top left in reading order.

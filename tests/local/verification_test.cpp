@@ -1,13 +1,12 @@
 // Looking at a library's health: each kind of damage is found, and nothing else.
 #include "tests/local/collections_support.h"
-#include "tests/local/support.h"
+#include "tests/local/kept_library.h"
 
 #include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/maintenance/verification.h"
 
-#include <sys/stat.h>
-
 using namespace support;
+namespace fs = std::filesystem;
 using local::Finding;
 using local::Verification;
 using testing::ElementsAre;
@@ -15,59 +14,29 @@ using testing::IsEmpty;
 
 namespace {
 
-class VerificationOf : public testing::Test {
+class VerificationOf : public KeptLibrary {
 protected:
-    const ScratchHome home;
-
-    void SetUp() override {
-        for (const char* name : {"a", "b", "c"})
-            identifiers.push_back(
-                *importFile(writePicture(home.file(std::string(name) + ".jpg"), 64, 48, name[0]))
-                     .identifier);
-    }
-
-    Verification verified(local::VerificationOptions options = {}) const {
+    Verification verified(const local::VerificationOptions& options = {}) const {
         return local::verifyLibrary(home.library().string(), options);
     }
-
-    // "kind subject", each.
-    std::vector<std::string> faults() const {
-        std::vector<std::string> all;
-        for (const Finding& finding : verified().findings)
-            all.push_back(local::nameOf(finding.kind) + " " + finding.subject);
-        return all;
-    }
-
-    std::string pathOf(std::size_t which) const {
-        return std::filesystem::relative(support::originalOf(home, identifiers[which]),
-                                         home.library());
-    }
-    std::filesystem::path originalOf(std::size_t which) const {
-        return home.library() / pathOf(which);
-    }
-
-    std::vector<std::string> identifiers;
 };
 
 TEST_F(VerificationOf, AWholeLibraryFindsNothingAndChangesNothing) {
-    const auto before = std::filesystem::last_write_time(home.library() / "library.db");
+    const auto before = fs::last_write_time(home.library() / "library.db");
     const Verification result = verified();
     EXPECT_THAT(result.findings, IsEmpty());
     EXPECT_TRUE(result.complete);
     EXPECT_EQ(result.files, 3);
-    EXPECT_EQ(std::filesystem::last_write_time(home.library() / "library.db"), before);
+    EXPECT_EQ(fs::last_write_time(home.library() / "library.db"), before);
     EXPECT_THROW(local::verifyLibrary(home.file("nowhere").string(), {}), local::LibraryError);
-    EXPECT_FALSE(std::filesystem::exists(home.file("nowhere")));
+    EXPECT_FALSE(fs::exists(home.file("nowhere")));
 }
 
 TEST_F(VerificationOf, FilesThatAreGoneChangedTruncatedOrTooMany) {
-    std::string bytes = readBytes(originalOf(0));
-    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 1);
     const std::string damaged = "damaged " + pathOf(0);
-    chmod(originalOf(0).c_str(), 0600);
-    writeText(originalOf(0), bytes);
-    std::filesystem::resize_file(originalOf(1), 10);
-    std::filesystem::remove(originalOf(2));
+    flipAByte(original(0));
+    fs::resize_file(original(1), 10);
+    fs::remove(original(2));
     writeText(home.library() / "originals" / "AA" / "stray.jpg", "stray");
     EXPECT_THAT(faults(), testing::UnorderedElementsAre(damaged, "damaged " + pathOf(1),
                                                         "missing " + pathOf(2),
@@ -75,8 +44,8 @@ TEST_F(VerificationOf, FilesThatAreGoneChangedTruncatedOrTooMany) {
 }
 
 TEST_F(VerificationOf, AFolderThatIsNotMountedIsNoLoss) {
-    std::filesystem::rename(home.library() / "originals", home.file("unmounted"));
-    std::filesystem::create_directory(home.library() / "originals");
+    fs::rename(home.library() / "originals", home.file("unmounted"));
+    fs::create_directory(home.library() / "originals");
     EXPECT_THAT(faults(), ElementsAre("absent originals"));
     // Nothing is put where it would be hidden later, not even after a new opening.
     closeLibrary();
@@ -87,18 +56,18 @@ TEST_F(VerificationOf, AFolderThatIsNotMountedIsNoLoss) {
               }),
               0);
     EXPECT_THAT(filesBelow(home.library() / "originals"), IsEmpty());
-    std::filesystem::remove(home.library() / "originals");
-    std::filesystem::rename(home.file("unmounted"), home.library() / "originals");
+    fs::remove(home.library() / "originals");
+    fs::rename(home.file("unmounted"), home.library() / "originals");
     EXPECT_THAT(faults(), IsEmpty());
     EXPECT_TRUE(importFile(home.file("a.jpg")).identifier);
 }
 
 TEST_F(VerificationOf, ALibraryMadeBeforeItsStoreWasMarkedIsMarked) {
     const ScratchHome copy;
-    std::filesystem::create_directories(copy.path() / "Pictures");
-    std::filesystem::copy(home.library(), copy.library(), std::filesystem::copy_options::recursive);
-    std::filesystem::remove(copy.library() / "originals" / ".photos-kit");
-    std::filesystem::remove(copy.library() / "renders" / ".photos-kit");
+    fs::create_directories(copy.path() / "Pictures");
+    fs::copy(home.library(), copy.library(), fs::copy_options::recursive);
+    fs::remove(copy.library() / "originals" / ".photos-kit");
+    fs::remove(copy.library() / "renders" / ".photos-kit");
     EXPECT_TRUE(importFile(home.file("a.jpg")).identifier);
     const Verification result = local::verifyLibrary(copy.library().string(), {});
     EXPECT_THAT(result.findings, IsEmpty());
@@ -148,9 +117,9 @@ TEST_F(VerificationOf, ACataloguesPathsNeverLeadOutOfTheLibrary) {
            "INSERT INTO discarded_file VALUES ('../../precious'), ('library.db'),"
            "('originals/../../../precious'), ('originals/..//precious'), ('renders/CD/CD.jpg')");
     const std::string unnamed = "unnamed " + pathOf(1);
-    const auto at = originalOf(1);
+    const auto at = original(1);
     const std::string stored = "/../../" + at.filename().string();
-    std::filesystem::copy_file(at, home.library() / at.filename());
+    fs::copy_file(at, home.library() / at.filename());
     runSql(home, "UPDATE asset SET stored_as = '" + stored + "' WHERE n = 2");
     EXPECT_EQ(listed().count(), 3U);
     EXPECT_EQ(readBytes(home.file("precious")), "mine");
@@ -165,7 +134,7 @@ TEST_F(VerificationOf, ADamagedCatalogueIsSaid) {
     std::string bytes = readBytes(home.library() / "library.db");
     for (std::size_t page = 2; page < bytes.size() / 4096; ++page)
         bytes.replace(page * 4096, 200, std::string(200, 'x'));
-    std::filesystem::create_directory(home.file("copy"));
+    fs::create_directory(home.file("copy"));
     writeText(home.file("copy") / "library.db", bytes);
     const auto result = local::verifyLibrary(home.file("copy").string(), {});
     ASSERT_FALSE(result.findings.empty());
@@ -173,7 +142,7 @@ TEST_F(VerificationOf, ADamagedCatalogueIsSaid) {
 }
 
 TEST_F(VerificationOf, GoesOnWhereItStopped) {
-    std::filesystem::remove(originalOf(2));
+    fs::remove(original(2));
     int looks = 0;
     local::VerificationOptions options;
     std::int64_t row = 0;

@@ -19,6 +19,7 @@ public:
 
     const std::filesystem::path& path() const { return path_; }
     std::filesystem::path file(const std::string& name) const { return path_ / name; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
     std::filesystem::path library() const { return path_ / "Pictures" / "Lumatrice Library"; }
     std::filesystem::path logFile() const;
     // The messages in the diagnostic log, without their times.

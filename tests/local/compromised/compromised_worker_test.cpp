@@ -19,7 +19,7 @@ protected:
 
     fs::path order(const std::string& words) const {
         fs::path file = folder / "order";
-        write(file, words);
+        writeText(file, words);
         return file;
     }
 
@@ -33,7 +33,7 @@ protected:
             EXPECT_EQ(std::get<local::ImagingFailure>(told).cause,
                       local::ImagingFailure::Cause::crashed)
                 << attempt;
-        EXPECT_EQ(read(file), attempt) << "the file itself was changed";
+        EXPECT_EQ(readBytes(file), attempt) << "the file itself was changed";
         goesOn(attempt);
     }
 
@@ -70,7 +70,7 @@ TEST_F(CompromisedWorker, TimeWithoutEndIsRefusedWhileOthersAreServed) {
     if (local::imaging::kSanitized)
         GTEST_SKIP() << "a worker has minutes under sanitizers";
     const fs::path spinning = folder / "spinning";
-    write(spinning, "spin");
+    writeText(spinning, "spin");
     bool done = false;
     std::thread caller([&] {
         EXPECT_NE(failureOf(spinning), "");
@@ -83,6 +83,21 @@ TEST_F(CompromisedWorker, TimeWithoutEndIsRefusedWhileOthersAreServed) {
     caller.join();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(120));
     goesOn("spin");
+}
+
+TEST_F(CompromisedWorker, AFileThatKillsItIsRememberedAndOthersAreServed) {
+    const fs::path deadly = order("die");
+    int opened = 0;
+    const local::PictureSource source{local::MediaKind::photo, "deadlyfile", [&] {
+                                          ++opened;
+                                          return open(deadly);
+                                      }};
+    EXPECT_EQ(sizeOf(local::coverPicture(source, 300, 300)), "none");
+    EXPECT_GT(opened, 0);
+    opened = 0;
+    EXPECT_EQ(sizeOf(local::coverPicture(source, 300, 300)), "none");
+    EXPECT_EQ(opened, 0);
+    goesOn("die");
 }
 
 TEST_F(CompromisedWorker, AnswersThatNoWorkerShouldGiveAreNoAnswers) {

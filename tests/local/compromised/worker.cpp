@@ -188,78 +188,70 @@ void answerTooMuch() {
         std::_Exit(1);
 }
 
-void attempt(std::string_view order, int file) {
-    if (order == "open")
-        return tell(open("/etc/passwd", O_RDONLY) >= 0);
-    if (order == "create")
-        return tell(open("/tmp/photos-kit-taken-over", O_WRONLY | O_CREAT, 0600) >= 0);
-    if (order == "write")
-        return tell(pwrite(file, "x", 1, 0) == 1 || reopensForWriting(file));
-    if (order == "truncate")
-        return tell(ftruncate(file, 0) == 0);
-    if (order == "connect")
-        return tell(connects());
-    if (order == "exec")
-        return tell(runsAProgram());
-    if (order == "fork")
-        return tell(fork() >= 0);
-    if (order == "kill")
-        return tell(kill(getppid(), SIGKILL) == 0);
-    if (order == "trace")
-        return tell(ptrace(PTRACE_ATTACH, getppid(), nullptr, nullptr) == 0);
-    if (order == "peek")
-        return tell(readsTheHostsMemory());
-    if (order == "renew")
-        return tell(takesMoreProcessorTime());
-    if (order == "look")
-        return tell(looksAtAPath());
-    if (order == "eat")
-        return tell(eatsWithoutEnd(MAP_PRIVATE));
-    if (order == "eat shared")
-        return tell(eatsWithoutEnd(MAP_SHARED));
-    if (order == "memory of a descriptor")
-        return tell(memfd_create("more", MFD_CLOEXEC) >= 0);
-    if (order == "hoarded")
-        return tell(stillHasTheHoard());
-    if (order == "descriptor")
-        return tell(fcntl(file, F_DUPFD, 0) >= 0);
-    if (order == "threads")
-        return tell(startsThreads(100) == 100);
-    if (order == "clone")
-        return tell(clonesAThread());
-    if (order == "spin")
-        runWithoutEnd();
-}
+struct Attempt {
+    std::string_view order;
+    bool (*isAllowed)(int file);
+};
+constexpr Attempt attempts[]{
+    {"open", [](int) { return open("/etc/passwd", O_RDONLY) >= 0; }},
+    {"create",
+     [](int) { return open("/tmp/photos-kit-taken-over", O_WRONLY | O_CREAT, 0600) >= 0; }},
+    {"write", [](int file) { return pwrite(file, "x", 1, 0) == 1 || reopensForWriting(file); }},
+    {"truncate", [](int file) { return ftruncate(file, 0) == 0; }},
+    {"connect", [](int) { return connects(); }},
+    {"exec", [](int) { return runsAProgram(); }},
+    {"fork", [](int) { return fork() >= 0; }},
+    {"kill", [](int) { return kill(getppid(), SIGKILL) == 0; }},
+    {"trace", [](int) { return ptrace(PTRACE_ATTACH, getppid(), nullptr, nullptr) == 0; }},
+    {"peek", [](int) { return readsTheHostsMemory(); }},
+    {"renew", [](int) { return takesMoreProcessorTime(); }},
+    {"look", [](int) { return looksAtAPath(); }},
+    {"eat", [](int) { return eatsWithoutEnd(MAP_PRIVATE); }},
+    {"eat shared", [](int) { return eatsWithoutEnd(MAP_SHARED); }},
+    {"memory of a descriptor", [](int) { return memfd_create("more", MFD_CLOEXEC) >= 0; }},
+    {"hoarded", [](int) { return stillHasTheHoard(); }},
+    {"descriptor", [](int file) { return fcntl(file, F_DUPFD, 0) >= 0; }},
+    {"threads", [](int) { return startsThreads(100) == 100; }},
+    {"clone", [](int) { return clonesAThread(); }},
+};
 
-void misbehave(std::string_view order, int file) {
-    if (order == "die")
-        std::abort();
-    if (order == "flood")
-        return flood();
-    if (order == "too much")
-        return answerTooMuch();
-    if (order == "no picture")
-        return answer(pictureOf(8, 8));
-    if (order == "short picture")
-        return roomFor(8, 8), answer(pictureOf(800, 800));
-    if (order == "huge picture")
-        return answerPicture(65'500, 65'500);
-    if (order == "empty picture")
-        return answerPicture(0, 8);
-    if (order == "two pictures")
-        return roomFor(8, 8), answerPicture(8, 8);
-    if (order == "descriptor for a picture")
-        return roomFor(8, 8), answer(pictureOf(8, 8), file);
-    if (order == "two descriptors")
-        return sendTwoDescriptors(file);
-    if (order == "hoard")
-        return hoard();
-    if (order == "unknown outcome")
-        return answer(Answer{kAnswerMark, static_cast<Outcome>(99), 1, 1});
-    if (order == "wrong mark")
-        return answer(Answer{kRequestMark, Outcome::done, 1, 1});
-    if (order == "behave")
-        return answerPicture(8, 8);
+struct Misdeed {
+    std::string_view order;
+    void (*commit)(int file);
+};
+constexpr Misdeed misdeeds[]{
+    {"spin", [](int) { runWithoutEnd(); }},
+    {"die", [](int) { std::abort(); }},
+    {"flood", [](int) { flood(); }},
+    {"too much", [](int) { answerTooMuch(); }},
+    {"no picture", [](int) { answer(pictureOf(8, 8)); }},
+    {"short picture", [](int) { roomFor(8, 8), answer(pictureOf(800, 800)); }},
+    {"huge picture", [](int) { answerPicture(65'500, 65'500); }},
+    {"empty picture", [](int) { answerPicture(0, 8); }},
+    {"two pictures", [](int) { roomFor(8, 8), answerPicture(8, 8); }},
+    {"descriptor for a picture", [](int file) { roomFor(8, 8), answer(pictureOf(8, 8), file); }},
+    {"two descriptors", sendTwoDescriptors},
+    {"hoard", [](int) { hoard(); }},
+    {"unknown outcome",
+     [](int) {
+         answer(Answer{kAnswerMark, static_cast<Outcome>(99), 1, 1});
+     }},
+    {"wrong mark",
+     [](int) {
+         answer(Answer{kRequestMark, Outcome::done, 1, 1});
+     }},
+    {"behave", [](int) { answerPicture(8, 8); }},
+};
+
+void obey(std::string_view order, int file) {
+    for (const Attempt& attempt : attempts) {
+        if (attempt.order == order)
+            return tell(attempt.isAllowed(file));
+    }
+    for (const Misdeed& misdeed : misdeeds) {
+        if (misdeed.order == order)
+            return misdeed.commit(file);
+    }
 }
 
 } // namespace
@@ -275,9 +267,6 @@ int main() {
             return 0;
         std::array<char, 64> text{};
         const ssize_t length = pread(file.get(), text.data(), text.size(), 0);
-        const std::string_view order(text.data(),
-                                     static_cast<std::size_t>(std::max(length, ssize_t{0})));
-        attempt(order, file.get());
-        misbehave(order, file.get());
+        obey({text.data(), static_cast<std::size_t>(std::max(length, ssize_t{0}))}, file.get());
     }
 }
