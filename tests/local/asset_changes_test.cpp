@@ -42,28 +42,12 @@ std::optional<NSError> remove(const std::vector<std::string>& identifiers) {
     return changeAssets([&] { deleteAssets(fetchAssetsWithLocalIdentifiers(identifiers)); });
 }
 
-std::size_t countOfSmartAlbum(const std::string& title) {
-    const auto albums =
-        fetchAssetCollectionsWithType(PHAssetCollectionTypeSmartAlbum, PHAssetCollectionSubtypeAny);
-    for (std::size_t i = 0; i < albums.count(); ++i) {
-        const auto album = albums.objectAtIndex(i);
-        if (album->localizedTitle == title)
-            return fetchAssetsInAssetCollection(*album, nullptr).count();
-    }
-    return 0;
-}
+constexpr long favorites = 203;
+constexpr long hidden = 205;
 
-std::vector<std::string> identifiersOf(const ScratchHome& home, const std::string& condition) {
-    const std::string text = sqlText(
-        home, "SELECT group_concat(substr(h,1,8)||'-'||substr(h,9,4)||'-'||substr(h,13,4)||'-'||"
-              "substr(h,17,4)||'-'||substr(h,21)||'/L0/001', char(10)) FROM (SELECT hex(uuid) AS h "
-              "FROM asset WHERE " +
-                  condition + ")");
-    std::vector<std::string> identifiers;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);)
-        identifiers.push_back(line);
-    return identifiers;
+std::size_t countOf(long smartAlbum) {
+    const auto found = fetchAssetCollectionsWithType(PHAssetCollectionTypeSmartAlbum, smartAlbum);
+    return fetchAssetsInAssetCollection(*found.objectAtIndex(0), nullptr).count();
 }
 
 // A stand-in for the dialog, found on PATH before any other.
@@ -87,16 +71,16 @@ private:
 } // namespace
 
 TEST(AssetMarks, AreSetOnManyAssetsAndCountedInTheSmartAlbums) {
-    const ScratchHome home;
-    listed();
-    addBareAssets(home, 400, 1000, 1000);
-    const auto many = identifiersOf(home, "n % 2 = 0");
+    const BareLibrary home(400);
+    std::vector<std::string> many;
+    for (std::size_t i = 0; i < 400; i += 2)
+        many.push_back(home.all[i]);
     ASSERT_EQ(many.size(), 200u);
     ASSERT_FALSE(mark(many, setFavorite, true));
     ASSERT_FALSE(mark({many[0], many[1]}, setFavorite, true)); // already so
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 200u);
+    EXPECT_EQ(countOf(favorites), 200u);
     ASSERT_FALSE(mark({many[0], many[1], many[1]}, setFavorite, false));
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 198u);
+    EXPECT_EQ(countOf(favorites), 198u);
     EXPECT_FALSE(assetWith(many[0])->isFavorite);
     EXPECT_TRUE(assetWith(many[2])->isFavorite);
 
@@ -108,20 +92,18 @@ TEST(AssetMarks, AreSetOnManyAssetsAndCountedInTheSmartAlbums) {
     })) << "all that is asked in one block, in its order";
     ASSERT_FALSE(mark(many, setHidden, true));
     EXPECT_EQ(listed().count(), 200u);
-    EXPECT_EQ(countOfSmartAlbum("Hidden"), 200u);
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    EXPECT_EQ(countOf(hidden), 200u);
+    EXPECT_EQ(countOf(favorites), 0u);
     EXPECT_TRUE(assetWith(many[2])->isHidden);
     EXPECT_TRUE(assetWith(many[2])->isFavorite) << "one mark leaves the other alone";
     ASSERT_FALSE(mark(many, setHidden, false));
     EXPECT_EQ(listed().count(), 400u);
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 198u);
+    EXPECT_EQ(countOf(favorites), 198u);
 }
 
 TEST(AssetMarks, AreSetOnAllOrNone) {
-    const ScratchHome home;
-    listed();
-    addBareAssets(home, 3, 1000, 1000);
-    const auto identifiers = identifiersOf(home, "1");
+    const BareLibrary home(3);
+    const auto& identifiers = home.all;
     const auto assets = fetchAssetsWithLocalIdentifiers(identifiers);
     ASSERT_FALSE(remove({identifiers[1]}));
     const auto error = changeAssets([&] {
@@ -130,15 +112,13 @@ TEST(AssetMarks, AreSetOnAllOrNone) {
     });
     ASSERT_TRUE(error);
     EXPECT_THAT(error->localizedDescription.value_or(""), testing::HasSubstr("no longer exists"));
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    EXPECT_EQ(countOf(favorites), 0u);
 }
 
 // Many assets are read when somebody walks them, here within the change.
 TEST(AssetMarks, AreSetOnNoneWhenOneCannotBeRead) {
-    const ScratchHome home;
-    listed();
-    addBareAssets(home, 300, 1000, 1000);
-    const auto many = identifiersOf(home, "1");
+    const BareLibrary home(300);
+    const auto& many = home.all;
     ASSERT_FALSE(mark({many[0]}, setHidden, true)); // its connection is kept
     const auto markAll = [](const PHFetchResult<PHAsset>& assets) {
         return changeAssets([&] {
@@ -155,14 +135,14 @@ TEST(AssetMarks, AreSetOnNoneWhenOneCannotBeRead) {
         EXPECT_TRUE(markAll(read));
         EXPECT_TRUE(changeAssets([&] { setFavorite({}, fetchAssetsWithOptions({}).count()); }));
     }
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    EXPECT_EQ(countOf(favorites), 0u);
     EXPECT_FALSE(markAll(read));
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 299u);
+    EXPECT_EQ(countOf(favorites), 299u);
     runSql(home, "UPDATE asset SET trashed_at = added + 1 WHERE n = 290; DELETE FROM favorite");
     const auto gone = markAll(read);
     ASSERT_TRUE(gone);
     EXPECT_THAT(gone->localizedDescription.value_or(""), testing::HasSubstr("no longer exists"));
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    EXPECT_EQ(countOf(favorites), 0u);
 }
 
 TEST(AssetMarks, AreDoneOnceCommittedWhateverComesAfterwards) {
@@ -175,7 +155,7 @@ TEST(AssetMarks, AreDoneOnceCommittedWhateverComesAfterwards) {
         EXPECT_FALSE(mark({identifier}, setFavorite, true));
     });
     EXPECT_EQ(outcome, 0);
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 1u);
+    EXPECT_EQ(countOf(favorites), 1u);
 }
 
 TEST(Trash, KeepsAssetsWholeUntilItIsEmptied) {
@@ -188,7 +168,7 @@ TEST(Trash, KeepsAssetsWholeUntilItIsEmptied) {
     ASSERT_FALSE(remove({*gone, "unknown/L0/001"}));
     EXPECT_THAT(listedIdentifiers(), ElementsAre(*kept));
     EXPECT_FALSE(assetWith(*gone)) << "deleted ones are nowhere";
-    EXPECT_EQ(countOfSmartAlbum("Favorites"), 0u);
+    EXPECT_EQ(countOf(favorites), 0u);
     ASSERT_EQ(local::listTrash().size(), 1u);
     EXPECT_EQ(local::listTrash()[0].filename, "b.jpg");
     EXPECT_EQ(readBytes(original), readBytes(home.file("b.jpg")));
@@ -227,10 +207,8 @@ TEST(Trash, KeepsAssetsWholeUntilItIsEmptied) {
 }
 
 TEST(DeletionQuestion, IsAskedWhereTheSettingWantsIt) {
-    const ScratchHome home;
-    listed();
-    addBareAssets(home, 2, 1000, 1000);
-    const auto identifiers = listedIdentifiers();
+    const BareLibrary home(2);
+    const auto& identifiers = home.all;
     local::setConfirmDeletions(true);
     struct Answer {
         const char* script;

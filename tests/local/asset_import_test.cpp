@@ -128,21 +128,18 @@ TEST(AssetImport, WhatCannotBeAnAssetIsRefusedWithASentence) {
 }
 
 TEST(AssetImport, AFullDiskCostsOnlyTheFileThatDoesNotFit) {
-    const ScratchHome home;
-    if (!mountSmallDisk(home.path() / "Pictures", "size=2m"))
-        GTEST_SKIP() << "this system does not let the test mount a disk";
-    const auto small = writePicture(home.file("small.jpg"));
-    const auto first = importFile(small).identifier;
-    ASSERT_TRUE(first);
-    fs::copy_file(small, home.file("large.jpg"));
-    fs::resize_file(home.file("large.jpg"), 8 << 20);
-    const auto refused = importFile(home.file("large.jpg"));
-    EXPECT_FALSE(refused.identifier);
-    EXPECT_THAT(refused.sentence(), HasSubstr("No space left"));
-    EXPECT_TRUE(importFile(small).identifier);
-    EXPECT_EQ(listed().count(), 2u);
-    EXPECT_EQ(readBytes(originalOf(home, *first)), readBytes(small));
-    EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+    onSmallDisk("size=2m", [](const ScratchHome& home, const fs::path&) {
+        const auto small = writePicture(home.file("small.jpg"));
+        const auto first = importFile(small).identifier;
+        ASSERT_TRUE(first);
+        fs::copy_file(small, home.file("large.jpg"));
+        fs::resize_file(home.file("large.jpg"), 8 << 20);
+        EXPECT_THAT(importFile(home.file("large.jpg")).sentence(), HasSubstr("No space left"));
+        EXPECT_TRUE(importFile(small).identifier);
+        EXPECT_EQ(listed().count(), 2u);
+        EXPECT_EQ(readBytes(originalOf(home, *first)), readBytes(small));
+        EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
+    });
 }
 
 TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {

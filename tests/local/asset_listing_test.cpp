@@ -45,9 +45,7 @@ std::vector<std::int64_t> trueOrder(const ScratchHome& home) {
 } // namespace
 
 TEST(AssetListing, AnyPageIsRightWhateverChangesBetweenPages) {
-    const ScratchHome home;
-    platform::authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 3000, 1'000'000, 10);
+    const BareLibrary home(3000, 1'000'000, 10);
     std::mt19937 random(7);
     for (int round = 0; round < 60; ++round) {
         const std::string n = std::to_string(random() % 3500);
@@ -93,9 +91,7 @@ TEST(AssetListing, AnyPageIsRightWhateverChangesBetweenPages) {
 }
 
 TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBack) {
-    const ScratchHome home;
-    platform::authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 2000, 0, 1);
+    const BareLibrary home(2000, 0, 1);
     EXPECT_EQ(listedNumbers(1500, 1501).size(), 1u);
     addBareAssets(home, 500, 100, 1);
     runSql(home, "DELETE FROM listing_change WHERE seq < (SELECT max(seq) FROM listing_change)");
@@ -103,9 +99,7 @@ TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBack) {
 }
 
 TEST(AssetListing, ACatalogueThatWasPutBackIsListedAsItIs) {
-    const ScratchHome home;
-    platform::authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 2000, 0, 1);
+    const BareLibrary home(2000, 0, 1);
     EXPECT_EQ(listedNumbers(1500, 1501).size(), 1u);
     // An older one, whose numbers go back; and then one that has gone on otherwise since.
     runSql(home, "DELETE FROM asset WHERE created < 100;"
@@ -120,9 +114,7 @@ TEST(AssetListing, ACatalogueThatWasPutBackIsListedAsItIs) {
 }
 
 TEST(AssetListing, AFetchIsASnapshot) {
-    const ScratchHome home;
-    platform::authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 10, 0, 1);
+    const BareLibrary home(10, 0, 1);
     const auto before = listed();
     const std::string first = before.objectAtIndex(0)->localIdentifier;
     addBareAssets(home, 5, 1000, 1);
@@ -135,9 +127,7 @@ TEST(AssetListing, AFetchIsASnapshot) {
 }
 
 TEST(AssetListing, EveryThreadSeesAWholeOrderWhileOthersWrite) {
-    const ScratchHome home;
-    platform::authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 2000, 0, 5);
+    const BareLibrary home(2000, 0, 5);
     std::atomic<bool> stop = false;
     std::atomic<int> walks = 0;
     std::vector<std::thread> readers;
@@ -177,10 +167,8 @@ TEST(AssetListing, EveryThreadSeesAWholeOrderWhileOthersWrite) {
 }
 
 TEST(AssetListing, HiddenAndTrashedAssetsAreLeftOutAndHiddenOnesFoundByIdentifier) {
-    const ScratchHome home;
-    platform::authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 3, 1000, 1000);
-    const auto all = listedIdentifiers();
+    const BareLibrary home(3);
+    const auto& all = home.all;
     runSql(home, "UPDATE asset SET hidden = 1 WHERE created = 2000;"
                  "UPDATE asset SET trashed_at = 1 WHERE created = 1000;"
                  "INSERT INTO favorite SELECT created, n FROM asset WHERE created >= 2000");
@@ -196,10 +184,8 @@ TEST(AssetListing, HiddenAndTrashedAssetsAreLeftOutAndHiddenOnesFoundByIdentifie
 }
 
 TEST(Access, DecidesWhatIsSeenAndChanged) {
-    const ScratchHome home;
-    platform::authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 4, 1000, 1000);
-    const auto all = listedIdentifiers();
+    const BareLibrary home(4);
+    const auto& all = home.all;
     const auto picture = writePicture(home.file("mine.jpg"));
 
     runSql(home, "UPDATE library SET access = 4; INSERT INTO limited_choice "

@@ -98,9 +98,7 @@ TEST(Collections, FilingMovesAndRefusesCycles) {
 }
 
 TEST(Collections, DeletingAFolderTakesWhatIsInsideAndNoAssets) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 3, 1000, 1);
+    const BareLibrary home(3, 1000, 1);
     auto parent = newFolder("0");
     const auto top = parent;
     for (int depth = 1; depth < 200; ++depth) {
@@ -124,10 +122,8 @@ TEST(Collections, DeletingAFolderTakesWhatIsInsideAndNoAssets) {
 }
 
 TEST(Albums, KeepMembersInTheirOrderOnceEach) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 5, 1000, 1000);
-    const auto all = listedIdentifiers(); // newest first
+    const BareLibrary home(5);
+    const auto& all = home.all; // newest first
     const auto a = newAlbum("a");
     EXPECT_EQ(add(a, {all[3]}), "");
     EXPECT_EQ(add(a, {all[0]}), "");
@@ -172,10 +168,8 @@ TEST(Albums, KeepMembersInTheirOrderOnceEach) {
 }
 
 TEST(Albums, TellWhetherTheyHoldAnAsset) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 3, 1000, 1000);
-    const auto all = listedIdentifiers();
+    const BareLibrary home(3);
+    const auto& all = home.all;
     const auto a = newAlbum("a");
     add(a, {all[0], all[1]});
     runSql(home, "INSERT INTO favorite SELECT created, n FROM asset WHERE created = 3000;"
@@ -195,9 +189,7 @@ TEST(Albums, TellWhetherTheyHoldAnAsset) {
 }
 
 TEST(Albums, AnyPageIsRightInALargeAlbumThatChanges) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 4000, 1'000'000, 7);
+    const BareLibrary home(4000, 1'000'000, 7);
     const auto a = newAlbum("large");
     runSql(home, "UPDATE asset SET created = 1000000 + (n * 7919) % 30000;"
                  "INSERT INTO favorite SELECT created, n FROM asset WHERE n % 3 = 0");
@@ -221,10 +213,8 @@ TEST(Albums, AnyPageIsRightInALargeAlbumThatChanges) {
 }
 
 TEST(SmartAlbums, AreLiveAndTheirCountsAreKept) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 10, 1000, 1000);
-    const auto all = listedIdentifiers();
+    const BareLibrary home(10);
+    const auto& all = home.all;
     runSql(home, "UPDATE asset SET added = -created;"
                  "UPDATE asset SET media = 2 WHERE n IN (1, 2);"
                  "UPDATE asset SET traits = 1 WHERE n = 3; UPDATE asset SET traits = 2 WHERE n = 4;"
@@ -259,10 +249,8 @@ TEST(SmartAlbums, AreLiveAndTheirCountsAreKept) {
 }
 
 TEST(Collections, AreSeenAccordingToTheAccess) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 4, 1000, 1000);
-    const auto all = listedIdentifiers();
+    const BareLibrary home(4);
+    const auto& all = home.all;
     const auto a = newAlbum("a");
     add(a, all);
     runSql(home, "UPDATE library SET access = 4; INSERT INTO limited_choice SELECT n FROM asset "
@@ -304,10 +292,8 @@ TEST(Collections, InsideAFolderAreCountedAndReadWhenThereIsRoomAgain) {
 // An album or folder that somebody has fetched and that is deleted meanwhile is gone for good: what
 // is made after it never takes its place.
 TEST(DeletedCollections, AreNotTakenForTheNextOnes) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 2, 1000, 1000);
-    const auto assets = listedIdentifiers();
+    const BareLibrary home(2);
+    const auto& assets = home.all;
     const auto shelf = newFolder("shelf");
     const auto gone = newAlbum("gone");
     const auto goneFetched = fetchAssetCollectionsWithLocalIdentifiers({gone});
@@ -327,24 +313,4 @@ TEST(DeletedCollections, AreNotTakenForTheNextOnes) {
     change([&] { deleteAssetCollections(goneFetched); });
     EXPECT_EQ(own(next).size(), 2u);
     expectConsistent(home);
-}
-
-TEST(DeletedCollections, LeaveNoPagesToTheNextOnes) {
-    const ScratchHome home;
-    authorizationStatusForAccessLevel(2);
-    addBareAssets(home, 4000, 1000, 1000);
-    const auto all = listedIdentifiers();
-    const std::vector<std::string> newer(all.begin(), all.begin() + 2000);
-    const std::vector<std::string> older(all.begin() + 2000, all.end());
-    const PHFetchOptions options = newestFirst();
-    const auto gone = newAlbum("gone");
-    ASSERT_EQ(add(gone, newer), "");
-    const auto goneAssets = fetchAssetsInAssetCollection(album(gone), &options);
-    ASSERT_EQ(goneAssets.objectAtIndex(1500)->localIdentifier, newer[1500]);
-    remove(gone);
-    const auto next = newAlbum("next");
-    ASSERT_EQ(add(next, older), "");
-    const auto assets = fetchAssetsInAssetCollection(album(next), &options);
-    EXPECT_EQ(assets.objectAtIndex(1500)->localIdentifier, older[1500]);
-    EXPECT_EQ(newest(next), older);
 }

@@ -40,6 +40,20 @@ int inChild(const std::function<void()>& body) {
     return WEXITSTATUS(outcome);
 }
 
+void onSmallDisk(const std::string& options,
+                 const std::function<void(const ScratchHome&, const fs::path&)>& body) {
+    const int outcome = inChild([&] {
+        const ScratchHome home;
+        const fs::path disk = home.path() / "Pictures";
+        if (!mountSmallDisk(disk, options))
+            _exit(notPossibleHere);
+        body(home, disk);
+    });
+    if (outcome == notPossibleHere)
+        GTEST_SKIP() << "this system does not let the test mount a disk";
+    EXPECT_EQ(outcome, 0);
+}
+
 void closeLibrary() {
     const std::string home = getenv("HOME");
     {
@@ -183,6 +197,12 @@ void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated
                      "content_type, stored_as, hash, size, added) SELECT randomblob(16), " +
                      std::to_string(firstCreated) + " + i * " + std::to_string(step) +
                      ", 1, 10, 10, 'bare ' || i, 'public.jpeg', 'none', zeroblob(16), 0, 0 FROM s");
+}
+
+BareLibrary::BareLibrary(int count, std::int64_t firstCreated, std::int64_t step) {
+    listed();
+    addBareAssets(*this, count, firstCreated, step);
+    all = listedIdentifiers();
 }
 
 std::vector<std::string> filesBelow(const fs::path& folder) {

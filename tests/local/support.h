@@ -27,6 +27,11 @@ bool mountSmallDisk(const std::filesystem::path& at, const std::string& options)
 inline constexpr int notPossibleHere = 77;
 int inChild(const std::function<void()>& body);
 
+// Runs `body` in such a process, with its Pictures folder on a small disk; skips the test where the
+// system does not allow it.
+void onSmallDisk(const std::string& options,
+                 const std::function<void(const ScratchHome&, const std::filesystem::path&)>& body);
+
 // Closes the library that this process has open, so that a process forked from it may open it.
 void closeLibrary();
 
@@ -70,6 +75,12 @@ std::filesystem::path originalOf(const ScratchHome& home, const std::string& ide
 // Adds rows for assets without files: n, and a creation time for each.
 void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
                    std::int64_t step);
+
+// A home whose library holds such assets: so many, a second apart unless said otherwise.
+struct BareLibrary : ScratchHome {
+    explicit BareLibrary(int count, std::int64_t firstCreated = 1000, std::int64_t step = 1000);
+    std::vector<std::string> all; // as listed: the newest first
+};
 
 // Paths below `folder`, relative to it, files only; not the store's markers.
 std::vector<std::string> filesBelow(const std::filesystem::path& folder);
