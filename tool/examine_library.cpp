@@ -1,9 +1,9 @@
 // photos-kit doctor: the library's place, its disk, and who uses it.
 #include "platform/local/maintenance/disk.h"
 #include "platform/local/maintenance/library_reader.h"
-#include "platform/local/maintenance/library_users.h"
 #include "platform/local/system/library_error.h"
 #include "tool/examination.h"
+#include "tool/library_users.h"
 #include "tool/text.h"
 
 #include <sys/stat.h>
@@ -108,19 +108,22 @@ void examineDisk(Examination& all, const std::string& library) {
 
 void examineUsers(Examination& all, const std::string& library) {
     Section& section = all.begin("Open in", "processes");
-    for (const local::LibraryUser& user : local::usersOf(library)) {
-        std::string text = user.program;
-        text += user.writes ? ", writes" : user.reads ? ", reads" : "";
-        if (user.files > 0)
-            text += ", has " + countText(static_cast<std::int64_t>(user.files), "file", "files") +
-                    " in work";
-        const std::string process = std::to_string(user.process);
-        section.add(process, process,
-                    Json{{"program", user.program},
-                         {"writes", user.writes},
-                         {"reads", user.reads},
-                         {"filesInWork", user.files}},
-                    text);
+    try {
+        for (const auto& [process, user] : usersOf(library)) {
+            std::string text = user.program + (user.writes ? ", writes" : "");
+            if (user.files > 0)
+                text += ", has " +
+                        countText(static_cast<std::int64_t>(user.files), "file", "files") +
+                        " in work";
+            const std::string number = std::to_string(process);
+            section.add(number, number,
+                        Json{{"program", user.program},
+                             {"writes", user.writes},
+                             {"filesInWork", user.files}},
+                        text);
+        }
+    } catch (const Failure& failure) {
+        all.warnings.emplace_back(failure.what());
     }
 }
 

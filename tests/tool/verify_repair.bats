@@ -70,3 +70,19 @@ original_of() { # FILENAME
     [ "$status" -eq 1 ]
     [ ! -e "$HOME/Pictures" ]
 }
+
+@test "the doctor names who has the library open" {
+    picture a.jpg
+    photos-kit import a.jpg
+    [ "$(photos-kit doctor --json | jq -c .processes)" = '{}' ]
+    mkfifo words
+    sqlite3 "$HOME/Pictures/Lumatrice Library/library.db" <words >begun &
+    exec 4>words
+    echo "BEGIN IMMEDIATE; SELECT 1;" >&4
+    until [ -s begun ]; do sleep 0.05; done
+    photos-kit doctor --json | jq -e ".processes[\"$!\"] | .program == \"sqlite3\" and .writes"
+    run photos-kit doctor
+    says "sqlite3, writes"
+    exec 4>&-
+    wait
+}

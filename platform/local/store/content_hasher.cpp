@@ -1,11 +1,12 @@
 #include "platform/local/store/content_hasher.h"
 
-#include "platform/local/store/content_hasher_avx2.h"
 #include "platform/local/system/library_error.h"
 
-// Inlined, so that no library has to be loaded into the host for it.
-#define XXH_INLINE_ALL
+#define XXH_STATIC_LINKING_ONLY // for the state's size
 #include <xxhash.h>
+#ifdef __x86_64__
+#include <xxh_x86dispatch.h> // the same functions, by what the processor has
+#endif
 
 #include <unistd.h>
 
@@ -14,25 +15,6 @@
 #include <vector>
 
 namespace local {
-
-namespace {
-
-using Update = void (*)(void* state, const std::uint8_t* bytes, std::size_t size);
-
-void updateAnywhere(void* state, const std::uint8_t* bytes, std::size_t size) {
-    XXH3_128bits_update(static_cast<XXH3_state_t*>(state), bytes, size);
-}
-
-// A compiler that builds for every x86-64 processor uses half the width of most of them.
-Update chooseUpdate() {
-#ifdef PHOTOS_KIT_AVX2
-    if (__builtin_cpu_supports("avx2"))
-        return updateWithAvx2;
-#endif
-    return updateAnywhere;
-}
-
-} // namespace
 
 struct ContentHasher::State {
     XXH3_state_t hashing;
@@ -45,8 +27,7 @@ ContentHasher::ContentHasher() : state_(std::make_unique<State>()) {
 ContentHasher::~ContentHasher() = default;
 
 void ContentHasher::take(const std::uint8_t* bytes, std::size_t size) {
-    static const Update update = chooseUpdate();
-    update(&state_->hashing, bytes, size);
+    XXH3_128bits_update(&state_->hashing, bytes, size);
     size_ += static_cast<std::int64_t>(size);
 }
 
