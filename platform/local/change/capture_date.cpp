@@ -1,4 +1,5 @@
 #include "platform/local/change/capture_date.h"
+#include "platform/local/imaging/wire/capture_time.h"
 
 #include <chrono>
 #include <ctime>
@@ -6,13 +7,6 @@
 namespace local {
 
 namespace {
-
-constexpr int minutesInADay = 24 * 60;
-
-bool isTimeOfDay(const CaptureTime& r) {
-    return r.hour >= 0 && r.hour < 24 && r.minute >= 0 && r.minute < 60 && r.second >= 0 &&
-           r.second < 60 && r.millisecond >= 0 && r.millisecond < 1000;
-}
 
 // An offset can carry the first or the last day out of the years that count.
 std::optional<std::int64_t> dateOf(std::int64_t milliseconds) {
@@ -37,15 +31,15 @@ std::optional<std::int64_t> localSeconds(const CaptureTime& r) {
 
 } // namespace
 
-std::optional<std::int64_t> millisecondsSince1970(const CaptureTime& reading) {
+std::optional<std::int64_t> millisecondsSince1970(const CaptureTime& stated) {
     using namespace std::chrono;
+    const auto read = imaging::existing(stated);
+    if (!read)
+        return std::nullopt;
+    const CaptureTime& reading = *read;
     const year_month_day date{year(reading.year), month(static_cast<unsigned>(reading.month)),
                               day(static_cast<unsigned>(reading.day))};
-    if (reading.year < 1 || reading.year > 9999 || !date.ok() || !isTimeOfDay(reading))
-        return std::nullopt;
-    const bool offsetExists = reading.offsetMinutes && *reading.offsetMinutes > -minutesInADay &&
-                              *reading.offsetMinutes < minutesInADay;
-    if (!offsetExists) {
+    if (!reading.offsetMinutes) {
         const auto seconds = localSeconds(reading);
         return seconds ? dateOf(*seconds * 1000 + reading.millisecond) : std::nullopt;
     }

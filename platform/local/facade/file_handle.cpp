@@ -2,6 +2,7 @@
 
 #include "platform/local/library/file_place.h"
 #include "platform/local/system/guarded.h"
+#include "platform/local/system/write_all.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -33,16 +34,10 @@ std::optional<NSFileHandle> fileHandleForWritingAtPath(const std::string& path) 
 
 void writeData(const NSFileHandle& file, std::span<const std::uint8_t> data) {
     const int target = file.object ? descriptorOf(file).get() : -1;
-    while (!data.empty()) {
-        const ssize_t put = write(target, data.data(), data.size());
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put < 0)
-            throw NSException(local::systemError("The file could not be written", errno)
-                                  .error()
-                                  .localizedDescription);
-        data = data.subspan(static_cast<std::size_t>(put));
-    }
+    if (!local::writeAll(target, data.data(), data.size()))
+        throw NSException(local::systemError("The file could not be written", errno)
+                              .error()
+                              .localizedDescription);
 }
 
 void closeFile(const NSFileHandle& file) {

@@ -5,6 +5,7 @@
 #include "platform/local/change/content_types.h"
 #include "platform/local/library/file_place.h"
 #include "platform/local/system/guarded.h"
+#include "platform/local/system/write_all.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -37,16 +38,9 @@ UniqueFd openRegularFile(const std::string& path) {
     return file;
 }
 
-void writeAll(int file, const std::uint8_t* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t put = write(file, bytes, size);
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put < 0)
-            throw systemError("The file could not be written", errno);
-        bytes += put;
-        size -= static_cast<std::size_t>(put);
-    }
+void writeThrough(int file, const std::uint8_t* bytes, std::size_t size) {
+    if (!local::writeAll(file, bytes, size))
+        throw systemError("The file could not be written", errno);
 }
 
 void closeWritten(UniqueFd& file) {
@@ -82,7 +76,7 @@ void copyBytes(int source, int target) {
             throw systemError("The file could not be read", errno);
         if (got == 0)
             return;
-        writeAll(target, chunk.get(), static_cast<std::size_t>(got));
+        writeThrough(target, chunk.get(), static_cast<std::size_t>(got));
     }
 }
 
@@ -135,7 +129,7 @@ void writeWhole(const FilePlace& place, const NSData& data) {
     const std::string part = "." + place.name.substr(0, 200) + ".part-" + std::to_string(getpid()) +
                              "-" + std::to_string(gettid());
     makeFile(place, part, [&](int file) {
-        writeAll(file, data.data(), data.size());
+        writeThrough(file, data.data(), data.size());
         if (fdatasync(file) != 0)
             throw systemError("The file could not be written through", errno);
     });
@@ -152,7 +146,7 @@ void writeInPlace(const FilePlace& place, const NSData& data) {
         openat(place.folder.get(), place.name.c_str(), writing | O_CREAT | O_TRUNC, usualMode));
     if (!file)
         throw systemError("The file could not be opened", errno);
-    writeAll(file.get(), data.data(), data.size());
+    writeThrough(file.get(), data.data(), data.size());
     closeWritten(file);
 }
 

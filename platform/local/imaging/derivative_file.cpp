@@ -1,4 +1,5 @@
 #include "platform/local/imaging/derivative_file.h"
+#include "platform/local/system/write_all.h"
 
 #include <algorithm>
 #include <atomic>
@@ -24,19 +25,6 @@ bool isUsableKey(const std::string& key) {
 UniqueFd openShard(int folder, const std::string& key) {
     return UniqueFd(
         openat(folder, key.substr(0, 2).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
-bool writeAll(int file, const std::vector<std::uint8_t>& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        done += static_cast<std::size_t>(written);
-    }
-    return true;
 }
 
 std::string temporaryName(const std::string& key) {
@@ -84,7 +72,7 @@ void writeDerivative(int folder, const std::string& contentKey,
         return;
     flock(file.get(), LOCK_EX | LOCK_NB);
     const bool stored =
-        writeAll(file.get(), jpeg) && fdatasync(file.get()) == 0 &&
+        writeAll(file.get(), jpeg.data(), jpeg.size()) && fdatasync(file.get()) == 0 &&
         renameat(shard.get(), temporary.c_str(), shard.get(), (contentKey + ".jpg").c_str()) == 0;
     if (!stored)
         unlinkat(shard.get(), temporary.c_str(), 0);

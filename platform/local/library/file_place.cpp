@@ -1,6 +1,7 @@
 #include "platform/local/library/file_place.h"
 
 #include "platform/local/library/library_location.h"
+#include "platform/local/system/file_identity.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,17 +15,7 @@ namespace local {
 
 namespace {
 
-struct Identity {
-    dev_t device = 0;
-    ino_t inode = 0;
-    bool operator==(const Identity&) const = default;
-};
-
-Identity identityOf(const struct stat& file) {
-    return {file.st_dev, file.st_ino};
-}
-
-std::optional<Identity> libraryFolder() {
+std::optional<FileIdentity> libraryFolder() {
     const auto path = libraryPath();
     struct stat folder {};
     if (!path || stat(path->c_str(), &folder) != 0)
@@ -36,26 +27,8 @@ UniqueFd openFolder(const std::string& path) {
     return UniqueFd(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-// Whether `sought` is the folder or one of those above it.
-bool isAtOrAbove(const Identity& sought, int folder) {
-    UniqueFd at(openat(folder, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    struct stat here {};
-    if (!at || fstat(at.get(), &here) != 0)
-        return false;
-    for (;;) {
-        if (identityOf(here) == sought)
-            return true;
-        UniqueFd above(openat(at.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
-        struct stat next {};
-        if (!above || fstat(above.get(), &next) != 0 || identityOf(next) == identityOf(here))
-            return false;
-        at = std::move(above);
-        here = next;
-    }
-}
-
 // Whether the folder is one that an edit in progress renders into.
-bool isEditFolder(int folder, const Identity& library) {
+bool isEditFolder(int folder, const FileIdentity& library) {
     std::array<char, PATH_MAX> path;
     const std::string link = "/proc/self/fd/" + std::to_string(folder);
     const ssize_t length = readlink(link.c_str(), path.data(), path.size());
@@ -69,7 +42,7 @@ bool isEditFolder(int folder, const Identity& library) {
     return above && fstat(above.get(), &status) == 0 && identityOf(status) == library;
 }
 
-bool holds(const FilePlace& place, const Identity& library) {
+bool holds(const FilePlace& place, const FileIdentity& library) {
     struct stat file {};
     if (fstatat(place.folder.get(), place.name.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0 ||
         !S_ISDIR(file.st_mode))

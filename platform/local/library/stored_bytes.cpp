@@ -6,8 +6,12 @@ namespace local {
 
 namespace {
 
-constexpr const char* originalSql = "SELECT stored_as, hash, size FROM asset WHERE n = ?1";
-constexpr const char* renderSql = "SELECT stored_as, hash, size FROM edit WHERE asset = ?1";
+constexpr const char* originalSql = "SELECT 0, stored_as, hash, size FROM asset WHERE n = ?1";
+constexpr const char* renderSql = "SELECT 1, stored_as, hash, size FROM edit WHERE asset = ?1";
+constexpr const char* currentSql =
+    "SELECT edit.asset IS NOT NULL, ifnull(edit.stored_as, asset.stored_as), "
+    "ifnull(edit.hash, asset.hash), ifnull(edit.size, asset.size) FROM asset "
+    "LEFT JOIN edit ON edit.asset = asset.n WHERE asset.n = ?1";
 constexpr const char* dataSql = "SELECT data FROM edit WHERE asset = ?1";
 
 LibraryError gone() {
@@ -15,45 +19,44 @@ LibraryError gone() {
             "The asset no longer has this file."};
 }
 
-struct Place {
-    std::string name;
-    StoredBytes bytes;
-};
-
-Place readPlace(std::int64_t asset, const char* sql) {
+std::optional<StoredFile> readFile(std::int64_t asset, const char* sql) {
     const ConnectionLease connection = Library::open()->connection();
     Statement row = connection->statement(sql);
     if (!row.bind(1, asset).step())
-        throw gone();
-    Place place;
-    place.name = row.text(0);
-    place.bytes.hash = row.bytes<ContentHash>(1);
-    place.bytes.size = row.integer(2);
-    return place;
+        return std::nullopt;
+    return StoredFile{row.integer(0) != 0 ? Stored::render : Stored::original,
+                      std::string(row.text(1)), row.bytes<ContentHash>(2), row.integer(3)};
 }
 
-StoredBytes openFile(std::int64_t asset, Stored kind, const char* sql) {
-    Place place = readPlace(asset, sql);
-    try {
-        place.bytes.file = Library::open()->files().open(kind, place.name);
-    } catch (const LibraryError&) {
-        // Another edit may have taken this one's place between the two steps.
-        Place now = readPlace(asset, sql);
-        if (now.name == place.name)
-            throw;
-        place = std::move(now);
-        place.bytes.file = Library::open()->files().open(kind, place.name);
+StoredBytes openFile(std::int64_t asset, const char* sql) {
+    auto file = readFile(asset, sql);
+    for (;;) {
+        if (!file)
+            throw gone();
+        try {
+            return {
+                Library::open()->files().open(file->kind, file->name), {}, file->hash, file->size};
+        } catch (const LibraryError&) {
+            // Another edit may have taken this one's place between the two steps.
+            auto now = readFile(asset, sql);
+            if (now && now->name == file->name)
+                throw;
+            file = std::move(now);
+        }
     }
-    return std::move(place.bytes);
 }
 
 } // namespace
 
+std::optional<StoredFile> currentFile(std::int64_t asset) {
+    return readFile(asset, currentSql);
+}
+
 StoredBytes openResource(std::int64_t asset, long resourceType) {
     if (resourceType == platform::PHAssetResourceTypeFullSizePhoto)
-        return openFile(asset, Stored::render, renderSql);
+        return openFile(asset, renderSql);
     if (resourceType != platform::PHAssetResourceTypeAdjustmentData)
-        return openFile(asset, Stored::original, originalSql);
+        return openFile(asset, originalSql);
     const ConnectionLease connection = Library::open()->connection();
     Statement row = connection->statement(dataSql);
     if (!row.bind(1, asset).step())

@@ -1,4 +1,5 @@
 #include "platform/local/maintenance/backup_files.h"
+#include "platform/local/system/write_all.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,18 +14,6 @@ namespace {
 
 [[noreturn]] void backupFailed(const std::string& what, int error) {
     throw systemError("The backup could not be written (" + what + ")", error);
-}
-
-void writeAll(int target, const std::uint8_t* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t put = write(target, bytes, size);
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put < 0)
-            backupFailed("writing", errno);
-        bytes += put;
-        size -= static_cast<std::size_t>(put);
-    }
 }
 
 std::string shelfOf(const NamedFile& file) {
@@ -110,7 +99,8 @@ BackupFiles::Taken BackupFiles::copy(int source, const std::string& part) const 
             return Taken::unreadable;
         if (got == 0)
             break;
-        writeAll(target.get(), chunk.data(), static_cast<std::size_t>(got));
+        if (!writeAll(target.get(), chunk.data(), static_cast<std::size_t>(got)))
+            backupFailed("writing", errno);
     }
     if (fsync(target.get()) != 0)
         backupFailed("writing through", errno);

@@ -4,6 +4,7 @@
 #include "platform/local/maintenance/folders.h"
 #include "platform/local/maintenance/library_reader.h"
 #include "platform/local/store/content_hasher.h"
+#include "platform/local/system/file_identity.h"
 #include "platform/local/system/folder_names.h"
 #include "platform/local/system/library_error.h"
 
@@ -101,11 +102,15 @@ void BackupFolder::requirePlace(int library) const {
     const UniqueFd nearest = nearestFolder(path_);
     if (!nearest)
         throw systemError("The folder " + path_ + " could not be opened", errno);
-    if (isAtOrAbove(library, nearest.get()))
+    const auto isIn = [](int folder, int other) {
+        const auto identity = identityOf(other);
+        return identity && isAtOrAbove(*identity, folder);
+    };
+    if (isIn(nearest.get(), library))
         throw refused("The backup cannot lie inside the library.");
     struct stat there {};
     const bool missing = stat(path_.c_str(), &there) != 0 && errno == ENOENT;
-    if (isAtOrAbove(nearest.get(), library) && !missing)
+    if (isIn(library, nearest.get()) && !missing)
         throw refused("The library lies inside " + path_ + ".");
 }
 

@@ -1,4 +1,4 @@
-// Where folders lie to each other, whatever paths lead to them.
+// Folders that may not be there yet.
 #pragma once
 
 #include "platform/local/system/unique_fd.h"
@@ -6,9 +6,6 @@
 #include <string>
 
 namespace local {
-
-// Whether `folder` is `sought` or lies inside it.
-bool isAtOrAbove(int sought, int folder);
 
 // The folder, or the nearest one above it that exists; empty, with errno, when there is none to be
 // opened.

@@ -1,5 +1,6 @@
 #include "platform/local/maintenance/quarantine.h"
 #include "platform/local/system/folder_names.h"
+#include "platform/local/system/write_all.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -43,13 +44,8 @@ void copy(int source, int target) {
             break;
         if (got < 0)
             throw systemError("The file could not be read", errno);
-        for (ssize_t put = 0; put < got;) {
-            const ssize_t some =
-                write(target, chunk.data() + put, static_cast<std::size_t>(got - put));
-            if (some < 0)
-                throw systemError("The file could not be written", errno);
-            put += some;
-        }
+        if (!writeAll(target, chunk.data(), static_cast<std::size_t>(got)))
+            throw systemError("The file could not be written", errno);
     }
     if (fsync(target) != 0)
         throw systemError("The file could not be written through", errno);

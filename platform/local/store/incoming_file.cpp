@@ -3,6 +3,7 @@
 // comes before the syncs so that a journalling file system commits all of it at once; a crash in
 // between leaves a file that nobody names, with its marker.
 #include "platform/local/store/incoming_file.h"
+#include "platform/local/system/write_all.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -42,18 +43,6 @@ std::size_t readChunk(int source, std::uint8_t* buffer) {
     }
 }
 
-void writeChunk(int target, const std::uint8_t* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t put = write(target, bytes, size);
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put < 0)
-            copyFailed("writing", errno);
-        bytes += put;
-        size -= static_cast<std::size_t>(put);
-    }
-}
-
 } // namespace
 
 void stopCopiesWhen(bool (*stop)()) {
@@ -89,7 +78,8 @@ IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::strin
             endWhenStopped();
             hasher.take(chunk.get(), got);
             if (!shared) {
-                writeChunk(part, chunk.get(), got);
+                if (!writeAll(part, chunk.get(), got))
+                    copyFailed("writing", errno);
                 // Lets the disk begin while the next chunk is read.
                 sync_file_range(part, size_, static_cast<off_t>(got), SYNC_FILE_RANGE_WRITE);
             }

@@ -39,7 +39,7 @@ std::vector<Mount> mountsIn(const char* table) {
     return mounts;
 }
 
-bool isAtOrAbove(const fs::path& folder, const fs::path& path) {
+bool leadsThrough(const fs::path& path, const fs::path& folder) {
     return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==
            folder.end();
 }
@@ -61,7 +61,7 @@ std::optional<std::string> unmountedPlaceOf(const std::string& given) {
     for (auto& [place, type] : mountsIn("/etc/fstab")) {
         if (!place.has_filename()) // of a slash at the end
             place = place.parent_path();
-        if (!place.is_absolute() || !isAtOrAbove(place, path) || !isEmptyOrMissing(place))
+        if (!place.is_absolute() || !leadsThrough(path, place) || !isEmptyOrMissing(place))
             continue;
         if (mounted.empty())
             mounted = mountsIn("/proc/self/mounts");
@@ -82,7 +82,7 @@ std::string fileSystemTypeOf(const std::string& given) {
     for (const Mount& mount : mountsIn("/proc/self/mounts")) {
         const std::size_t length = mount.place.native().size();
         // Of two at one place the later one hides the other.
-        if (error || length < longest || !isAtOrAbove(mount.place, path))
+        if (error || length < longest || !leadsThrough(path, mount.place))
             continue;
         longest = length;
         type = mount.type;
