@@ -2,7 +2,7 @@
 
 #include "platform/asset_resource_manager.h"
 #include "platform/files.h"
-#include "platform/local/library/file_place.h"
+#include "platform/local/library/host_file.h"
 #include "platform/local/store/file_store.h"
 #include "tool/export_name.h"
 #include "tool/output.h"

@@ -208,7 +208,7 @@ BareLibrary::BareLibrary(int count, std::int64_t firstCreated, std::int64_t step
 std::vector<std::string> filesBelow(const fs::path& folder) {
     std::vector<std::string> found;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-        if (!entry.is_directory() && entry.path().filename() != local::storeMarkerName)
+        if (!entry.is_directory() && entry.path().filename() != local::sentinelName)
             found.push_back(fs::relative(entry.path(), folder).string());
     }
     std::sort(found.begin(), found.end());

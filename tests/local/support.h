@@ -82,7 +82,7 @@ struct BareLibrary : ScratchHome {
     std::vector<std::string> all; // as listed: the newest first
 };
 
-// Paths below `folder`, relative to it, files only; not the store's markers.
+// Paths below `folder`, relative to it, files only; not its sentinels.
 std::vector<std::string> filesBelow(const std::filesystem::path& folder);
 
 } // namespace support

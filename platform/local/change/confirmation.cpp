@@ -22,10 +22,10 @@ namespace {
 
 constexpr int accepted = 0;
 constexpr int refused = 1;
-constexpr int answerDescriptor = 3; // of the shell below
+constexpr int answerDescriptor = 3; // that the shell writes to
 
-// The dialog's exit code comes through a pipe: a host that ignores SIGCHLD, or that waits for all
-// of its children, leaves nobody else an exit code to wait for.
+// A shell runs the dialog and writes its exit code to a pipe: where the host ignores SIGCHLD, or
+// waits for all of its children, waitpid would tell nothing here.
 constexpr const char* dialogAndAnswer = "zenity \"$@\" 3>&-; echo $? >&3";
 
 struct SpawnSettings {

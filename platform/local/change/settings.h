@@ -1,6 +1,6 @@
 // What the library's owner decides: what hosts may see and change, whether deletions are asked
 // about, and how much room kept thumbnails may take. Kept in the catalogue, in force for every
-// process from the next call on. Everything here throws LibraryError.
+// process from the next call on (library/access.h). Everything here throws LibraryError.
 #pragma once
 
 #include <cstddef>

@@ -4,8 +4,8 @@
 #include "platform/collection_change_requests.h"
 
 #include "platform/local/catalogue/collection_record.h"
+#include "platform/local/change/album_members.h"
 #include "platform/local/change/change_transaction.h"
-#include "platform/local/change/members.h"
 #include "platform/local/fetch/fetched_assets.h"
 #include "platform/local/system/guarded.h"
 

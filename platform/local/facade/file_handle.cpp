@@ -1,6 +1,6 @@
 #include "platform/file_handle.h"
 
-#include "platform/local/library/file_place.h"
+#include "platform/local/library/host_file.h"
 #include "platform/local/system/guarded.h"
 #include "platform/local/system/write_all.h"
 
@@ -21,7 +21,7 @@ local::UniqueFd& descriptorOf(const NSFileHandle& file) {
 
 std::optional<NSFileHandle> fileHandleForWritingAtPath(const std::string& path) {
     return local::orElse<std::optional<NSFileHandle>>({}, [&]() -> std::optional<NSFileHandle> {
-        const local::FilePlace place = local::changeablePlace(path);
+        const local::HostFile place = local::changeableFile(path);
         auto file = std::make_shared<local::UniqueFd>(
             openat(place.folder.get(), place.name.c_str(),
                    O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));

@@ -3,7 +3,7 @@
 #include "platform/files.h"
 
 #include "platform/local/change/content_types.h"
-#include "platform/local/library/file_place.h"
+#include "platform/local/library/host_file.h"
 #include "platform/local/system/guarded.h"
 #include "platform/local/system/write_all.h"
 
@@ -82,7 +82,7 @@ void copyBytes(int source, int target) {
 
 // Makes a file that was not there and fills it; a failure leaves nothing of it.
 template <class Fill>
-void makeFile(const FilePlace& place, const std::string& name, Fill fill) {
+void makeFile(const HostFile& place, const std::string& name, Fill fill) {
     UniqueFd file(openat(place.folder.get(), name.c_str(), writing | O_CREAT | O_EXCL, usualMode));
     if (!file)
         throw systemError("The file could not be made", errno);
@@ -97,7 +97,7 @@ void makeFile(const FilePlace& place, const std::string& name, Fill fill) {
 
 void copyItem(const std::string& from, const std::string& to) {
     const UniqueFd source = openRegularFile(from);
-    const FilePlace place = changeablePlace(to);
+    const HostFile place = changeableFile(to);
     makeFile(place, place.name, [&](int file) { copyBytes(source.get(), file); });
 }
 
@@ -125,7 +125,7 @@ NSData contentsOf(const std::string& path) {
     return data;
 }
 
-void writeWhole(const FilePlace& place, const NSData& data) {
+void writeWhole(const HostFile& place, const NSData& data) {
     const std::string part = "." + place.name.substr(0, 200) + ".part-" + std::to_string(getpid()) +
                              "-" + std::to_string(gettid());
     makeFile(place, part, [&](int file) {
@@ -141,7 +141,7 @@ void writeWhole(const FilePlace& place, const NSData& data) {
     throw systemError("The file could not be put into its place", failure);
 }
 
-void writeInPlace(const FilePlace& place, const NSData& data) {
+void writeInPlace(const HostFile& place, const NSData& data) {
     UniqueFd file(
         openat(place.folder.get(), place.name.c_str(), writing | O_CREAT | O_TRUNC, usualMode));
     if (!file)
@@ -198,7 +198,7 @@ bool createDirectoryAtPath(const std::string& path) {
 
 bool removeItemAtPath(const std::string& path) {
     return local::orElse(false, [&] {
-        const local::FilePlace place = local::changeablePlace(path);
+        const local::HostFile place = local::changeableFile(path);
         const std::filesystem::path item =
             "/proc/self/fd/" + std::to_string(place.folder.get()) + "/" + place.name;
         std::error_code error;
@@ -213,7 +213,7 @@ bool removeItemAtURL(const NSURL& url) {
 
 bool createFileAtPath(const std::string& path) {
     return local::orElse(false, [&] {
-        const local::FilePlace place = local::changeablePlace(path);
+        const local::HostFile place = local::changeableFile(path);
         const local::UniqueFd file(openat(place.folder.get(), place.name.c_str(),
                                           local::writing | O_CREAT | O_TRUNC, local::usualMode));
         struct stat status {};
@@ -233,7 +233,7 @@ std::optional<NSData> dataWithContentsOfFile(const std::string& path) {
 bool writeToURL(const NSData& data, const NSURL& url, unsigned long options,
                 std::optional<NSError>& error) {
     return local::succeeds(error, [&] {
-        const local::FilePlace place = local::changeablePlace(url.path);
+        const local::HostFile place = local::changeableFile(url.path);
         if ((options & NSDataWritingAtomic) != 0)
             local::writeWhole(place, data);
         else

@@ -1,4 +1,5 @@
-// Who may see and change the library: the owner's decision, kept in the catalogue.
+// Who may see and change the library, as it is in force now. The owner decides it in
+// change/settings.h; it is kept in the catalogue.
 #pragma once
 
 #include "platform/local/catalogue/catalogue_connection.h"

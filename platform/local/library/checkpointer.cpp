@@ -31,7 +31,7 @@ void checkpoint(Library& library, int pages) {
     try {
         const ConnectionLease connection = library.connection();
         // PASSIVE waits for nobody. A log that readers have kept from being reused for long is
-        // worth one try to start it anew; the write lock keeps our own threads from polling.
+        // worth one try to start it anew, which waits for nobody either: without a busy handler.
         sqlite3_wal_checkpoint_v2(connection->handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr,
                                   nullptr);
         if (pages < veryLongLogPages)

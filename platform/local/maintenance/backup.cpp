@@ -210,7 +210,7 @@ private:
         for (const Stored kind : {Stored::original, Stored::render}) {
             for (const std::string& shelf :
                  namesIn(folder_.descriptor(), std::string(folderOf(kind)))) {
-                if (shelf != storeMarkerName)
+                if (shelf != sentinelName)
                     addUnnamed(kind, shelf, paths);
             }
         }

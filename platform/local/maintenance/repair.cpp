@@ -102,7 +102,7 @@ private:
         if (!options_.apply)
             return;
         // Nobody can commit a row that names it meanwhile; and an importer that has not committed
-        // yet has its marker there.
+        // yet has its lock file there.
         const WriteTransaction lock(reader_.catalogue());
         const std::string name = finding.subject.substr(finding.subject.find_last_of('/') + 1);
         const bool render = finding.subject.starts_with(folderOf(Stored::render));

@@ -11,8 +11,8 @@ namespace local {
 
 namespace {
 
-std::string markerOf(Stored kind, const std::string& name) {
-    return "incoming/" + name + std::string(markerEnding(kind));
+std::string lockFileOf(Stored kind, const std::string& name) {
+    return "incoming/" + name + std::string(lockFileEnding(kind));
 }
 
 // Throws when nobody can tell.
@@ -24,9 +24,9 @@ bool exists(int folder, const std::string& path) {
     return false;
 }
 
-// Asked in this order, because an importer names the file before it takes its marker away.
+// Asked in this order, because an importer names the file before it takes its lock file away.
 bool isAccountedFor(LibraryReader& reader, Stored kind, const std::string& name) {
-    return reader.namesFile(kind, name) || exists(reader.folder(), markerOf(kind, name)) ||
+    return reader.namesFile(kind, name) || exists(reader.folder(), lockFileOf(kind, name)) ||
            reader.namesFile(kind, name);
 }
 
@@ -69,7 +69,7 @@ void lookThroughShelf(LibraryReader& reader, Stored kind, const std::string& she
     }
 }
 
-// A marker that nobody holds, or an editing folder of a process that died.
+// A lock file that nobody holds, or an editing folder of a process that died.
 bool isLeftOver(int library, const std::string& path) {
     const UniqueFd entry(openat(library, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     return entry && flock(entry.get(), LOCK_EX | LOCK_NB) == 0;
@@ -96,7 +96,7 @@ bool isUnnamed(LibraryReader& reader, Stored kind, const std::string& name) {
 void findStrayFiles(LibraryReader& reader, Verification& result) {
     for (const Stored kind : {Stored::original, Stored::render}) {
         for (const std::string& shelf : listed(reader, std::string(folderOf(kind)), result)) {
-            if (shelf != storeMarkerName)
+            if (shelf != sentinelName)
                 lookThroughShelf(reader, kind, shelf, result);
         }
     }

@@ -19,19 +19,19 @@ namespace {
 constexpr std::string_view derivativesFolder = "derivatives";
 constexpr std::size_t uuidTextLength = 36;
 
-// What the name of a marker says about the file beside it.
-std::optional<Stored> kindOfMarker(std::string_view name) {
+// What the name of a lock file says about the file beside it.
+std::optional<Stored> kindOfLockFile(std::string_view name) {
     for (const Stored kind : {Stored::original, Stored::render}) {
-        if (name.ends_with(markerEnding(kind)))
+        if (name.ends_with(lockFileEnding(kind)))
             return kind;
     }
     return std::nullopt;
 }
 
-bool hasMarker(int incoming, const std::string& name) {
+bool hasLockFile(int incoming, const std::string& name) {
     for (const Stored kind : {Stored::original, Stored::render}) {
-        const std::string marker = name + std::string(markerEnding(kind));
-        if (faccessat(incoming, marker.c_str(), F_OK, 0) == 0)
+        const std::string lockFile = name + std::string(lockFileEnding(kind));
+        if (faccessat(incoming, lockFile.c_str(), F_OK, 0) == 0)
             return true;
     }
     return false;
@@ -72,7 +72,7 @@ std::string_view folderOf(Stored kind) {
     return kind == Stored::original ? "originals" : "renders";
 }
 
-std::string_view markerEnding(Stored kind) {
+std::string_view lockFileEnding(Stored kind) {
     return kind == Stored::original ? ".importing" : ".editing";
 }
 
@@ -123,8 +123,8 @@ bool FileStore::holds(Stored kind, const std::string& name) const {
 }
 
 bool FileStore::isPresent(Stored kind) const {
-    const std::string marker = std::string(folderOf(kind)).append("/").append(storeMarkerName);
-    return faccessat(folder_, marker.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+    const std::string sentinel = std::string(folderOf(kind)).append("/").append(sentinelName);
+    return faccessat(folder_, sentinel.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 void FileStore::requirePresent(Stored kind) const {
@@ -140,16 +140,16 @@ void FileStore::mark(Stored kind) const {
         "This folder belongs to a photo library. Without this file the library takes the folder "
         "for another one.\n";
     const std::string root(folderOf(kind));
-    const std::string path = root + "/" + std::string(storeMarkerName);
+    const std::string path = root + "/" + std::string(sentinelName);
     if (mkdirat(folder_, root.c_str(), 0700) != 0 && errno != EEXIST)
         throw systemError("The photo library's folder \"" + root + "\" could not be made", errno);
-    const UniqueFd marker(
+    const UniqueFd sentinel(
         openat(folder_, path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     const UniqueFd folder(openat(folder_, root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const bool written =
-        marker && folder &&
-        pwrite(marker.get(), words.data(), words.size(), 0) == static_cast<ssize_t>(words.size()) &&
-        fsync(marker.get()) == 0 && fsync(folder.get()) == 0;
+    const bool written = sentinel && folder &&
+                         pwrite(sentinel.get(), words.data(), words.size(), 0) ==
+                             static_cast<ssize_t>(words.size()) &&
+                         fsync(sentinel.get()) == 0 && fsync(folder.get()) == 0;
     if (!written)
         throw systemError("The photo library's folder \"" + root + "\" could not be marked", errno);
 }
@@ -229,7 +229,7 @@ bool FileStore::holdsOriginals() const {
     }
     int error = 0;
     for (const std::string& shelf : namesIn(folder_, "originals", &error)) {
-        if (shelf == storeMarkerName)
+        if (shelf == sentinelName)
             continue;
         if (!namesIn(originals.get(), shelf, &error).empty())
             return true;
@@ -252,29 +252,30 @@ void FileStore::sweep(const std::function<bool(Stored, const std::string& name)>
             sweepEditFolder(incoming.get(), entry);
             continue;
         }
-        // A file without a marker is what a sweep left that did not come to its end.
-        const std::optional<Stored> marked = kindOfMarker(entry);
-        const Stored kind = marked.value_or(Stored::original);
+        // A file without a lock file is what a sweep left that did not come to its end.
+        const std::optional<Stored> isLockFile = kindOfLockFile(entry);
+        const Stored kind = isLockFile.value_or(Stored::original);
         const std::string name =
-            marked ? entry.substr(0, entry.size() - markerEnding(kind).size()) : entry;
-        if (!marked && hasMarker(incoming.get(), name))
-            continue; // its marker's turn comes
-        const UniqueFd marker(openat(incoming.get(), entry.c_str(), O_RDWR | O_CLOEXEC));
-        if (marked && !marker)
+            isLockFile ? entry.substr(0, entry.size() - lockFileEnding(kind).size()) : entry;
+        if (!isLockFile && hasLockFile(incoming.get(), name))
+            continue; // its lock file's turn comes
+        const UniqueFd lockFile(openat(incoming.get(), entry.c_str(), O_RDWR | O_CLOEXEC));
+        if (isLockFile && !lockFile)
             continue; // its importer has just finished
         // Locked: its importer is at work. No longer linked: another sweep has been here, and an
         // importer may have begun again under this name.
-        if (marked && (flock(marker.get(), LOCK_EX | LOCK_NB) != 0 || !isLinked(marker.get())))
+        if (isLockFile &&
+            (flock(lockFile.get(), LOCK_EX | LOCK_NB) != 0 || !isLinked(lockFile.get())))
             continue;
         if (!prepared)
             beforeRemoval();
         prepared = true;
         bool settled = true;
-        if (marked && !isCatalogued(kind, name))
+        if (isLockFile && !isCatalogued(kind, name))
             settled = !removeDiscarded({pathOf(kind, name)}).empty();
         unlinkat(incoming.get(), name.c_str(), 0);
-        // The marker stays until what it tells of is gone for good.
-        if (marked && settled)
+        // The lock file stays until what it tells of is gone for good.
+        if (isLockFile && settled)
             unlinkat(incoming.get(), entry.c_str(), 0);
     }
 }

@@ -1,9 +1,9 @@
 // Where the bytes of assets lie. Originals and rendered edits go in once, durably, and never
-// change; nothing above this file knows their paths.
+// change. Their paths are made here; beside this room only maintenance spells them.
 //
-// A file on its way in stands in incoming/ under the name it will have, beside a marker
+// A file on its way in stands in incoming/ under the name it will have, beside a lock file
 // "<name>.importing" ("<name>.editing" for a rendered edit) that its importer holds locked (flock)
-// from before the first byte until after the commit. A marker that nobody holds belongs to an
+// from before the first byte until after the commit. A lock file that nobody holds belongs to an
 // importer that died: what it left is swept when the catalogue does not name it.
 #pragma once
 
@@ -29,7 +29,7 @@ bool isLinked(int file);
 // What a stored file is: it decides the folder, "originals" or "renders".
 enum class Stored { original, render };
 std::string_view folderOf(Stored kind);
-std::string_view markerEnding(Stored kind); // of the name of a marker in incoming/
+std::string_view lockFileEnding(Stored kind); // of the name of a lock file in incoming/
 
 // Where a stored file lies, relative to the library: "<folder>/<first two characters>/<name>".
 // Names come out of the catalogue, which may be damaged or somebody's trap: one that would lead
@@ -41,7 +41,7 @@ bool isStorableName(std::string_view name);
 // A file in "originals" and in "renders" that says: this is the store. Where it is missing another
 // folder stands in the store's place, such as the empty one below a disk that is not mounted; what
 // is not found there is not gone, and nothing may be put there.
-inline constexpr std::string_view storeMarkerName = ".photos-kit";
+inline constexpr std::string_view sentinelName = ".photos-kit";
 
 inline constexpr std::string_view editFolderEnding = ".edit";
 // Removes a folder in which an edit was rendered, by its path from the folder `parent`.
@@ -67,10 +67,10 @@ public:
     // Whether there is a file of this name.
     bool holds(Stored kind, const std::string& name) const;
 
-    // Whether the folder of this kind holds its store marker.
+    // Whether the folder of this kind holds its sentinel: without it a disk is not mounted there.
     bool isPresent(Stored kind) const;
     void requirePresent(Stored kind) const; // throws, with a sentence
-    // Puts the marker there, durably, in a folder that is made where it is missing. Throws.
+    // Puts the sentinel there, durably, in a folder that is made where it is missing. Throws.
     void mark(Stored kind) const;
 
     // Removes what importers and editors left that died: `isCatalogued` tells whether the

@@ -1,7 +1,7 @@
 // The way of one file into the store: its bytes are written, it is renamed to its place, and its
-// bytes, its marker's name and its own are synced; only then may the catalogue name it. The rename
-// comes before the syncs so that a journalling file system commits all of it at once; a crash in
-// between leaves a file that nobody names, with its marker.
+// bytes, its lock file's name and its own are synced; only then may the catalogue name it. The
+// rename comes before the syncs so that a journalling file system commits all of it at once; a
+// crash in between leaves a file that nobody names, with its lock file.
 #include "platform/local/store/incoming_file.h"
 #include "platform/local/system/write_all.h"
 
@@ -53,11 +53,11 @@ IncomingFile::IncomingFile(const FileStore& store, Stored kind, const std::strin
     : store_(store), kind_(kind) {
     store.requirePresent(kind);
     partPath_ = "incoming/" + name;
-    markerPath_ = partPath_ + std::string(markerEnding(kind));
+    lockPath_ = partPath_ + std::string(lockFileEnding(kind));
     root_ = folderOf(kind);
     finalFolder_ = root_ + "/" + name.substr(0, 2);
     finalPath_ = pathOf(kind, name);
-    makeMarker();
+    makeLockFile();
     try {
         const int part = openat(store_.folder(), partPath_.c_str(),
                                 O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0400);
@@ -98,19 +98,19 @@ IncomingFile::~IncomingFile() {
         remove();
 }
 
-void IncomingFile::makeMarker() {
+void IncomingFile::makeLockFile() {
     for (;;) {
-        marker_.reset(openat(store_.folder(), markerPath_.c_str(),
-                             O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
-        if (!marker_)
+        lockFile_.reset(openat(store_.folder(), lockPath_.c_str(),
+                               O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+        if (!lockFile_)
             copyFailed("creating", errno);
-        // A sweeping process may take the marker for a dead one's before it is locked here. It
+        // A sweeping process may take the lock file for a dead one's before it is locked here. It
         // removes by name, so this waits until it is through, and then begins again.
-        while (flock(marker_.get(), LOCK_EX) != 0) {
+        while (flock(lockFile_.get(), LOCK_EX) != 0) {
             if (errno != EINTR)
                 copyFailed("locking", errno);
         }
-        if (isLinked(marker_.get()))
+        if (isLinked(lockFile_.get()))
             return;
     }
 }
@@ -125,7 +125,7 @@ void IncomingFile::place() {
         copyFailed("writing through", errno);
     if (close(writable_.release()) != 0)
         copyFailed("closing", errno);
-    makeDurable("incoming"); // before the file's name: without its marker nobody would find it
+    makeDurable("incoming"); // before the file's name: without its lock file nobody would find it
     makeDurable(finalFolder_);
     if (!store_.makeShelfDurable(kind_, finalFolder_.substr(root_.size() + 1)))
         copyFailed("syncing its folder", errno);
@@ -147,17 +147,18 @@ void IncomingFile::makeDurable(const std::string& folder) const {
 }
 
 void IncomingFile::committed() {
-    unlinkat(store_.folder(), markerPath_.c_str(), 0);
-    marker_.reset();
+    unlinkat(store_.folder(), lockPath_.c_str(), 0);
+    lockFile_.reset();
 }
 
 void IncomingFile::remove() noexcept {
     const std::string& path = placed_ ? finalPath_ : partPath_;
     const bool removed = unlinkat(store_.folder(), path.c_str(), 0) == 0 || errno == ENOENT;
-    // As long as a placed file is there or could come back, its marker stays for a sweep to find.
+    // As long as a placed file is there or could come back, its lock file stays for a sweep to
+    // find.
     if (removed && (!placed_ || store_.syncFolder(finalFolder_)))
-        unlinkat(store_.folder(), markerPath_.c_str(), 0);
-    marker_.reset();
+        unlinkat(store_.folder(), lockPath_.c_str(), 0);
+    lockFile_.reset();
 }
 
 } // namespace local

@@ -33,19 +33,19 @@ public:
     // From here on the file stays: whether the commit took effect is for the catalogue to say,
     // and if it did not, a sweep removes the file.
     void commitBegins() { removable_ = false; }
-    // The row is committed: the marker has done its work.
+    // The row is committed: the lock file has done its work.
     void committed();
 
 private:
-    void makeMarker();
+    void makeLockFile();
     bool makeFolder(const std::string& path) const; // false: it was there
     void makeDurable(const std::string& folder) const;
     void remove() noexcept;
 
     const FileStore& store_;
     Stored kind_;
-    std::string partPath_, markerPath_, finalPath_, finalFolder_, root_;
-    UniqueFd marker_, writable_, readable_;
+    std::string partPath_, lockPath_, finalPath_, finalFolder_, root_;
+    UniqueFd lockFile_, writable_, readable_;
     ContentHash hash_{};
     std::int64_t size_ = 0;
     bool placed_ = false;

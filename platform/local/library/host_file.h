@@ -9,14 +9,14 @@
 
 namespace local {
 
-struct FilePlace {
+struct HostFile {
     UniqueFd folder;
     std::string name; // in the folder; neither empty nor "." nor ".."
 };
 
 // Throws LibraryError when the folder does not exist, or when the place is the photo library's
 // folder, lies inside it or holds it. The place of an edit's rendered picture is allowed.
-FilePlace changeablePlace(const std::string& path);
+HostFile changeableFile(const std::string& path);
 
 // Whether the directory, or the nearest one above it that exists, lies outside the library, so that
 // directories may be made there.

@@ -1,4 +1,4 @@
-#include "platform/local/library/file_place.h"
+#include "platform/local/library/host_file.h"
 
 #include "platform/local/library/library_location.h"
 #include "platform/local/system/file_identity.h"
@@ -42,7 +42,7 @@ bool isEditFolder(int folder, const FileIdentity& library) {
     return above && fstat(above.get(), &status) == 0 && identityOf(status) == library;
 }
 
-bool holds(const FilePlace& place, const FileIdentity& library) {
+bool holds(const HostFile& place, const FileIdentity& library) {
     struct stat file {};
     if (fstatat(place.folder.get(), place.name.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0 ||
         !S_ISDIR(file.st_mode))
@@ -65,10 +65,10 @@ LibraryError outOfBounds() {
 
 } // namespace
 
-FilePlace changeablePlace(const std::string& given) {
+HostFile changeableFile(const std::string& given) {
     const std::string path = withoutTrailingSlashes(given);
     const std::size_t slash = path.find_last_of('/');
-    FilePlace place;
+    HostFile place;
     place.name = path.substr(slash + 1);
     if (place.name.empty() || place.name == "." || place.name == "..")
         throw systemError("There is no file at \"" + given + "\"", EINVAL);

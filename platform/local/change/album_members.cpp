@@ -1,4 +1,4 @@
-#include "platform/local/change/members.h"
+#include "platform/local/change/album_members.h"
 
 #include "platform/local/fetch/fetched_assets.h"
 #include "platform/local/fetch/row_numbers.h"
