@@ -20,11 +20,6 @@
 #include <ctime>
 #include <thread>
 
-using namespace support;
-using testing::HasSubstr;
-using testing::IsEmpty;
-namespace fs = std::filesystem;
-
 namespace {
 
 void expectNothingKept(const ScratchHome& home) {
@@ -69,7 +64,7 @@ TEST(AssetImport, ThatIsStoppedLeavesNothing) {
     EXPECT_EQ(listed().count(), 2u) << "the same file twice is two assets";
 }
 
-TEST(AssetImport, WithoutAnEndingTheBytesGiveTheTypeAndTheFilesTimeTheDate) {
+TEST(AssetImport, TypeAndDateComeFromTheBytesElseTheDateFromTheFile) {
     const ScratchHome home;
     const auto picture = writePicture(home.file("scan"));
     const timespec times[2] = {{1'000'000'007, 250'000'000}, {1'000'000'007, 250'000'000}};
@@ -77,6 +72,17 @@ TEST(AssetImport, WithoutAnEndingTheBytesGiveTheTypeAndTheFilesTimeTheDate) {
     const auto asset = assetWith(importFile(picture).identifier.value()).value();
     EXPECT_EQ(platform::assetResourcesForAsset(asset)[0].uniformTypeIdentifier, "public.jpeg");
     EXPECT_EQ(asset.creationDate, 1'000'000'007.25);
+    // NOLINTNEXTLINE(bugprone-command-processor): the tests' own command
+    ASSERT_EQ(
+        std::system("cd \"$HOME\" && cp scan a.jpg && exiftool -q -overwrite_original "
+                    "-DateTimeOriginal='2001:02:03 04:05:06' -OffsetTimeOriginal=+00:00 a.jpg "
+                    "&& ffmpeg -v error -i scan -c:v mpeg4 a.mp4"),
+        0);
+    EXPECT_EQ(assetWith(*importFile(home.file("a.jpg")).identifier)->creationDate, 981'173'106.0);
+    const auto film = importFile(home.file("a.mp4"), platform::PHAssetResourceTypeVideo).identifier;
+    EXPECT_EQ(assetWith(*film)->mediaType, platform::PHAssetMediaTypeVideo);
+    EXPECT_EQ(platform::assetResourcesForAsset(*assetWith(*film))[0].type,
+              platform::PHAssetResourceTypeVideo);
 }
 
 TEST(AssetImport, ATimeThatNoCalendarKnowsIsThePresent) {

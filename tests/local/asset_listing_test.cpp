@@ -1,17 +1,14 @@
 // The order of the whole library, its counts and its snapshots, against what the rows say.
-#include "tests/local/collections_support.h"
+#include "tests/local/support.h"
 
-#include "platform/collection.h"
 #include "platform/local/catalogue/asset_record.h"
 #include "platform/local/change/settings.h"
-#include "platform/photo_library.h"
 
 #include <atomic>
 #include <random>
 #include <sstream>
 #include <thread>
 
-using namespace support;
 using platform::PHAsset;
 
 namespace {
@@ -88,6 +85,26 @@ TEST(AssetListing, AnyPageIsRightWhateverChangesBetweenPages) {
     }
     EXPECT_EQ(listedNumbers(0, SIZE_MAX), trueOrder(home));
     expectConsistent(home);
+}
+
+TEST(AssetListing, StretchesGrowAndEmptyLittleByLittle) {
+    const BareLibrary home(1500, 0, 10);
+    const auto isRight = [&] {
+        const auto truth = trueOrder(home);
+        return listedNumbers(700, 720) == std::vector(truth.begin() + 700, truth.begin() + 720) &&
+               listedNumbers(0, 1) == std::vector(1, truth.front());
+    };
+    for (int round = 0; round < 45; ++round) {
+        addBareAssets(home, 10, 20'000 + round * 100, 1);
+        ASSERT_TRUE(isRight()) << "grown by " << round;
+    }
+    for (int round = 0; round < 90; ++round) {
+        runSql(home, "DELETE FROM asset WHERE n IN (SELECT n FROM asset ORDER BY created DESC "
+                     "LIMIT 12)");
+        ASSERT_TRUE(isRight()) << "emptied by " << round;
+    }
+    addBareAssets(home, 1, 90'000, 1);
+    EXPECT_TRUE(isRight());
 }
 
 TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBack) {

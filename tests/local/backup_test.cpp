@@ -5,22 +5,15 @@
 #include "platform/local/change/trash.h"
 #include "platform/local/maintenance/backup.h"
 #include "platform/local/maintenance/library_reader.h"
-#include "platform/photo_library.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <limits>
 
-using namespace support;
 using local::Backup;
 using local::BackupOptions;
 using local::Finding;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-namespace fs = std::filesystem;
 
 namespace {
 

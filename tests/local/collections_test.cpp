@@ -1,19 +1,12 @@
 // Albums, smart albums and folders in the embedded library.
-#include "tests/local/collections_support.h"
 #include "tests/local/support.h"
 
-#include "platform/collection_change_requests.h"
 #include "platform/local/catalogue/asset_record.h"
 #include "platform/local/catalogue/collection_record.h"
-#include "platform/photo_library.h"
 
 #include <random>
 
-using namespace support;
 using namespace platform;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 
@@ -184,6 +177,12 @@ TEST(Albums, TellWhetherTheyHoldAnAsset) {
     EXPECT_EQ(holds(album(a), all[2]), 0u);
     EXPECT_EQ(holds(album(a), "nobody"), 0u);
     EXPECT_EQ(holds(*smart(203), all[0]), 1u);
+    add(newAlbum("b"), {all[0]});
+    EXPECT_EQ(file(a, newFolder("folder")), "");
+    const auto holders =
+        fetchAssetCollectionsContainingAsset(*assetWith(all[0]), PHAssetCollectionTypeAlbum);
+    ASSERT_EQ(holders.count(), 2u);
+    EXPECT_EQ(holders.objectAtIndex(0)->localizedTitle, "b") << "first those at the top";
     EXPECT_EQ(holds(*smart(203), all[2]), 0u);
     EXPECT_EQ(holds(*smart(205), all[1]), 1u);
 }

@@ -5,8 +5,6 @@
 
 #include <sys/mount.h>
 
-using namespace support;
-
 TEST(DiskOf, TellsTypeRoomAndWhetherItTakesWrites) {
     onSmallDisk("size=2m,nr_inodes=50", [](const ScratchHome&, const std::filesystem::path& at) {
         const local::Disk disk = local::diskOf(at.string());

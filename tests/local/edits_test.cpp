@@ -1,22 +1,14 @@
 // Transfers of an asset's files, edits, and taking edits back.
 #include "tests/local/support.h"
 
-#include "platform/asset_change_requests.h"
 #include "platform/asset_resource_manager.h"
 #include "platform/content_editing.h"
-#include "platform/files.h"
 #include "platform/local/change/edits.h"
 #include "platform/local/change/revert.h"
-#include "platform/photo_library.h"
 
 #include <future>
 
 using namespace platform;
-using namespace support;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-namespace fs = std::filesystem;
 
 namespace {
 

@@ -1,14 +1,10 @@
 // What a file's name promises, and what counts as readable.
 #include "tests/local/support.h"
 
-#include "platform/files.h"
-
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace platform;
-using support::ScratchHome;
-namespace fs = std::filesystem;
 
 TEST(ContentTypes, ComeFromTheEndingInAnyCase) {
     const auto typeOf = [](const char* path) {

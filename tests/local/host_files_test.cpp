@@ -2,16 +2,11 @@
 #include "tests/local/support.h"
 
 #include "platform/file_handle.h"
-#include "platform/files.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace platform;
-using namespace support;
-using testing::HasSubstr;
-using testing::IsEmpty;
-namespace fs = std::filesystem;
 
 namespace {
 

@@ -221,6 +221,7 @@ TEST(ImagingProtocol, TheHostBelievesNoImpossibleAnswer) {
     EXPECT_FALSE(check(answered(Outcome::done, 5, 0), Task::photoPicture));
     EXPECT_FALSE(check(answered(Outcome::done, 20000, 20000), Task::photoPicture));
     EXPECT_FALSE(check(answered(Outcome::done, 65501, 1), Task::photoPicture));
+    EXPECT_FALSE(check(answered(Outcome::done, 1, 65501), Task::photoPicture));
     EXPECT_FALSE(check(answered(static_cast<Outcome>(99), 5, 5), Task::photoPicture));
     Answer strange = answered(Outcome::done, 5, 5);
     strange.flags = ~0U;

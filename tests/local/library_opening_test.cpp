@@ -1,23 +1,16 @@
 // How the library comes to be, and what is refused instead of being touched.
-#include "tests/local/collections_support.h"
 #include "tests/local/support.h"
 
 #include "platform/local/catalogue/catalogue_schema.h"
 #include "platform/local/system/unique_fd.h"
-#include "platform/photo_library.h"
 
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <map>
 #include <thread>
-
-using namespace support;
-using testing::HasSubstr;
-namespace fs = std::filesystem;
 
 namespace {
 

@@ -2,14 +2,9 @@
 #include "tests/local/support.h"
 
 #include "platform/local/system/mount_points.h"
-#include "platform/photo_library.h"
 
 #include <sys/mount.h>
 #include <unistd.h>
-
-using namespace support;
-using testing::HasSubstr;
-namespace fs = std::filesystem;
 
 namespace {
 

@@ -7,14 +7,9 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
-using namespace support;
 using local::RepairStep;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 namespace {
-
-namespace fs = std::filesystem;
 
 class RepairOf : public KeptLibrary {
 protected:

@@ -1,9 +1,6 @@
 // Several processes move, make and delete folders in one tree at once, which no host can do through
 // its own methods: those only file what they have just made.
-#include "tests/local/collections_support.h"
-
-#include "platform/collection_change_requests.h"
-#include "platform/photo_library.h"
+#include "tests/local/support.h"
 
 #include <sys/wait.h>
 
@@ -11,7 +8,6 @@
 #include <random>
 #include <sstream>
 
-using namespace support;
 using namespace platform;
 
 namespace {

@@ -1,16 +1,12 @@
 // Looking at a library's health: each kind of damage is found, and nothing else.
-#include "tests/local/collections_support.h"
 #include "tests/local/kept_library.h"
+#include "tests/local/support.h"
 
 #include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/maintenance/verification.h"
 
-using namespace support;
-namespace fs = std::filesystem;
 using local::Finding;
 using local::Verification;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -38,6 +34,11 @@ TEST_F(VerificationOf, FilesThatAreGoneChangedTruncatedOrTooMany) {
     fs::resize_file(original(1), 10);
     fs::remove(original(2));
     writeText(home.library() / "originals" / "AA" / "stray.jpg", "stray");
+    local::VerificationOptions sizesOnly;
+    sizesOnly.content = false;
+    const auto before = verified(sizesOnly).findings.size();
+    writeText(original(0), readBytes(original(0)) + "x");
+    EXPECT_EQ(verified(sizesOnly).findings.size(), before + 1);
     EXPECT_THAT(faults(), testing::UnorderedElementsAre(damaged, "damaged " + pathOf(1),
                                                         "missing " + pathOf(2),
                                                         "unnamed originals/AA/stray.jpg"));
