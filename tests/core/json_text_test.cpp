@@ -29,6 +29,7 @@ TEST(JsonText, LeavesEverythingElseAsItIs) {
     EXPECT_EQ(literal("a/b \x7F é \u2028\u2029 😀"), "\"a/b \x7F é \u2028\u2029 😀\"");
     for (std::size_t length = 1; length < 600; ++length) {
         const std::string text(length, 'x');
+        EXPECT_EQ(literal(text), '"' + text + '"');
         EXPECT_EQ(literal(text + "\n" + text), '"' + text + "\\n" + text + '"');
     }
 }

@@ -33,6 +33,7 @@ struct Terms {
     bool refused = false;        // the library must not open, and nothing in it may change
     bool damaged = false;        // to begin with: what is found is part of the library's state
     bool mustReachNew = true;    // when it reports success
+    bool mayFailLate = false;    // with all of it in force already
     // A library has 256 shelves for originals from the start; runs are shorter without the empty
     // ones, as in a library whose owner has tidied up.
     bool emptyShelves = false;

@@ -303,6 +303,13 @@ void Workplace::judge(const Trial& trial, const Plan& plan, int status, Outcome&
     if (!fits(outcome.state) && !repeated)
         complain("state " + std::to_string(outcome.state) +
                  ", beside the new one:" + difference(states, after));
+    // A disk that works again lets a commit be taken back.
+    const bool once =
+        plan.kind == Kind::ioOnce || plan.kind == Kind::spaceOnce || plan.kind == Kind::deniedOnce;
+    if (once && trial.terms.mustReachNew && !trial.terms.mayFailLate &&
+        outcome.reported == Outcome::Reported::failure && states.descriptions.size() == 2 &&
+        states.descriptions.front() != states.descriptions.back() && outcome.state == 1)
+        complain("it is in force although a failure was reported");
     if (success && !identifier.empty() && after.find(identifier.substr(0, 36)) == std::string::npos)
         complain("the identifier that was returned is gone: " + identifier);
     for (const std::string& known : states.known) {

@@ -44,16 +44,16 @@ private:
     // during those that place and remove files.
     bool isTypical(Kind kind) const {
         const std::string& name = method_.name;
+        const bool placesAndRemoves = name == "import" || name == "edit-again";
         return name == "favorite" ||
-               (kind == Kind::killDropped &&
-                (name == "import" || name == "edit-again" || name == "empty-trash"));
+               (placesAndRemoves && (kind == Kind::killDropped || kind == Kind::retry));
     }
 
     void sweepKind(Kind kind) {
         const std::uint64_t points = pointsOf(kind, trial_, "");
         const std::uint64_t step = options_.brief && !isTypical(kind) ? points + 1 : 1;
         const std::uint64_t recoveryStep =
-            points / step / (options_.brief ? 1 : mostRecoveries) + 1;
+            points / step / (options_.brief && !isTypical(kind) ? 1 : mostRecoveries) + 1;
         // A background thread may add to what was counted: a run beyond the end does no harm.
         for (std::uint64_t point = 1 + options_.seed % step; point <= points + step;
              point += step) {
