@@ -140,6 +140,15 @@ int sync(long number, int file) {
     return failed ? -1 : 0;
 }
 
+int setLength(int file, off_t size) {
+    const std::scoped_lock lock(oneAtATime());
+    if (failsOn("ftruncate", file, needsSpace | changes))
+        return -1;
+    if (isWatched(file))
+        powerCut().willTruncate(file, size);
+    return static_cast<int>(raw::call(SYS_ftruncate, file, size));
+}
+
 } // namespace
 
 } // namespace faults
@@ -158,6 +167,12 @@ using namespace faults;
     void* const name = va_arg(more, void*);                                                        \
     va_end(more)
 
+// A function that hands its call on.
+#define FORWARD(Result, name, parameters, call)                                                    \
+    Result name parameters noexcept {                                                              \
+        return call;                                                                               \
+    }
+
 extern "C" {
 
 int open(const char* path, int flags, ...) {
@@ -168,57 +183,37 @@ int openat(int folder, const char* path, int flags, ...) {
     MODE(mode);
     return openFile(folder, path, flags, mode);
 }
-int mkdir(const char* path, mode_t mode) noexcept {
-    return makeFolder(AT_FDCWD, path, mode);
-}
-int mkdirat(int folder, const char* path, mode_t mode) noexcept {
-    return makeFolder(folder, path, mode);
-}
-int unlink(const char* path) noexcept {
-    return removeName(AT_FDCWD, path, 0);
-}
-int unlinkat(int folder, const char* path, int flags) noexcept {
-    return removeName(folder, path, flags);
-}
-int rmdir(const char* path) noexcept {
-    return removeName(AT_FDCWD, path, AT_REMOVEDIR);
-}
-int rename(const char* from, const char* to) noexcept {
-    return renameName(AT_FDCWD, from, AT_FDCWD, to, 0);
-}
-int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept {
-    return renameName(fromFolder, from, toFolder, to, 0);
-}
-int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
-              unsigned flags) noexcept {
-    return renameName(fromFolder, from, toFolder, to, flags);
-}
-int link(const char* from, const char* to) noexcept {
-    return linkName(AT_FDCWD, from, AT_FDCWD, to, 0);
-}
-int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
-    return linkName(fromFolder, from, toFolder, to, flags);
-}
-int stat(const char* path, struct stat* found) noexcept {
-    return readStatus(AT_FDCWD, path, found, 0);
-}
-int lstat(const char* path, struct stat* found) noexcept {
-    return readStatus(AT_FDCWD, path, found, AT_SYMLINK_NOFOLLOW);
-}
-int fstatat(int folder, const char* path, struct stat* found, int flags) noexcept {
-    return readStatus(folder, path, found, flags);
-}
-int fstat(int file, struct stat* found) noexcept {
-    return readStatus(file, "", found, AT_EMPTY_PATH);
-}
-int faccessat(int folder, const char* path, int mode, int) noexcept {
-    if (fails("access", meant(folder, path), namesPath))
-        return -1;
-    return static_cast<int>(raw::call(SYS_faccessat, folder, path, mode));
-}
-int access(const char* path, int mode) noexcept {
-    return faccessat(AT_FDCWD, path, mode, 0);
-}
+FORWARD(int, mkdir, (const char* path, mode_t mode), makeFolder(AT_FDCWD, path, mode))
+FORWARD(int, mkdirat, (int folder, const char* path, mode_t mode), makeFolder(folder, path, mode))
+FORWARD(int, unlink, (const char* path), removeName(AT_FDCWD, path, 0))
+FORWARD(int, unlinkat, (int folder, const char* path, int flags), removeName(folder, path, flags))
+FORWARD(int, rmdir, (const char* path), removeName(AT_FDCWD, path, AT_REMOVEDIR))
+FORWARD(int, rename, (const char* from, const char* to),
+        renameName(AT_FDCWD, from, AT_FDCWD, to, 0))
+FORWARD(int, renameat, (int fromFolder, const char* from, int toFolder, const char* to),
+        renameName(fromFolder, from, toFolder, to, 0))
+FORWARD(int, renameat2,
+        (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags),
+        renameName(fromFolder, from, toFolder, to, flags))
+FORWARD(int, link, (const char* from, const char* to), linkName(AT_FDCWD, from, AT_FDCWD, to, 0))
+FORWARD(int, linkat, (int fromFolder, const char* from, int toFolder, const char* to, int flags),
+        linkName(fromFolder, from, toFolder, to, flags))
+FORWARD(int, stat, (const char* path, struct stat* found), readStatus(AT_FDCWD, path, found, 0))
+FORWARD(int, lstat, (const char* path, struct stat* found),
+        readStatus(AT_FDCWD, path, found, AT_SYMLINK_NOFOLLOW))
+FORWARD(int, fstatat, (int folder, const char* path, struct stat* found, int flags),
+        readStatus(folder, path, found, flags))
+FORWARD(int, fstat, (int file, struct stat* found), readStatus(file, "", found, AT_EMPTY_PATH))
+FORWARD(int, faccessat, (int folder, const char* path, int mode, int),
+        fails("access", meant(folder, path), namesPath)
+            ? -1
+            : static_cast<int>(raw::call(SYS_faccessat, folder, path, mode)))
+FORWARD(int, access, (const char* path, int mode), faccessat(AT_FDCWD, path, mode, 0))
+FORWARD(int, ftruncate, (int file, off_t size), setLength(file, size))
+FORWARD(int, flock, (int file, int command),
+        (command & LOCK_UN) == 0 && failsOn("flock", file, locks)
+            ? -1
+            : static_cast<int>(raw::call(SYS_flock, file, command)))
 
 ssize_t read(int file, void* bytes, std::size_t size) {
     return failsOn("read", file, reads) ? -1 : raw::call(SYS_read, file, bytes, size);
@@ -237,19 +232,6 @@ int fsync(int file) {
 }
 int fdatasync(int file) {
     return sync(SYS_fdatasync, file);
-}
-int ftruncate(int file, off_t size) noexcept {
-    const std::scoped_lock lock(oneAtATime());
-    if (failsOn("ftruncate", file, needsSpace | changes))
-        return -1;
-    if (isWatched(file))
-        powerCut().willTruncate(file, size);
-    return static_cast<int>(raw::call(SYS_ftruncate, file, size));
-}
-int flock(int file, int command) noexcept {
-    if ((command & LOCK_UN) == 0 && failsOn("flock", file, locks))
-        return -1;
-    return static_cast<int>(raw::call(SYS_flock, file, command));
 }
 int fcntl(int file, int command, ...) {
     ARGUMENT(argument, command);

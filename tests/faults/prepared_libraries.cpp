@@ -3,7 +3,6 @@
 #include "platform/local/catalogue/catalogue_schema.h"
 #include "platform/local/imaging/imaging.h"
 #include "platform/local/library/library.h"
-#include "platform/local/store/content_hasher.h"
 #include "tests/support/files.h"
 
 #include <fcntl.h>
@@ -44,26 +43,6 @@ std::string smuggle(const std::string& folder, const std::string& name) {
     fs::create_directories((here().library() / path).parent_path());
     fs::copy_file(pathInHome("import.jpg"), here().library() / path);
     return path;
-}
-
-void insertOldAsset(local::CatalogueConnection& connection, int number) {
-    const local::Uuid uuid = local::randomUuid();
-    const std::string name = local::uppercaseText(uuid) + ".jpg";
-    smuggle("originals", name);
-    const std::string bytes = support::readBytes(pathInHome("import.jpg"));
-    local::ContentHasher hasher;
-    hasher.take(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
-    connection
-        .statement("INSERT INTO asset (uuid, created, media, width, height, hidden, filename, "
-                   "content_type, stored_as, hash, size, added) VALUES (?1, ?2, 1, 64, 48, ?3, "
-                   "'old.jpg', 'public.jpeg', ?4, ?5, ?6, 1600000000000)")
-        .bindBlob(1, uuid)
-        .bind(2, std::int64_t{1600000000000} + number)
-        .bind(3, std::int64_t{number % 2})
-        .bind(4, name)
-        .bindBlob(5, hasher.hash())
-        .bind(6, static_cast<std::int64_t>(bytes.size()))
-        .run();
 }
 
 } // namespace
@@ -185,9 +164,14 @@ Names prepareOlder(std::size_t version) {
                                           true);
     connection.execute("PRAGMA journal_mode=WAL");
     local::prepareSchema(connection, local::schemaSteps().first(version));
-    for (int number = 0; number < 3; ++number)
-        insertOldAsset(connection, number);
-    connection.execute("INSERT INTO favorite SELECT created, n FROM asset WHERE n < 3");
+    // Their files are not there, which is part of the library's state.
+    connection.execute(
+        "WITH RECURSIVE s(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM s WHERE i < 2) "
+        "INSERT INTO asset (uuid, created, media, width, height, hidden, filename, "
+        "content_type, stored_as, hash, size, added) SELECT randomblob(16), "
+        "1600000000000 + i, 1, 64, 48, i % 2, 'old.jpg', 'public.jpeg', "
+        "hex(randomblob(16)) || '.jpg', zeroblob(16), 9, 1600000000000 FROM s;"
+        "INSERT INTO favorite SELECT created, n FROM asset WHERE n < 3");
     return {};
 }
 
