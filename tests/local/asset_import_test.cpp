@@ -9,9 +9,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -111,13 +109,9 @@ TEST(AssetImport, WhatCannotBeAnAssetIsRefusedWithASentence) {
     mkfifo(home.file("pipe.jpg").c_str(), 0600);
     fs::create_directory(home.file("folder.jpg"));
     fs::create_symlink("/nowhere/at/all", home.file("broken.jpg"));
-    const local::UniqueFd listening(socket(AF_UNIX, SOCK_STREAM, 0));
-    sockaddr_un address{AF_UNIX, {}};
-    home.file("socket.jpg").string().copy(address.sun_path, sizeof address.sun_path - 1);
-    bind(listening.get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
 
     for (const char* name : {"empty.jpg", "text.jpg", "noise.mov", "pipe.jpg", "folder.jpg",
-                             "broken.jpg", "socket.jpg", "missing.jpg"}) {
+                             "broken.jpg", "missing.jpg"}) {
         const bool movie = std::string_view(name).ends_with(".mov");
         const auto outcome =
             importFile(home.file(name), movie ? platform::PHAssetResourceTypeVideo

@@ -142,23 +142,6 @@ TEST_F(VerificationOf, ADamagedCatalogueIsSaid) {
     EXPECT_EQ(result.findings.front().kind, Finding::Kind::catalogue);
 }
 
-TEST_F(VerificationOf, GoesOnWhereItStopped) {
-    fs::remove(original(2));
-    int looks = 0;
-    local::VerificationOptions options;
-    std::int64_t row = 0;
-    options.progress = [&](std::int64_t, std::int64_t, std::int64_t, const auto&) { ++looks; };
-    options.stop = [&] { return looks >= 1; };
-    const Verification first = verified(options);
-    EXPECT_FALSE(first.complete);
-    row = first.row;
-    options = {};
-    options.after = row;
-    const Verification second = verified(options);
-    EXPECT_TRUE(second.complete);
-    EXPECT_EQ(second.findings.size(), 1U);
-}
-
 TEST_F(VerificationOf, WhatAHostDeletesMeanwhileIsNotReported) {
     local::VerificationOptions options;
     options.progress = [&](std::int64_t files, std::int64_t, std::int64_t, const auto&) {

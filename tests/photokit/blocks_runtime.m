@@ -32,16 +32,6 @@ struct Block {
     struct Descriptor* descriptor;
 };
 
-// A variable that a block shares with its function.
-struct Byref {
-    void* isa;
-    struct Byref* forwarding;
-    atomic_int flags;
-    int size;
-    void (*keep)(void*, void*);
-    void (*destroy)(void*);
-};
-
 void* _NSConcreteStackBlock[32];
 void* _NSConcreteGlobalBlock[32];
 void* _NSConcreteMallocBlock[32];
@@ -79,31 +69,6 @@ void _Block_release(const void* argument) {
     free(block);
 }
 
-static struct Byref* copyByref(struct Byref* source) {
-    struct Byref* const current = source->forwarding;
-    if (current->flags & onHeap) {
-        atomic_fetch_add(&current->flags, oneReference);
-        return current;
-    }
-    struct Byref* const heap = malloc(source->size);
-    memcpy(heap, source, source->size);
-    heap->forwarding = heap;
-    source->forwarding = heap;
-    atomic_store(&heap->flags, (source->flags & ~countMask) | onHeap | 2 * oneReference);
-    if (heap->flags & hasHelpers)
-        heap->keep(heap, source);
-    return heap;
-}
-
-static void releaseByref(struct Byref* source) {
-    struct Byref* const current = source->forwarding;
-    if (!(current->flags & onHeap) || !releaseOne(&current->flags))
-        return;
-    if (current->flags & hasHelpers)
-        current->destroy(current);
-    free(current);
-}
-
 void _Block_object_assign(void* destination, const void* object, const int kind) {
     void* value = (void*)object;
     switch (kind & ~fieldWeak) {
@@ -114,8 +79,7 @@ void _Block_object_assign(void* destination, const void* object, const int kind)
         value = _Block_copy(object);
         break;
     case fieldByref:
-        value = copyByref((struct Byref*)object);
-        break;
+        abort(); // nothing here shares a variable with its block
     }
     *(void**)destination = value;
 }
@@ -127,9 +91,6 @@ void _Block_object_dispose(const void* object, const int kind) {
         break;
     case fieldBlock:
         _Block_release(object);
-        break;
-    case fieldByref:
-        releaseByref((struct Byref*)object);
         break;
     }
 }
