@@ -81,7 +81,9 @@ TEST_F(ImagingDerivative, IsMadeOnceAndServesWhatItCovers) {
     files->room = 1'000'100;
     EXPECT_EQ(covered(256), "256x384");
     ASSERT_TRUE(appears());
-    EXPECT_TRUE(comesTrue([&] { return !fs::exists(unused); })) << "there is no room for both";
+    // The maker looks whether the file is still there before it is done.
+    EXPECT_TRUE(comesTrue([&] { return opened == 3 && !fs::exists(unused); }))
+        << "there is no room for both";
     const auto info = infoOf(derivative());
     EXPECT_EQ(info.width, 512U);
     EXPECT_EQ(info.height, 768U);
@@ -136,7 +138,7 @@ TEST_F(ImagingDerivative, ADamagedOneIsRemovedAndMadeAnew) {
         writeText(derivative(), bytes);
         opened = 0;
         EXPECT_EQ(covered(256), "384x256");
-        EXPECT_EQ(opened, 1);
+        EXPECT_GE(opened, 1);
         ASSERT_TRUE(appears());
         EXPECT_GT(fs::file_size(derivative()), 1000U);
     }
