@@ -4,6 +4,8 @@
 #include "bridge/utf8.h"
 #include "tests/core/support.h"
 
+#include <array>
+
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -31,49 +33,46 @@ TEST(Utf8, RefusesWhatIsNotStandard) {
 }
 
 TEST_F(Arguments, StringsAreReadAndTheirCharactersReleased) {
-    EXPECT_EQ(stringArgument(jvm.env(), jvm.string("Übersicht")), "Übersicht");
-    EXPECT_EQ(stringArgument(jvm.env(), jvm.string("")), "");
-    EXPECT_EQ(stringArgument(jvm.env(), nullptr), std::nullopt);
-    EXPECT_EQ(stringArgument(jvm.env(), jvm.stringWithoutCharacters()), std::nullopt);
-    EXPECT_EQ(stringArgument(jvm.env(), jvm.string("\xED\xA0\xBD\xED\xB8\x80")), std::nullopt);
-    EXPECT_EQ(stringArgument(jvm.env(), jvm.string("a\xC0\x80z")), std::nullopt);
+    const auto read = [&](const jni::Text& text) {
+        return stringArgument(jvm.env(), jvm.reference(text));
+    };
+    EXPECT_EQ(read("Übersicht"), "Übersicht");
+    EXPECT_EQ(read(""), "");
+    for (const jni::Text& none :
+         std::vector<jni::Text>{nullptr, jni::unreadable, "\xED\xA0\xBD\xED\xB8\x80", "a\xC0\x80z"})
+        EXPECT_EQ(read(none), std::nullopt);
     EXPECT_EQ(jvm.charactersTaken, 4);
     EXPECT_EQ(jvm.charactersHeld, 0);
 }
 
 TEST_F(Arguments, ArraysDropWhatCannotBeReadAndGiveEachReferenceBackAtOnce) {
-    const auto array = jvm.array({nullptr, jvm.string("one"), jvm.stringWithoutCharacters(),
-                                  jvm.string("\xC0\x80"), jvm.string(""), jvm.string("two")});
-    EXPECT_THAT(stringArrayArgument(jvm.env(), array), ElementsAre("one", "", "two"));
+    const auto read = [&](const jni::Texts& texts) {
+        return stringArrayArgument(jvm.env(), jvm.reference(texts));
+    };
+    EXPECT_THAT(read({nullptr, "one", jni::unreadable, "\xC0\x80", "", "two"}),
+                ElementsAre("one", "", "two"));
     EXPECT_EQ(jvm.elementsTaken, 5);
     EXPECT_EQ(jvm.localRefsDeleted, 5);
     EXPECT_EQ(jvm.mostElementsHeld, 1);
     EXPECT_EQ(jvm.charactersHeld, 0);
-    EXPECT_THAT(stringArrayArgument(jvm.env(), nullptr), IsEmpty());
-    EXPECT_THAT(stringArrayArgument(jvm.env(), jvm.array({})), IsEmpty());
-    EXPECT_THAT(stringArrayArgument(jvm.env(), jvm.array({nullptr, nullptr})), IsEmpty());
+    EXPECT_THAT(read(nullptr), IsEmpty());
+    EXPECT_THAT(read({}), IsEmpty());
+    EXPECT_THAT(read({nullptr, nullptr}), IsEmpty());
 }
 
-TEST(PathComponent, IsTheLastOne) {
-    EXPECT_EQ(lastPathComponent("/a/b.jpg"), "b.jpg");
-    EXPECT_EQ(lastPathComponent("b.jpg"), "b.jpg");
-    EXPECT_EQ(lastPathComponent("/a/b//"), "b");
-    EXPECT_EQ(lastPathComponent("/a"), "a");
-    EXPECT_EQ(lastPathComponent("///"), "/");
-    EXPECT_EQ(lastPathComponent(""), "");
-}
-
-TEST(PathComponent, LeavesTheDirectoryWhenItIsTakenAway) {
-    for (const auto& [path, directory] :
-         std::vector<std::pair<std::string, std::string>>{{"/a/b.jpg", "/a"},
-                                                          {"/a/b/", "/a"},
-                                                          {"/a//b", "/a"},
-                                                          {"a/b/c", "a/b"},
-                                                          {"/a", "/"},
-                                                          {"//a", "/"},
-                                                          {"/", "/"},
-                                                          {"a", ""},
-                                                          {"a/", ""},
-                                                          {"", ""}})
+TEST(PathComponent, IsTheLastOneAndLeavesTheDirectoryWhenItIsTakenAway) {
+    const std::vector<std::array<std::string, 3>> table = {{"/a/b.jpg", "b.jpg", "/a"},
+                                                           {"/a/b//", "b", "/a"},
+                                                           {"/a//b", "b", "/a"},
+                                                           {"a/b/c", "c", "a/b"},
+                                                           {"/a", "a", "/"},
+                                                           {"//a", "a", "/"},
+                                                           {"///", "/", "/"},
+                                                           {"b.jpg", "b.jpg", ""},
+                                                           {"a/", "a", ""},
+                                                           {"", "", ""}};
+    for (const auto& [path, last, directory] : table) {
+        EXPECT_EQ(lastPathComponent(path), last) << path;
         EXPECT_EQ(pathWithoutLastComponent(path), directory) << path;
+    }
 }

@@ -76,8 +76,7 @@ jstring JNICALL newStringUTF(JNIEnv*, const char* bytes) {
     ++g_current->newStringCalls;
     if (g_current->newStringFails)
         return nullptr;
-    g_current->newStrings.emplace_back(bytes);
-    return g_current->string(bytes);
+    return g_current->reference(jni::Text(bytes));
 }
 
 jbyteArray JNICALL newByteArray(JNIEnv*, jsize length) {
@@ -118,59 +117,38 @@ Object& Environment::make() {
     return objects.emplace_back();
 }
 
-jstring Environment::string(const std::string& modifiedUtf8) {
-    Object& string = make();
-    string.characters = modifiedUtf8;
-    return referenceTo<jstring>(string);
-}
-
-jstring Environment::stringWithoutCharacters() {
-    return referenceTo<jstring>(make());
-}
-
-jobjectArray Environment::array(const std::vector<jstring>& elements) {
-    Object& array = make();
-    for (const jstring element : elements)
-        array.elements.push_back(element == nullptr ? nullptr : &objectBehind(element));
-    return referenceTo<jobjectArray>(array);
-}
-
-std::string Environment::textOf(jstring string) {
-    return string == nullptr ? "(null)" : objectBehind(string).characters.value_or("(none)");
-}
-
-std::string Environment::bytesOf(jbyteArray array) {
-    return array == nullptr ? "(null)" : objectBehind(array).bytes;
-}
-
-std::vector<std::optional<std::string>> Environment::textsOf(jobjectArray array) {
-    std::vector<std::optional<std::string>> texts;
-    for (const Object* element : objectBehind(array).elements)
-        texts.push_back(element == nullptr ? std::nullopt : element->characters);
-    return texts;
-}
-
 jstring Environment::reference(const Text& text) {
+    if (std::holds_alternative<std::nullptr_t>(text))
+        return nullptr;
+    Object& string = make();
     if (const auto* const characters = std::get_if<std::string>(&text))
-        return string(*characters);
-    return std::holds_alternative<Unreadable>(text) ? stringWithoutCharacters() : nullptr;
+        string.characters = *characters;
+    return referenceTo<jstring>(string);
 }
 
 jobjectArray Environment::reference(const Texts& texts) {
     if (texts.isNull)
         return nullptr;
-    std::vector<jstring> elements;
+    Object& array = make();
     for (const Text& text : texts.elements)
-        elements.push_back(reference(text));
-    return array(elements);
+        array.elements.push_back(reinterpret_cast<Object*>(reference(text)));
+    return referenceTo<jobjectArray>(array);
+}
+
+std::string Environment::answer(jstring string) {
+    return string == nullptr ? "(null)" : objectBehind(string).characters.value_or("(none)");
+}
+
+std::string Environment::answer(jbyteArray array) {
+    return array == nullptr ? "(null)" : objectBehind(array).bytes;
 }
 
 std::string Environment::answer(jobjectArray array) {
     if (array == nullptr)
         return "(null)";
     std::string line;
-    for (const auto& text : textsOf(array))
-        line += (line.empty() ? "" : ",") + text.value_or("(null)");
+    for (const Object* element : objectBehind(array).elements)
+        line += (line.empty() ? "" : ",") + (element ? *element->characters : "(null)");
     return line;
 }
 

@@ -68,14 +68,8 @@ struct Environment {
             return answer(method(env(), nullptr, reference(arguments)...));
     }
 
-    jstring string(const std::string& modifiedUtf8);
-    jstring stringWithoutCharacters();
-    jobjectArray array(const std::vector<jstring>& elements);
-
-    // What the library made, read back.
-    static std::string textOf(jstring string);
-    static std::string bytesOf(jbyteArray array);
-    static std::vector<std::optional<std::string>> textsOf(jobjectArray array);
+    jstring reference(const Text& text);
+    jobjectArray reference(const Texts& texts);
 
     // Script.
     bool findClassFails = false;
@@ -90,20 +84,17 @@ struct Environment {
     int localRefsDeleted = 0;
     int mostElementsHeld = 0; // at the same time
     int newStringCalls = 0;
-    std::vector<std::string> newStrings; // bytes given to NewStringUTF
 
     Object& make();
 
 private:
-    jstring reference(const Text& text);
-    jobjectArray reference(const Texts& texts);
     template <class Number>
     static Number reference(Number number) requires std::is_arithmetic_v<Number> {
         return number;
     }
     static std::string answer(jint number) { return std::to_string(number); }
-    static std::string answer(jstring string) { return textOf(string); }
-    static std::string answer(jbyteArray array) { return bytesOf(array); }
+    static std::string answer(jstring string);
+    static std::string answer(jbyteArray array);
     static std::string answer(jobjectArray array);
 
     JNINativeInterface_ functions{};
