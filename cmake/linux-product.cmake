@@ -8,5 +8,6 @@ set_target_properties(photos_kit PROPERTIES LINK_DEPENDS ${version_script})
 target_link_libraries(photos_kit PRIVATE local_dependencies)
 # Threads of ours run until the process ends, so the library is never taken out of it.
 target_link_options(photos_kit PRIVATE ${photos_kit_no_undefined} -Wl,--exclude-libs,ALL -Wl,-z,nodelete
-                    -Wl,--version-script=${version_script} -Wl,--as-needed)
+                    -Wl,--version-script=${version_script} -Wl,--as-needed -Wl,--gc-sections
+                    $<$<CONFIG:Release>:-s>)
 add_dependencies(photos_kit photos-kit-imaging)

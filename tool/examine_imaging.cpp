@@ -1,5 +1,6 @@
 // photos-kit doctor: the imaging process, tried with a small file of each kind.
 #include "platform/local/imaging/imaging.h"
+#include "platform/local/imaging/program_path.h"
 #include "tool/examination.h"
 #include "tool/sample.h"
 
@@ -26,10 +27,9 @@ struct Output {
     bool succeeded = false;
 };
 
-// What the imaging process, which stands beside this program, prints when it is started so.
+// What the imaging process prints when it is started so.
 Output imagingProcess(const char* option, char* const* environment) {
-    const std::string path =
-        fs::read_symlink("/proc/self/exe").parent_path() / "photos-kit-imaging";
+    const std::string path = local::imaging::programPath();
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         return {};

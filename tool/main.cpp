@@ -1,10 +1,12 @@
 // photos-kit: the photo library of this user, at a terminal.
 #include "platform/local/system/library_error.h"
 #include "tool/command.h"
+#include "tool/complete.h"
 #include "tool/output.h"
 
 #include <clocale>
 #include <cstdio>
+#include <string_view>
 
 namespace {
 
@@ -63,6 +65,8 @@ int sayWhatIsWrong(const tool::Tool& tool, const CLI::ParseError& misuse) {
 }
 
 int run(tool::Tool& tool, int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]) == "complete")
+        return tool::complete(tool.app, {argv + 2, argv + argc});
     try {
         tool.app.parse(argc, argv);
     } catch (const CLI::Success& helpOrVersion) {

@@ -21,7 +21,7 @@ namespace local {
 namespace {
 
 constexpr int accepted = 0;
-constexpr int refused = 1;
+constexpr int answeredNo = 1;
 constexpr int answerDescriptor = 3; // that the shell writes to
 
 // A shell runs the dialog and writes its exit code to a pipe: where the host ignores SIGCHLD, or
@@ -132,7 +132,7 @@ void confirmDeletion(CatalogueConnection& connection, std::size_t assets) {
                                  "restored, until somebody empties it.");
     if (answer == accepted)
         return;
-    if (answer == refused)
+    if (answer == answeredNo)
         throw LibraryError(platform::PHPhotosErrorDomain, platform::PHPhotosErrorUserCancelled,
                            "The deletion was refused.");
     throw LibraryError(platform::PHPhotosErrorDomain, 0,

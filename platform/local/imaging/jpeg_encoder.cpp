@@ -22,15 +22,22 @@ struct ErrorHandler {
     std::longjmp(reinterpret_cast<ErrorHandler*>(info->err)->escape, 1);
 }
 
-void stayQuiet(j_common_ptr) {}
+// In place of the library's own handlers, which print: everything but an error is passed over.
+// Its jpeg_std_error would bring them in, and cannot be linked into a shared object statically.
+void handleErrors(ErrorHandler& handler) {
+    handler.manager.error_exit = escape;
+    handler.manager.emit_message = [](j_common_ptr, int) {};
+    handler.manager.output_message = [](j_common_ptr) {};
+    handler.manager.format_message = [](j_common_ptr, char* text) { *text = 0; };
+    handler.manager.reset_error_mgr = [](j_common_ptr) {};
+}
 
 // Holds nothing with a destructor, since an error jumps out of it.
 bool compress(const Pixels& pixels, int quality, unsigned char** out, unsigned long* size) {
     jpeg_compress_struct info{};
     ErrorHandler handler{};
-    info.err = jpeg_std_error(&handler.manager);
-    handler.manager.error_exit = escape;
-    handler.manager.output_message = stayQuiet;
+    handleErrors(handler);
+    info.err = &handler.manager;
     if (setjmp(handler.escape)) {
         jpeg_destroy_compress(&info);
         return false;

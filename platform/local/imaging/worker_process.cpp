@@ -1,11 +1,11 @@
 #include "platform/local/imaging/worker_process.h"
 
 #include "platform/local/imaging/picture_room.h"
+#include "platform/local/imaging/program_path.h"
 #include "platform/local/imaging/wire/packet.h"
 
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <cstring>
 #include <exception>
@@ -14,9 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include <dlfcn.h>
 #include <fcntl.h>
-#include <link.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/syscall.h>
@@ -28,29 +26,6 @@ namespace {
 
 // Loading some hundred shared libraries takes a tenth of a second; much longer on a busy machine.
 constexpr std::chrono::seconds kStartTime{30};
-
-// The file of this process's program; the name that it was started by need not be a path.
-std::string mainProgram() {
-    std::array<char, PATH_MAX> path{};
-    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : std::string();
-}
-
-// Beside the shared object or the program that holds this function.
-std::string programPath() {
-    Dl_info info{};
-    link_map* map = nullptr;
-    if (dladdr1(reinterpret_cast<const void*>(&programPath), &info, reinterpret_cast<void**>(&map),
-                RTLD_DL_LINKMAP) == 0 ||
-        !info.dli_fname)
-        return {};
-    // The dynamic linker's list has no name for the main program.
-    const bool isProgram = map && (!map->l_name || !*map->l_name);
-    const std::string object = isProgram ? mainProgram() : info.dli_fname;
-    const auto slash = object.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : object.substr(0, slash);
-    return folder + "/photos-kit-imaging";
-}
 
 struct SpawnSettings {
     posix_spawn_file_actions_t actions;

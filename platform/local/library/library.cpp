@@ -62,7 +62,7 @@ void requireOwnDisk(const std::string& path) {
                                "network with photos-kit backup.");
 }
 
-UniqueFd openFolder(const std::string& path) {
+UniqueFd openLibraryFolder(const std::string& path) {
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     UniqueFd folder(::open(path.c_str(), flags));
     if (!folder && errno == ENOENT) {
@@ -169,7 +169,8 @@ ConnectionLease::~ConnectionLease() {
         library_->giveBack(std::move(connection_), forChanges_);
 }
 
-Library::Library(const std::string& path) : folder_(openFolder(path)), files_(folder_.get()) {
+Library::Library(const std::string& path)
+    : folder_(openLibraryFolder(path)), files_(folder_.get()) {
     // SQLite does not wait where two processes that change a new file to write-ahead logging could
     // wait for each other.
     while (!tryToPrepareCatalogue(path))

@@ -4,9 +4,6 @@
 
 #define XXH_STATIC_LINKING_ONLY // for the state's size
 #include <xxhash.h>
-#ifdef __x86_64__
-#include <xxh_x86dispatch.h> // the same functions, by what the processor has
-#endif
 
 #include <unistd.h>
 
