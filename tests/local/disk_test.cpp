@@ -6,7 +6,7 @@
 #include <sys/mount.h>
 
 TEST(DiskOf, TellsTypeRoomAndWhetherItTakesWrites) {
-    onSmallDisk("size=2m,nr_inodes=50", [](const ScratchHome&, const std::filesystem::path& at) {
+    onSmallDisk("size=2m,nr_inodes=50", [](const ScratchHome&, const fs::path& at) {
         const local::Disk disk = local::diskOf(at.string());
         EXPECT_EQ(disk.type, "tmpfs");
         EXPECT_EQ(disk.bytes, 2 << 20);
@@ -15,7 +15,7 @@ TEST(DiskOf, TellsTypeRoomAndWhetherItTakesWrites) {
         EXPECT_EQ(disk.sharesBlocks, false);
         EXPECT_FALSE(disk.readOnly || disk.network || disk.unguarded);
         EXPECT_TRUE(filesBelow(at).empty());
-        ASSERT_EQ(mount("none", at.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+        mountAt(at, "none", MS_REMOUNT | MS_RDONLY);
         EXPECT_TRUE(local::diskOf(at.string()).readOnly);
     });
 }

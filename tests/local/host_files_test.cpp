@@ -6,8 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using namespace platform;
-
 namespace {
 
 std::span<const std::uint8_t> bytesOf(std::string_view text) {
@@ -63,7 +61,7 @@ TEST(HostFiles, AHoleOfATerabyteIsNotReadIntoMemory) {
     const ScratchHome home;
     writeText(home.file("hole"), "x");
     ASSERT_EQ(truncate(home.file("hole").c_str(), off_t{1} << 40), 0);
-    EXPECT_FALSE(platform::dataWithContentsOfFile(home.file("hole").string()));
+    EXPECT_FALSE(dataWithContentsOfFile(home.file("hole").string()));
 }
 
 TEST(HostFiles, LinksAndPipesAtThePlaceAreNotWrittenTo) {
@@ -120,7 +118,7 @@ TEST(HostFiles, AFullDiskIsToldAndLeavesNothingHalf) {
         EXPECT_THAT(error->localizedDescription.value_or(""), HasSubstr("No space left"));
         EXPECT_FALSE(writeToURL(NSData(1 << 20, 'x'), {disk / "old"}, NSDataWritingAtomic, error));
         EXPECT_EQ(readBytes(disk / "old"), "old");
-        EXPECT_THAT(filesBelow(disk), testing::ElementsAre("old"));
+        EXPECT_THAT(filesBelow(disk), ElementsAre("old"));
         ASSERT_TRUE(createFileAtPath(disk / "streamed"));
         const auto file = fileHandleForWritingAtPath(disk / "streamed");
         EXPECT_THROW(writeData(*file, NSData(500'000, 'x')), NSException);

@@ -54,16 +54,14 @@ TEST_F(RepairOf, ADamagedFileGoesToQuarantineWhenTheBackupHasItWhole) {
     fs::resize_file(original(0), 20);
     fs::remove(original(1));
     const std::string name = original(0).filename().string();
-    EXPECT_THAT(repaired(), UnorderedElementsAre("impossible " + name,
-                                                 "impossible " + original(1).filename().string()));
+    const auto other = "impossible " + original(1).filename().string();
+    EXPECT_THAT(repaired(), UnorderedElementsAre("impossible " + name, other));
     EXPECT_EQ(fs::file_size(original(0)), 20U); // better than nothing
     flipAByte(home.file("backup") / pathOf(1)); // damaged as well
-    EXPECT_THAT(
-        repaired(true, home.file("backup").string()),
-        UnorderedElementsAre("done " + name, "impossible " + original(1).filename().string()));
+    EXPECT_THAT(repaired(true, home.file("backup")), UnorderedElementsAre("done " + name, other));
     EXPECT_FALSE(fs::exists(original(1)));
     flipAByte(home.file("backup") / pathOf(1));
-    repaired(true, home.file("backup").string());
+    repaired(true, home.file("backup"));
     EXPECT_THAT(faults(), IsEmpty());
     EXPECT_EQ(readBytes(original(0)), bytes);
     EXPECT_EQ(fs::file_size(home.library() / "quarantine" / name), 20U);
@@ -84,8 +82,7 @@ TEST_F(RepairOf, AFileOnItsWayInIsLeftAlone) {
 }
 
 TEST_F(RepairOf, AbsenceOfEverythingIsNotJudged) {
-    fs::rename(home.library() / "originals", home.file("unmounted"));
-    fs::create_directory(home.library() / "originals");
+    unmountOriginals();
     EXPECT_THROW(repaired(), local::LibraryError);
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM asset"), 3);
     EXPECT_FALSE(fs::exists(home.library() / "quarantine"));

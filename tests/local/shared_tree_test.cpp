@@ -2,13 +2,9 @@
 // its own methods: those only file what they have just made.
 #include "tests/local/support.h"
 
-#include <sys/wait.h>
-
 #include <iterator>
 #include <random>
 #include <sstream>
-
-using namespace platform;
 
 namespace {
 
@@ -40,29 +36,16 @@ void moveAround(const std::vector<std::string>& folders, unsigned seed) {
 
 TEST(SharedTree, StaysOneTreeWhenSeveralProcessesMoveFolders) {
     const ScratchHome home;
-    // Whoever forks must not have the library open.
-    ASSERT_EQ(inChild([&] {
-                  std::string lines;
-                  for (int i = 0; i < 8; ++i)
-                      lines += newFolder(std::to_string(i)) + '\n';
-                  writeText(home.file("folders"), lines);
-              }),
-              0);
+    inChild([&] { // whoever forks must not have the library open
+        std::string lines;
+        for (int i = 0; i < 8; ++i)
+            lines += newFolder(std::to_string(i)) + '\n';
+        writeText(home.file("folders"), lines);
+    });
     std::istringstream lines(readBytes(home.file("folders")));
     const std::vector<std::string> folders{std::istream_iterator<std::string>(lines), {}};
     const unsigned seed = std::random_device{}();
-    std::vector<pid_t> children;
-    for (unsigned i = 0; i < 3; ++i) {
-        children.push_back(fork());
-        if (children.back() == 0) {
-            moveAround(folders, seed + i);
-            _exit(testing::Test::HasFailure() ? 1 : 0);
-        }
-    }
-    for (const pid_t child : children) {
-        int outcome = -1;
-        waitpid(child, &outcome, 0);
-        EXPECT_EQ(outcome, 0) << "seed " << seed;
-    }
+    SCOPED_TRACE(seed);
+    inProcesses(3, [&](int number) { moveAround(folders, seed + static_cast<unsigned>(number)); });
     expectConsistent(home);
 }
