@@ -4,7 +4,9 @@
 #include "platform/local/catalogue/asset_record.h"
 #include "platform/local/catalogue/collection_record.h"
 
+#include <iterator>
 #include <random>
+#include <sstream>
 
 namespace {
 
@@ -46,6 +48,30 @@ std::string copyOf(const std::string& identifier) {
     return newAlbum("copy", &shown);
 }
 
+// Any folder into any other, so that many a move would close a circle: each may be refused. What
+// is deleted may be where another process is just filing something.
+void moveAround(const std::vector<std::string>& folders, unsigned seed) {
+    std::mt19937 random(seed);
+    const auto any = [&] {
+        return fetchCollectionListsWithLocalIdentifiers({folders[random() % folders.size()]});
+    };
+    for (int step = 0; step < 250; ++step) {
+        const auto child = any();
+        const auto parent = any();
+        if (child.count() == 0 || parent.count() == 0)
+            continue;
+        std::vector<PHCollection> children{*child.objectAtIndex(0)};
+        if (step % 10 == 0)
+            children = {album(newAlbum("made"))};
+        change([&] {
+            addChildCollections(*changeRequestForCollectionList(*parent.objectAtIndex(0)),
+                                children);
+        });
+        if (step > 150 && step % 50 == 9)
+            change([&] { deleteCollectionLists(child); });
+    }
+}
+
 } // namespace
 
 TEST(Collections, KeepTheirOrderAndAnyTitle) {
@@ -83,31 +109,49 @@ TEST(Collections, FilingMovesAndRefusesCycles) {
     EXPECT_EQ(file(leaf, outer), "");
     EXPECT_THAT(inside(outer), ElementsAre("inner", "leaf"));
     EXPECT_EQ(file(inner, outer), "") << "where it is already";
-    EXPECT_THAT(inside(outer), ElementsAre("inner", "leaf"));
+    const auto found = fetchCollectionsInCollectionList(folder(outer));
+    {
+        const auto other = listed();
+        const auto exhausted = exhaustDescriptors();
+        EXPECT_FALSE(found.objectAtIndex(0));
+        EXPECT_EQ(found.count(), 2u);
+    }
+    EXPECT_THAT(titles(found), ElementsAre("inner", "leaf")) << "when there is room again";
     expectConsistent(home);
 }
 
+// What somebody has fetched and is deleted meanwhile is gone for good: what is made after it never
+// takes its place.
 TEST(Collections, DeletingAFolderTakesWhatIsInsideAndNoAssets) {
-    const BareLibrary home(3, 1000, 1);
-    auto parent = newFolder("0");
-    const auto top = parent;
+    const BareLibrary home(3);
+    const auto shelf = folder(newFolder("shelf"));
+    const auto deep = newAlbum("deep");
+    ASSERT_EQ(add(deep, home.all), "");
+    const auto top = newFolder("0");
+    auto parent = top;
     for (int depth = 1; depth < 200; ++depth) {
         const auto next = newFolder(std::to_string(depth));
         ASSERT_EQ(file(next, parent), "");
         parent = next;
     }
-    const auto deep = newAlbum("deep");
-    ASSERT_EQ(add(deep, listedIdentifiers()), "");
     ASSERT_EQ(file(deep, parent), "");
-    newAlbum("stays");
-    const auto list = fetchCollectionListsWithLocalIdentifiers({top});
-    const auto goneSoon = album(deep);
-    expectDone([&] { deleteCollectionLists(list); });
-    EXPECT_THAT(titles(fetchTopLevelUserCollections()), ElementsAre("stays"));
+    const auto tops = fetchCollectionListsWithLocalIdentifiers({top});
+    const auto fetched = fetchAssetCollectionsWithLocalIdentifiers({deep});
+    const auto gone = album(deep);
+    expectDone([&] { deleteCollectionLists(tops); });
+    EXPECT_THAT(titles(fetchTopLevelUserCollections()), ElementsAre("shelf"));
     EXPECT_EQ(listed().count(), 3u);
-    EXPECT_THAT(change([&] { setTitle(*changeRequestForAssetCollection(goneSoon), "x"); }),
+
+    const auto next = newAlbum("next");
+    ASSERT_EQ(add(next, home.all), "");
+    EXPECT_THAT(change([&] { setTitle(*changeRequestForAssetCollection(gone), "x"); }),
                 HasSubstr("no longer exists"));
-    EXPECT_EQ(fetchAssetsInAssetCollection(goneSoon, nullptr).objectAtIndex(0), std::nullopt);
+    const auto put = [&] { addChildCollections(*changeRequestForCollectionList(shelf), {gone}); };
+    EXPECT_NE(change(put), "");
+    EXPECT_THAT(inside(shelf.localIdentifier), IsEmpty());
+    EXPECT_FALSE(fetchAssetsInAssetCollection(gone, nullptr).objectAtIndex(0));
+    change([&] { deleteAssetCollections(fetched); });
+    EXPECT_EQ(own(next).size(), 3u);
     expectConsistent(home);
 }
 
@@ -247,37 +291,19 @@ TEST(Collections, AreSeenAccordingToTheAccess) {
     EXPECT_FALSE(smart(209));
 }
 
-TEST(Collections, InsideAFolderAreCountedAndReadWhenThereIsRoomAgain) {
+// No host can do this through its own methods: those only file what they have just made.
+TEST(SharedTree, StaysOneTreeWhenSeveralProcessesMoveFolders) {
     const ScratchHome home;
-    const auto outer = newFolder("outer");
-    for (const char* title : {"a", "b", "c"})
-        EXPECT_EQ(file(newAlbum(title), outer), "");
-    const auto found = fetchCollectionsInCollectionList(folder(outer));
-    {
-        const auto other = listed();
-        const auto exhausted = exhaustDescriptors();
-        EXPECT_FALSE(found.objectAtIndex(0));
-        EXPECT_EQ(found.count(), 3u);
-    }
-    EXPECT_THAT(titles(found), ElementsAre("a", "b", "c"));
-}
-
-// An album or folder that somebody has fetched and that is deleted meanwhile is gone for good: what
-// is made after it never takes its place.
-TEST(DeletedCollections, AreNotTakenForTheNextOnes) {
-    const BareLibrary home(2);
-    const auto shelf = folder(newFolder("shelf"));
-    const auto fetched = fetchAssetCollectionsWithLocalIdentifiers({newAlbum("gone")});
-    const auto gone = fetched.objectAtIndex(0).value();
-    expectDone([&] { deleteAssetCollections(fetched); });
-    const auto next = newAlbum("next");
-    ASSERT_EQ(add(next, home.all), "");
-
-    const auto put = [&] { addChildCollections(*changeRequestForCollectionList(shelf), {gone}); };
-    EXPECT_NE(change(put), "");
-    EXPECT_THAT(inside(shelf.localIdentifier), IsEmpty());
-    EXPECT_THAT(identifiers(fetchAssetsInAssetCollection(gone, nullptr)), IsEmpty());
-    change([&] { deleteAssetCollections(fetched); });
-    EXPECT_EQ(own(next).size(), 2u);
+    inChild([&] { // whoever forks must not have the library open
+        std::string lines;
+        for (int i = 0; i < 8; ++i)
+            lines += newFolder(std::to_string(i)) + '\n';
+        writeText(home.file("folders"), lines);
+    });
+    std::istringstream lines(readBytes(home.file("folders")));
+    const std::vector<std::string> folders{std::istream_iterator<std::string>(lines), {}};
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    inProcesses(3, [&](int number) { moveAround(folders, seed + static_cast<unsigned>(number)); });
     expectConsistent(home);
 }

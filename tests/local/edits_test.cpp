@@ -90,32 +90,6 @@ TEST(Transfers, HandOverTheBytesThatWereImportedAndNeverDamage) {
     EXPECT_THAT(transfer(resource), HasSubstr("could not be read"));
 }
 
-TEST(Transfers, EndSoonWhenTheyAreCancelled) {
-    const ScratchHome home;
-    const auto source = writePicture(home.file("a.jpg"));
-    fs::resize_file(source, 40 << 20); // bytes behind a picture are no fault of it
-    const auto identifier = *importFile(source).identifier;
-    std::promise<std::int32_t> number;
-    auto known = number.get_future().share();
-    std::promise<std::optional<NSError>> over;
-    int chunksAfter = -1;
-    const auto id = requestDataForAssetResource(
-        resourceOf(identifier), {},
-        [&](std::span<const std::uint8_t>) {
-            if (++chunksAfter == 0)
-                cancelDataRequest(known.get()); // from a handler, as it may
-        },
-        [&](const std::optional<NSError>& error) { over.set_value(error); });
-    number.set_value(id);
-    const auto error = over.get_future().get();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain, PHPhotosErrorDomain);
-    EXPECT_EQ(error->code, PHPhotosErrorUserCancelled);
-    EXPECT_LE(chunksAfter, 1);
-    cancelDataRequest(id); // over: nothing happens
-    cancelDataRequest(4711);
-}
-
 TEST(Edits, StandBesideTheOriginalAndCanBeTakenBack) {
     const ScratchHome home;
     const std::string original = readBytes(writePicture(home.file("a.jpg")));

@@ -15,9 +15,7 @@ class RepairOf : public KeptLibrary {
 protected:
     // "outcome subject", each.
     std::vector<std::string> repaired(bool apply = true, const std::string& backup = "") const {
-        local::RepairOptions options;
-        options.apply = apply;
-        options.backup = backup;
+        const local::RepairOptions options{.apply = apply, .backup = backup};
         std::vector<std::string> all;
         for (const RepairStep& step : local::repairLibrary(home.library().string(), options).steps)
             all.push_back(local::nameOf(step.outcome) + " " +
@@ -37,15 +35,6 @@ TEST_F(RepairOf, IsDryUnlessItIsWanted) {
     EXPECT_THAT(faults(), IsEmpty());
     EXPECT_EQ(readBytes(home.library() / "quarantine" / "stray"), "stray");
     EXPECT_EQ(sqlInteger(home, "SELECT listed FROM library"), 3);
-}
-
-TEST_F(RepairOf, ALostFileComesBackFromWhereItStrayed) {
-    const std::string bytes = readBytes(original(0));
-    fs::rename(original(0), home.library() / "originals" / "AA" / "strayed");
-    EXPECT_THAT(repaired(false), testing::SizeIs(2));
-    repaired();
-    EXPECT_THAT(faults(), IsEmpty());
-    EXPECT_EQ(readBytes(original(0)), bytes);
 }
 
 TEST_F(RepairOf, ADamagedFileGoesToQuarantineWhenTheBackupHasItWhole) {
