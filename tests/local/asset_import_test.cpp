@@ -1,4 +1,5 @@
 // Files becoming assets: what is kept of them, what is refused, and that nothing is half made.
+#include "tests/local/imaging_support.h"
 #include "tests/local/support.h"
 
 #include "platform/local/catalogue/asset_record.h"
@@ -10,13 +11,10 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <ctime>
-#include <thread>
 
 namespace {
 
@@ -25,6 +23,20 @@ void expectNothingKept(const ScratchHome& home) {
     EXPECT_THAT(filesBelow(home.library() / "originals"), IsEmpty());
     EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
 }
+
+void dateFile(const fs::path& path, std::int64_t seconds, long nanoseconds) {
+    const timespec times[2] = {{seconds, nanoseconds}, {seconds, nanoseconds}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+// The store of a library that is there, as somebody else's process opens it.
+struct OpenStore {
+    explicit OpenStore(const ScratchHome& home)
+        : folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY)), store(folder.get()) {}
+
+    const local::UniqueFd folder;
+    const local::FileStore store;
+};
 
 } // namespace
 
@@ -38,10 +50,10 @@ TEST(AssetImport, KeepsTheBytesTheNameAndTheType) {
     const auto asset = assetWith(*outcome.identifier).value();
     EXPECT_EQ(asset.pixelWidth, 90u);
     EXPECT_EQ(asset.pixelHeight, 60u);
-    EXPECT_EQ(asset.mediaType, platform::PHAssetMediaTypeImage);
-    const auto resources = platform::assetResourcesForAsset(asset);
+    EXPECT_EQ(asset.mediaType, PHAssetMediaTypeImage);
+    const auto resources = assetResourcesForAsset(asset);
     ASSERT_EQ(resources.size(), 1u);
-    EXPECT_EQ(resources[0].type, platform::PHAssetResourceTypePhoto);
+    EXPECT_EQ(resources[0].type, PHAssetResourceTypePhoto);
     EXPECT_EQ(resources[0].originalFilename, "Üb \uFFFD\"er's %s\n.JPG");
     EXPECT_EQ(local::recordOf(asset).filename, picture.filename().string());
     EXPECT_EQ(resources[0].uniformTypeIdentifier, "public.jpeg");
@@ -65,22 +77,18 @@ TEST(AssetImport, ThatIsStoppedLeavesNothing) {
 TEST(AssetImport, TypeAndDateComeFromTheBytesElseTheDateFromTheFile) {
     const ScratchHome home;
     const auto picture = writePicture(home.file("scan"));
-    const timespec times[2] = {{1'000'000'007, 250'000'000}, {1'000'000'007, 250'000'000}};
-    utimensat(AT_FDCWD, picture.c_str(), times, 0);
+    dateFile(picture, 1'000'000'007, 250'000'000);
     const auto asset = assetWith(importFile(picture).identifier.value()).value();
-    EXPECT_EQ(platform::assetResourcesForAsset(asset)[0].uniformTypeIdentifier, "public.jpeg");
+    EXPECT_EQ(assetResourcesForAsset(asset)[0].uniformTypeIdentifier, "public.jpeg");
     EXPECT_EQ(asset.creationDate, 1'000'000'007.25);
-    // NOLINTNEXTLINE(bugprone-command-processor): the tests' own command
-    ASSERT_EQ(
-        std::system("cd \"$HOME\" && cp scan a.jpg && exiftool -q -overwrite_original "
-                    "-DateTimeOriginal='2001:02:03 04:05:06' -OffsetTimeOriginal=+00:00 a.jpg "
-                    "&& ffmpeg -v error -i scan -c:v mpeg4 a.mp4"),
-        0);
+    imaging_test::run(home, "cp scan a.jpg && exiftool -q -overwrite_original -DateTimeOriginal="
+                            "'2001:02:03 04:05:06' -OffsetTimeOriginal=+00:00 a.jpg &&"
+                            " ffmpeg -v error -i scan -c:v mpeg4 a.mp4");
     EXPECT_EQ(assetWith(*importFile(home.file("a.jpg")).identifier)->creationDate, 981'173'106.0);
-    const auto film = importFile(home.file("a.mp4"), platform::PHAssetResourceTypeVideo).identifier;
-    EXPECT_EQ(assetWith(*film)->mediaType, platform::PHAssetMediaTypeVideo);
-    EXPECT_EQ(platform::assetResourcesForAsset(*assetWith(*film))[0].type,
-              platform::PHAssetResourceTypeVideo);
+    const auto film =
+        assetWith(*importFile(home.file("a.mp4"), PHAssetResourceTypeVideo).identifier);
+    EXPECT_EQ(film->mediaType, PHAssetMediaTypeVideo);
+    EXPECT_EQ(assetResourcesForAsset(*film)[0].type, PHAssetResourceTypeVideo);
 }
 
 TEST(AssetImport, ATimeThatNoCalendarKnowsIsThePresent) {
@@ -88,8 +96,7 @@ TEST(AssetImport, ATimeThatNoCalendarKnowsIsThePresent) {
     const auto picture = writePicture(home.file("a.jpg"));
     for (const std::int64_t seconds :
          {std::int64_t{9'300'000'000'000}, 9'200'000'000'000'000'000, -4'000'000'000'000'000'000}) {
-        const timespec times[2] = {{seconds, 1'000'000}, {seconds, 1'000'000}};
-        ASSERT_EQ(utimensat(AT_FDCWD, picture.c_str(), times, 0), 0);
+        dateFile(picture, seconds, 1'000'000);
         const double before = static_cast<double>(time(nullptr));
         const auto asset = assetWith(importFile(picture).identifier.value()).value();
         EXPECT_GE(asset.creationDate, before) << seconds;
@@ -102,7 +109,7 @@ TEST(AssetImport, ATimeThatNoCalendarKnowsIsThePresent) {
 
 TEST(AssetImport, WhatCannotBeAnAssetIsRefusedWithASentence) {
     const ScratchHome home;
-    platform::fetchAssetsWithOptions({});
+    fetchAssetsWithOptions({});
     writeText(home.file("empty.jpg"), "");
     writeText(home.file("text.jpg"), "these are not the bytes of a picture");
     writeText(home.file("noise.mov"), std::string(5000, '\x5a'));
@@ -113,132 +120,91 @@ TEST(AssetImport, WhatCannotBeAnAssetIsRefusedWithASentence) {
     for (const char* name : {"empty.jpg", "text.jpg", "noise.mov", "pipe.jpg", "folder.jpg",
                              "broken.jpg", "missing.jpg"}) {
         const bool movie = std::string_view(name).ends_with(".mov");
-        const auto outcome =
-            importFile(home.file(name), movie ? platform::PHAssetResourceTypeVideo
-                                              : platform::PHAssetResourceTypePhoto);
+        const auto outcome = importFile(home.file(name), movie ? PHAssetResourceTypeVideo
+                                                               : PHAssetResourceTypePhoto);
         EXPECT_FALSE(outcome.identifier) << name;
         EXPECT_THAT(outcome.sentence(), testing::EndsWith(".")) << name;
     }
-    const auto text = importFile(home.file("text.jpg"));
-    EXPECT_EQ(text.error.domain, platform::PHPhotosErrorDomain);
-    EXPECT_EQ(text.error.code, 3302);
+    EXPECT_EQ(importFile(home.file("text.jpg")).error.domain, PHPhotosErrorDomain);
+    EXPECT_EQ(importFile(home.file("text.jpg")).error.code, 3302);
     const auto picture = writePicture(home.file("picture.mov"));
-    EXPECT_EQ(importFile(picture, platform::PHAssetResourceTypeVideo).error.code, 3302);
+    EXPECT_EQ(importFile(picture, PHAssetResourceTypeVideo).error.code, 3302);
     expectNothingKept(home);
-}
-
-TEST(AssetImport, AFullDiskCostsOnlyTheFileThatDoesNotFit) {
-    onSmallDisk("size=2m", [](const ScratchHome& home, const fs::path&) {
-        const auto small = writePicture(home.file("small.jpg"));
-        const auto first = importFile(small).identifier;
-        ASSERT_TRUE(first);
-        fs::copy_file(small, home.file("large.jpg"));
-        fs::resize_file(home.file("large.jpg"), 8 << 20);
-        EXPECT_THAT(importFile(home.file("large.jpg")).sentence(), HasSubstr("No space left"));
-        EXPECT_TRUE(importFile(small).identifier);
-        EXPECT_EQ(listed().count(), 2u);
-        EXPECT_EQ(readBytes(originalOf(home, *first)), readBytes(small));
-        EXPECT_THAT(filesBelow(home.library() / "incoming"), IsEmpty());
-    });
 }
 
 TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     const ScratchHome home;
-    platform::fetchAssetsWithOptions({});
-    const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
-    const local::FileStore store(folder.get());
+    listed();
+    const OpenStore open(home);
+    const local::FileStore& store = open.store;
     const auto none = [](local::Stored, const std::string&) { return false; };
     const auto all = [](local::Stored, const std::string&) { return true; };
     const auto ready = [] {};
-    const auto picture = writePicture(home.file("a.jpg"));
-    const local::UniqueFd source(open(picture.c_str(), O_RDONLY));
-    const local::Uuid uuid = local::randomUuid();
-    const std::string name = local::uppercaseText(uuid) + ".jpg";
+    const local::UniqueFd source = imaging_test::open(writePicture(home.file("a.jpg")));
+    const auto name = [] { return local::uppercaseText(local::randomUuid()); };
+    const auto originals = [&] { return filesBelow(home.library() / "originals").size(); };
     writeText(home.library() / "incoming/notes.txt", "not ours");
     {
-        local::IncomingFile incoming(store, local::Stored::original, name, source.get());
+        local::IncomingFile incoming(store, local::Stored::original, name(), source.get());
         store.sweep(none, ready);
         incoming.place();
         store.sweep(none, ready);
-        EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
+        EXPECT_EQ(originals(), 1u);
         incoming.commitBegins();
     }
     // Its process is as good as dead now, and whether it committed is the catalogue's to say.
     EXPECT_THROW(store.sweep(none, [] { throw local::systemError("no", EROFS); }),
                  local::LibraryError);
-    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
+    EXPECT_EQ(originals(), 1u);
     store.sweep(all, ready);
-    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
-    EXPECT_EQ(filesBelow(home.library() / "incoming"), std::vector<std::string>{"notes.txt"});
+    EXPECT_EQ(originals(), 1u);
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
 
     lseek(source.get(), 0, SEEK_SET);
-    const local::Uuid lost = local::randomUuid();
     {
-        local::IncomingFile incoming(store, local::Stored::original, local::uppercaseText(lost),
-                                     source.get());
+        local::IncomingFile incoming(store, local::Stored::original, name(), source.get());
         incoming.place();
         incoming.commitBegins();
     }
     store.sweep(none, ready);
-    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 1u);
-    EXPECT_EQ(filesBelow(home.library() / "incoming"), std::vector<std::string>{"notes.txt"});
+    EXPECT_EQ(originals(), 1u);
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
 }
 
-TEST(AssetImport, ProcessesAndThreadsImportSideBySide) {
+TEST(AssetImport, ProcessesImportAndSweepSideBySide) {
     const ScratchHome home;
     const auto picture = writePicture(home.file("a.jpg"));
-    ASSERT_EQ(inChild([] { listed(); }), 0);
-    std::vector<pid_t> children;
-    for (int p = 0; p < 3; ++p) {
-        const pid_t child = fork();
-        if (child == 0) {
-            std::vector<std::thread> threads;
-            std::atomic<int> failed = 0;
-            for (int t = 0; t < 3; ++t)
-                threads.emplace_back([&] {
-                    for (int i = 0; i < 10; ++i)
-                        failed += !importFile(picture).identifier;
-                });
-            const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
-            const local::FileStore store(folder.get());
-            const auto isThere = [](local::Stored, const std::string& name) {
-                return assetWith(name.substr(0, 36) + "/L0/001").has_value();
-            };
-            for (int i = 0; i < 50; ++i) // as processes that open the library meanwhile
-                store.sweep(isThere, [] {});
-            for (std::thread& thread : threads)
-                thread.join();
-            _exit(failed == 0 ? 0 : 1);
+    inChild([] { listed(); });
+    inProcesses(4, [&](int) {
+        const OpenStore open(home);
+        const auto isThere = [](local::Stored, const std::string& name) {
+            return assetWith(name.substr(0, 36) + "/L0/001").has_value();
+        };
+        for (int i = 0; i < 25; ++i) {
+            EXPECT_TRUE(importFile(picture).identifier);
+            open.store.sweep(isThere, [] {}); // as a process that opens the library meanwhile
         }
-        children.push_back(child);
-    }
-    for (const pid_t child : children) {
-        int outcome = -1;
-        waitpid(child, &outcome, 0);
-        EXPECT_EQ(outcome, 0);
-    }
-    EXPECT_EQ(listedIdentifiers().size(), 90u);
-    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 90u);
-    EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM pragma_integrity_check "
-                               "WHERE integrity_check = 'ok'"),
-              1);
+    });
+    EXPECT_EQ(listed().count(), 100u);
+    EXPECT_EQ(filesBelow(home.library() / "originals").size(), 100u);
+    expectConsistent(home);
 }
 
 TEST(CaptureDates, FollowTheOffsetOrTheLocalZoneAndMustExist) {
     setenv("TZ", "America/New_York", 1);
     tzset();
-    using local::millisecondsSince1970;
-    EXPECT_EQ(millisecondsSince1970({1970, 1, 1, 2, 0, 0, 5, 120}), 5);
-    EXPECT_EQ(millisecondsSince1970({1969, 12, 31, 19, 0, 1, 0, std::nullopt}), 1000);
-    EXPECT_EQ(millisecondsSince1970({2024, 2, 29, 0, 0, 0, 0, 0}), 1'709'164'800'000);
-    EXPECT_EQ(millisecondsSince1970({1969, 12, 31, 18, 59, 59, 0, std::nullopt}), -1000);
-    EXPECT_EQ(millisecondsSince1970({1969, 12, 31, 19, 0, 0, 0, 100'000}), 0)
-        << "an offset that does not exist is none";
-    for (const local::CaptureTime& impossible : {local::CaptureTime{2023, 2, 29, 0, 0, 0},
-                                                 {2023, 13, 1, 0, 0, 0},
-                                                 {0, 0, 0, 0, 0, 0},
-                                                 {2023, 1, 1, 24, 0, 0},
-                                                 {2023, 1, 1, 0, 60, 0},
-                                                 {2023, 1, 32, 0, 0, 0}})
-        EXPECT_FALSE(millisecondsSince1970(impossible));
+    struct Case {
+        local::CaptureTime time;
+        std::optional<std::int64_t> milliseconds;
+    };
+    for (const auto& [time, milliseconds] :
+         {Case{{1970, 1, 1, 2, 0, 0, 5, 120}, 5},
+          Case{{1969, 12, 31, 19, 0, 1, 0, std::nullopt}, 1000},
+          Case{{2024, 2, 29, 0, 0, 0, 0, 0}, 1'709'164'800'000},
+          Case{{1969, 12, 31, 18, 59, 59, 0, std::nullopt}, -1000},
+          Case{{1969, 12, 31, 19, 0, 0, 0, 100'000}, 0}, // an offset that does not exist is none
+          Case{{2023, 2, 29, 0, 0, 0}, std::nullopt}, Case{{2023, 13, 1, 0, 0, 0}, std::nullopt},
+          Case{{0, 0, 0, 0, 0, 0}, std::nullopt}, Case{{2023, 1, 1, 24, 0, 0}, std::nullopt},
+          Case{{2023, 1, 1, 0, 60, 0}, std::nullopt}, Case{{2023, 1, 32, 0, 0, 0}, std::nullopt}})
+        EXPECT_EQ(local::millisecondsSince1970(time), milliseconds);
 }

@@ -16,9 +16,7 @@ namespace {
 local::ContentHash hashOfFormat(const std::vector<std::uint8_t>& bytes) {
     XXH128_canonical_t canonical;
     XXH128_canonicalFromHash(&canonical, XXH3_128bits(bytes.data(), bytes.size()));
-    local::ContentHash hash{};
-    std::copy_n(canonical.digest, hash.size(), hash.begin());
-    return hash;
+    return std::to_array(canonical.digest);
 }
 
 TEST(ContentHasher, BytesInPiecesOfAnyLengthHaveTheHashOfTheFormat) {
@@ -33,10 +31,11 @@ TEST(ContentHasher, BytesInPiecesOfAnyLengthHaveTheHashOfTheFormat) {
             hasher.take(bytes.data() + at, piece);
             at += piece;
         }
-        EXPECT_EQ(hasher.hash(), hashOfFormat(bytes)) << size;
-        EXPECT_TRUE(hasher.matches(hashOfFormat(bytes), static_cast<std::int64_t>(size)));
-        EXPECT_FALSE(hasher.matches(hashOfFormat(bytes), static_cast<std::int64_t>(size) + 1));
-        local::ContentHash other = hashOfFormat(bytes);
+        const auto expected = hashOfFormat(bytes);
+        EXPECT_EQ(hasher.hash(), expected) << size;
+        EXPECT_TRUE(hasher.matches(expected, static_cast<std::int64_t>(size)));
+        EXPECT_FALSE(hasher.matches(expected, static_cast<std::int64_t>(size) + 1));
+        auto other = expected;
         other.back() ^= 1;
         EXPECT_FALSE(hasher.matches(other, static_cast<std::int64_t>(size)));
     }

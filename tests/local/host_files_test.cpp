@@ -1,12 +1,11 @@
-// Files that the host names: written, copied and removed, but never inside the photo library.
+// Files that the host names: what their names promise, and what counts as readable; written, copied
+// and removed, but never inside the photo library.
 #include "tests/local/support.h"
 
 #include "platform/file_handle.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-using namespace platform;
 
 namespace {
 
@@ -63,7 +62,7 @@ TEST(HostFiles, AHoleOfATerabyteIsNotReadIntoMemory) {
     const ScratchHome home;
     writeText(home.file("hole"), "x");
     ASSERT_EQ(truncate(home.file("hole").c_str(), off_t{1} << 40), 0);
-    EXPECT_FALSE(platform::dataWithContentsOfFile(home.file("hole").string()));
+    EXPECT_FALSE(dataWithContentsOfFile(home.file("hole").string()));
 }
 
 TEST(HostFiles, LinksAndPipesAtThePlaceAreNotWrittenTo) {
@@ -111,18 +110,41 @@ TEST(HostFiles, NeverLieInsideThePhotoLibrary) {
     EXPECT_TRUE(fs::exists(library / "library.db"));
 }
 
-TEST(HostFiles, AFullDiskIsToldAndLeavesNothingHalf) {
-    onSmallDisk("size=256k", [](const ScratchHome& home, const fs::path& disk) {
-        std::optional<NSError> error;
-        writeText(home.file("large"), std::string(1 << 20, 'x'));
-        writeText(disk / "old", "old");
-        EXPECT_FALSE(copyItemAtURL({home.file("large")}, {disk / "copy"}, error));
-        EXPECT_THAT(error->localizedDescription.value_or(""), HasSubstr("No space left"));
-        EXPECT_FALSE(writeToURL(NSData(1 << 20, 'x'), {disk / "old"}, NSDataWritingAtomic, error));
-        EXPECT_EQ(readBytes(disk / "old"), "old");
-        EXPECT_THAT(filesBelow(disk), testing::ElementsAre("old"));
-        ASSERT_TRUE(createFileAtPath(disk / "streamed"));
-        const auto file = fileHandleForWritingAtPath(disk / "streamed");
-        EXPECT_THROW(writeData(*file, NSData(500'000, 'x')), NSException);
+TEST(ContentTypes, ComeFromTheEndingInAnyCase) {
+    struct Case {
+        const char* path;
+        std::string type;
+        bool isMovie = false;
+    };
+    for (const auto& [path, type, isMovie] :
+         {Case{"/a/b.JpG", "public.jpeg"}, Case{"/a/b.mov.png", "public.png"},
+          Case{"a.heic", "public.heic"}, Case{"/a.mov/b", "none"}, Case{"/a/.mov", "none"},
+          Case{"/a/b.", "none"}, Case{"/a/b.xyz", "none"}, Case{"/a/b.MP4", "public.mpeg-4", true},
+          Case{"a.avi", "public.avi", true}, Case{"a.mov", "com.apple.quicktime-movie", true}}) {
+        const auto told = contentTypeOfFileAtURL({path});
+        EXPECT_EQ(told ? told->identifier : "none", type) << path;
+        EXPECT_EQ(told && conformsToType(*told, UTTypeMovie), isMovie) << path;
+    }
+}
+
+TEST(ReadableFiles, AreRegularFilesThatThisUserMayRead) {
+    const ScratchHome home;
+    writeText(home.file("plain"), "x");
+    writeText(home.file("closed"), "x");
+    fs::permissions(home.file("closed"), fs::perms::none);
+    fs::create_directory(home.file("folder"));
+    mkfifo(home.file("pipe").c_str(), 0600);
+    fs::create_symlink(home.file("plain"), home.file("link"));
+    fs::create_symlink(home.file("gone"), home.file("broken"));
+    EXPECT_TRUE(isReadableFileAtPath(home.file("plain")));
+    EXPECT_TRUE(isReadableFileAtPath(home.file("link")));
+    for (const char* name : {"folder", "pipe", "broken", "gone"})
+        EXPECT_FALSE(isReadableFileAtPath(home.file(name))) << name;
+    EXPECT_FALSE(isReadableFileAtPath(""));
+    EXPECT_FALSE(isReadableFileAtPath(std::string(5000, 'x')));
+    inChild([&] {
+        if (setuid(65534) == 0) {
+            EXPECT_FALSE(isReadableFileAtPath(home.file("closed")));
+        }
     });
 }

@@ -1,5 +1,6 @@
 // Derivatives: made after the caller was served, used while they are sound, never believed.
 #include "imaging_support.h"
+#include "tests/local/support.h"
 
 #include "platform/local/imaging/derivative_file.h"
 #include "platform/local/imaging/derivative_room.h"
@@ -33,6 +34,7 @@ protected:
     local::PictureSource source;
 
     void SetUp() override {
+        writeJpeg(folder / "a.jpg", quarters(2400, 1600));
         fs::create_directory(folder / "derivatives");
         files->derivatives = std::make_shared<const local::UniqueFd>(
             ::open((folder / "derivatives").c_str(), O_DIRECTORY | O_CLOEXEC));
@@ -47,10 +49,10 @@ protected:
                   [kept = files] { return std::optional<std::uint64_t>(kept->room); }};
     }
 
-    fs::path derivative() const {
-        return folder /
-               ("derivatives/" + source.contentKey.substr(0, 2) + "/" + source.contentKey + ".jpg");
+    fs::path pathOf(const std::string& key) const {
+        return folder / ("derivatives/" + key.substr(0, 2) + "/" + key + ".jpg");
     }
+    fs::path derivative() const { return pathOf(source.contentKey); }
 
     static bool comesTrue(const std::function<bool()>& condition) {
         for (int i = 0; i < 4000 && !condition(); ++i)
@@ -64,9 +66,8 @@ protected:
 
     // A derivative last used so many days ago.
     fs::path old(const std::string& key, int days, std::size_t size = 1000) const {
-        local::imaging::writeDerivative(files->derivatives->get(), key,
-                                        std::vector<std::uint8_t>(size));
-        fs::path path = folder / ("derivatives/" + key.substr(0, 2) + "/" + key + ".jpg");
+        writeDerivative(files->derivatives->get(), key, std::vector<std::uint8_t>(size));
+        fs::path path = pathOf(key);
         fs::last_write_time(path, fs::file_time_type::clock::now() - days * std::chrono::hours(24));
         return path;
     }
@@ -75,7 +76,6 @@ protected:
 };
 
 TEST_F(ImagingDerivative, IsMadeOnceAndServesWhatItCovers) {
-    writeJpeg(folder / "a.jpg", quarters(2400, 1600));
     run(folder, "exiftool -q -n -overwrite_original -Orientation=6 a.jpg");
     const fs::path unused = old("0000000000", 9, 1'000'000);
     files->room = 1'000'100;
@@ -84,11 +84,8 @@ TEST_F(ImagingDerivative, IsMadeOnceAndServesWhatItCovers) {
     // The maker looks whether the file is still there before it is done.
     EXPECT_TRUE(comesTrue([&] { return opened == 3 && !fs::exists(unused); }))
         << "there is no room for both";
-    const auto info = infoOf(derivative());
-    EXPECT_EQ(info.width, 512U);
-    EXPECT_EQ(info.height, 768U);
-    EXPECT_EQ(fs::status(derivative()).permissions(),
-              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(sizeOf(cover(derivative(), -1, -1)), "512x768");
+    EXPECT_EQ(fs::status(derivative()).permissions(), fs::perms(0600));
     opened = 0;
     EXPECT_EQ(covered(256), "256x384");
     EXPECT_EQ(covered(512), "512x768");
@@ -103,24 +100,23 @@ TEST_F(ImagingDerivative, IsMadeOnceAndServesWhatItCovers) {
 }
 
 TEST_F(ImagingDerivative, TheFolderKeepsToItsRoomAndLosesWhatWasUsedLeastRecently) {
-    const std::vector<fs::path> all{old("aa00000000", 4), old("aa00000001", 3),
-                                    old("bb00000000", 2), old("cc00000000", 0)};
-    noteUse(open(all[0]).get());
-    const fs::path dead = folder / "derivatives/aa/.aa00000002.1.1.part";
+    for (const auto& [key, days] :
+         {std::pair{"aa00000000", 4}, {"aa00000001", 3}, {"bb00000000", 2}, {"cc00000000", 0}})
+        old(key, days);
+    noteUse(open(pathOf("aa00000000")).get());
     const fs::path living = folder / "derivatives/aa/.aa00000003.1.1.part";
-    writeText(dead, "");
-    writeText(living, "");
-    const local::UniqueFd writer = open(living);
+    const local::UniqueFd writer = open(writeText(living, ""));
     ASSERT_EQ(flock(writer.get(), LOCK_EX), 0);
+    writeText(folder / "derivatives/aa/.aa00000002.1.1.part", ""); // of a dead process
     EXPECT_EQ(tidyDerivatives(files->derivatives->get(), 3900), 3000U);
-    EXPECT_TRUE(fs::exists(all[0]) && !fs::exists(all[1]) && fs::exists(all[2]) &&
-                fs::exists(all[3]) && !fs::exists(dead) && fs::exists(living));
+    EXPECT_THAT(filesBelow(folder / "derivatives"),
+                ElementsAre("CACHEDIR.TAG", "aa/.aa00000003.1.1.part", "aa/aa00000000.jpg",
+                            "bb/bb00000000.jpg", "cc/cc00000000.jpg"));
     EXPECT_EQ(readBytes(folder / "derivatives/CACHEDIR.TAG").substr(0, 43),
               "Signature: 8a477f597d28d172789f06886806bc55");
 }
 
 TEST_F(ImagingDerivative, WhatWasDeletedForGoodMeanwhileLeavesNone) {
-    writeJpeg(folder / "a.jpg", quarters(2400, 1600));
     source.open = [kept = files] { // by the caller, by the maker, and never again
         return ++kept->opened <= 2 ? open(kept->folder / "a.jpg") : local::UniqueFd();
     };
@@ -129,7 +125,6 @@ TEST_F(ImagingDerivative, WhatWasDeletedForGoodMeanwhileLeavesNone) {
 }
 
 TEST_F(ImagingDerivative, ADamagedOneIsRemovedAndMadeAnew) {
-    writeJpeg(folder / "a.jpg", quarters(2400, 1600));
     fs::create_directory(derivative().parent_path());
     writeJpeg(folder / "whole.jpg", quarters(768, 512));
     const std::string whole = readBytes(folder / "whole.jpg");
@@ -157,11 +152,10 @@ TEST_F(ImagingDerivative, IsNotMadeWhereItWouldNotPay) {
 
 TEST_F(ImagingDerivative, NamesStayInsideTheFolderAndFailuresAreSilent) {
     for (const char* key : {"", "ab", "../../../etc", "ABCDEF0011", "abcdef00/1122"}) {
-        local::imaging::writeDerivative(files->derivatives->get(), key, {1, 2, 3});
-        EXPECT_FALSE(local::imaging::openDerivative(files->derivatives->get(), key)) << key;
+        writeDerivative(files->derivatives->get(), key, {1, 2, 3});
+        EXPECT_FALSE(openDerivative(files->derivatives->get(), key)) << key;
     }
     EXPECT_TRUE(fs::is_empty(folder / "derivatives"));
-    writeJpeg(folder / "a.jpg", quarters(2400, 1600));
     writeText(folder / ("derivatives/" + source.contentKey.substr(0, 2)), "a file in the way");
     EXPECT_EQ(covered(256), "384x256");
     source.derivativesFolder = [] { return nullptr; };

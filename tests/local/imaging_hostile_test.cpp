@@ -1,23 +1,20 @@
 // Files made to hurt, and workers that die: the host stays well and serves the next caller.
 #include "imaging_support.h"
+#include "tests/local/support.h"
 
 #include "platform/local/imaging/worker/request.h"
 #include "platform/local/imaging/worker_pool.h"
 
-#include <chrono>
 #include <csignal>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <thread>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace imaging_test;
 using namespace local::imaging;
 using local::MediaKind;
-using std::chrono::milliseconds;
 
 namespace {
 
@@ -32,22 +29,12 @@ std::vector<pid_t> workers() {
     return found;
 }
 
-// The words of /proc/PID/stat after the program's name; none for a process that is gone.
-std::vector<std::string> statusOf(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-    file.ignore(4096, ')');
-    return {std::istream_iterator<std::string>(file), {}};
-}
-
-// Gone, or about to be taken away by whoever inherits it.
+// Gone, or about to be taken away by whoever inherits it: its threads go after it.
 bool hasEnded(pid_t process) {
-    const auto status = statusOf(process);
-    return status.empty() || (status[0] == "Z" && status[17] == "1"); // its threads go after it
-}
-
-std::size_t openDescriptors() {
-    return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    file.ignore(4096, ')'); // behind the program's name
+    const std::vector<std::string> status{std::istream_iterator<std::string>(file), {}};
+    return status.empty() || (status[0] == "Z" && status[17] == "1");
 }
 
 class ImagingHostile : public testing::Test {
@@ -71,10 +58,8 @@ TEST_F(ImagingHostile, FilesThatAreNoPicturesSaySo) {
     writeText(folder / "drawing.png",
               "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
     writeText(folder / "page.jpg", "%PDF-1.4\n1 0 obj<<>>endobj trailer<<>>\n");
-    writeText(folder / "header.png", blackPng(8, 8).substr(0, 20));
-    writeText(folder / "zero.png", blackPng(0, 8));
-    for (const char* name :
-         {"empty.jpg", "text.jpg", "drawing.png", "page.jpg", "header.png", "zero.png"}) {
+    run(folder, "vips copy good.jpg a.png && head -c 20 a.png >header.png");
+    for (const char* name : {"empty.jpg", "text.jpg", "drawing.png", "page.jpg", "header.png"}) {
         EXPECT_EQ(failureOf(folder / name), "The file is not a picture that can be read.") << name;
         EXPECT_EQ(sizeOf(cover(folder / name, 64, 64)), "none") << name;
     }
@@ -118,8 +103,8 @@ TEST_F(ImagingHostile, TruncatedFilesEndAndAJpegShowsWhatItHas) {
 }
 
 TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
-    writeText(folder / "huge.png", blackPng(60000, 60000));
-    writeText(folder / "large.png", blackPng(20000, 20000));
+    run(folder, "vips black huge.png[bitdepth=1,compression=1] 60000 60000 &&"
+                " vips black large.png[bitdepth=1,compression=1] 20000 20000");
     std::string jpeg = readBytes(folder / "good.jpg");
     const auto frame = jpeg.find("\xff\xc0");
     ASSERT_NE(frame, std::string::npos);
@@ -130,15 +115,14 @@ TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
     using namespace std::string_literals;
     writeText(folder / "huge.gif", "GIF89a\xff\xff\xff\xff\x80\0\0\0\0\0\xff\xff\xff,\0\0\0\0"
                                    "\xff\xff\xff\xff\0\2\2D\1\0;"s);
-    std::string dng = rawDng(64, 48, "2024:05:06 07:08:09");
-    std::string loop = dng;
-    std::memcpy(loop.data() + loop.size() - 4, "\x08\0\0\0", 4);
-    const auto directory = static_cast<std::size_t>(8 + 64 * 48 * 2);
-    const std::size_t next = directory + 2 + 22 * 12;
-    loop.replace(next, 4, loop.substr(4, 4)); // the directory follows itself
-    writeText(folder / "loop.tif", loop);
-    dng.replace(directory + 2 + 12 + 8, 4, std::string("\xff\xff\xff\x7f", 4)); // its width
-    writeText(folder / "wide.dng", dng);
+    writeRaw(folder, "a.dng", "48 64");
+    std::string loop = readBytes(folder / "a.dng"); // its directory begins behind eight bytes
+    std::string wide = loop;
+    loop.replace(10 + 12 * static_cast<std::size_t>(loop[8]), 4, "\x08\0\0\0"s);
+    writeText(folder / "loop.tif", loop); // the directory follows itself
+    const std::string width = "\0\1\3\0\1\0\0\0\x40\0\0\0"s;
+    wide.replace(wide.find(width), width.size(), "\0\1\4\0\1\0\0\0\xff\xff\xff\x7f"s);
+    writeText(folder / "wide.dng", wide);
     for (const char* name : {"huge.png", "large.png", "huge.jpg", "progressive.jpg", "huge.gif",
                              "loop.tif", "wide.dng"})
         survives(folder / name);
@@ -148,7 +132,7 @@ TEST_F(ImagingHostile, BombsCostSecondsAndNoMoreMemoryThanTheirBound) {
 }
 
 TEST_F(ImagingHostile, IdleWorkersThatWereEndedAreReplacedUnnoticed) {
-    const std::size_t before = openDescriptors();
+    const auto before = openDescriptors();
     for (int i = 0; i < 3; ++i) {
         signal(SIGCHLD, i == 1 ? SIG_IGN : SIG_DFL); // a host may let the system reap its children
         for (const pid_t worker : workers())
@@ -162,37 +146,27 @@ TEST_F(ImagingHostile, IdleWorkersThatWereEndedAreReplacedUnnoticed) {
 TEST_F(ImagingHostile, AWorkerThatCannotBeStartedSaysWhichAndWhy) {
     if (kSanitized)
         GTEST_SKIP() << "the sanitizers need descriptors themselves";
-    rlimit before{};
-    getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{3, before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
     std::string why;
-    EXPECT_FALSE(WorkerProcess::start(false, &why));
-    setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_NE(why.find("/photos-kit-imaging did not start: Too many open files."), why.npos) << why;
+    {
+        const auto exhausted = exhaustDescriptors();
+        EXPECT_FALSE(WorkerProcess::start(false, &why));
+    }
+    EXPECT_THAT(why, HasSubstr("/photos-kit-imaging did not start: Too many open files."));
 }
 
 TEST_F(ImagingHostile, WorkersEndWithTheirHost) {
-    int pipeEnds[2];
-    ASSERT_EQ(pipe(pipeEnds), 0);
-    const pid_t host = fork();
-    if (host == 0) {
-        const auto worker = WorkerProcess::start(false);
-        const auto all = workers();
-        const pid_t answer = worker && !all.empty() ? all.front() : -1;
-        if (write(pipeEnds[1], &answer, sizeof answer) > 0)
-            pause();
-        _exit(1);
-    }
     pid_t worker = -1;
-    ASSERT_EQ(::read(pipeEnds[0], &worker, sizeof worker), ssize_t(sizeof worker));
-    ASSERT_GT(worker, 0);
-    kill(host, SIGKILL);
-    waitpid(host, nullptr, 0);
+    {
+        const OtherProcess host([&] {
+            const auto started = WorkerProcess::start(false);
+            writeText(folder / "worker", std::to_string(workers().at(0)));
+            pause();
+        });
+        while (!(std::ifstream(folder / "worker") >> worker))
+            std::this_thread::yield();
+    }
     while (!hasEnded(worker))
-        std::this_thread::sleep_for(milliseconds(5));
-    close(pipeEnds[0]);
-    close(pipeEnds[1]);
+        std::this_thread::yield();
 }
 
 TEST_F(ImagingHostile, TheSandboxRefusesFilesNetworkAndPrograms) {
@@ -204,32 +178,30 @@ TEST_F(ImagingHostile, TheSandboxRefusesFilesNetworkAndPrograms) {
                                    " grep -q 'open a file: refused' probe");
 }
 
-Answer answered(Outcome outcome, std::uint32_t width, std::uint32_t height) {
-    return Answer{kAnswerMark, outcome, width, height};
-}
-
 std::optional<CheckedAnswer> check(const Answer& answer, Task task) {
-    std::array<std::byte, sizeof answer> bytes{};
-    std::memcpy(bytes.data(), &answer, sizeof answer);
-    return checkAnswer(bytes.data(), bytes.size(), task);
+    return checkAnswer(reinterpret_cast<const std::byte*>(&answer), sizeof answer, task);
 }
 
 TEST(ImagingProtocol, TheHostBelievesNoImpossibleAnswer) {
-    EXPECT_TRUE(check(answered(Outcome::done, 5, 5), Task::photoPicture));
-    EXPECT_TRUE(check(answered(Outcome::done, 60000, 60000), Task::inspectPhoto));
-    EXPECT_FALSE(check(answered(Outcome::done, 0, 5), Task::inspectPhoto));
-    EXPECT_FALSE(check(answered(Outcome::done, 5, 0), Task::photoPicture));
-    EXPECT_FALSE(check(answered(Outcome::done, 20000, 20000), Task::photoPicture));
-    EXPECT_FALSE(check(answered(Outcome::done, 65501, 1), Task::photoPicture));
-    EXPECT_FALSE(check(answered(Outcome::done, 1, 65501), Task::photoPicture));
-    EXPECT_FALSE(check(answered(static_cast<Outcome>(99), 5, 5), Task::photoPicture));
-    Answer strange = answered(Outcome::done, 5, 5);
+    const auto isBelieved = [](Task task, std::uint32_t width, std::uint32_t height,
+                               Outcome outcome = Outcome::done) {
+        return check(Answer{kAnswerMark, outcome, width, height}, task).has_value();
+    };
+    EXPECT_TRUE(isBelieved(Task::photoPicture, 5, 5));
+    EXPECT_TRUE(isBelieved(Task::inspectPhoto, 60000, 60000));
+    EXPECT_FALSE(isBelieved(Task::inspectPhoto, 0, 5));
+    EXPECT_FALSE(isBelieved(Task::photoPicture, 5, 0));
+    EXPECT_FALSE(isBelieved(Task::photoPicture, 20000, 20000));
+    EXPECT_FALSE(isBelieved(Task::photoPicture, 65501, 1));
+    EXPECT_FALSE(isBelieved(Task::photoPicture, 1, 65501));
+    EXPECT_FALSE(isBelieved(Task::photoPicture, 5, 5, static_cast<Outcome>(99)));
+    Answer strange{kAnswerMark, Outcome::done, 5, 5};
     strange.flags = ~0U;
     strange.durationSeconds = -1e308;
+    strange.day = 1;
     for (const auto& [year, month] : {std::pair{2024, 13}, {0, 1}, {10'000, 1}, {-5, 1}}) {
         strange.year = year;
         strange.month = month;
-        strange.day = 1;
         const auto checked = check(strange, Task::inspectVideo);
         ASSERT_TRUE(checked);
         EXPECT_FALSE(std::get<local::MediaInfo>(checked->result).captured) << year;

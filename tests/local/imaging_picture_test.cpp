@@ -9,14 +9,12 @@ using local::MediaKind;
 
 namespace {
 
-constexpr Colour kRed{255, 0, 0};
-constexpr Colour kGreen{0, 255, 0};
-constexpr Colour kBlue{0, 0, 255};
-constexpr Colour kWhite{255, 255, 255};
+constexpr std::array<Colour, 4> kUpright{kRed, kGreen, kBlue, kWhite};
 
 // The colours of the corners, in reading order.
 testing::AssertionResult showsCorners(const std::optional<local::Pixels>& picture,
-                                      const std::array<Colour, 4>& colours, int tolerance = 12) {
+                                      const std::array<Colour, 4>& colours = kUpright,
+                                      int tolerance = 12) {
     if (!picture)
         return testing::AssertionFailure() << "no picture";
     for (int i = 0; i < 4; ++i) {
@@ -36,46 +34,32 @@ Colour middleOf(const fs::path& path) {
 TEST(ImagingPicture, CoversTheTargetWithItsAspectKept) {
     const Folder folder;
     writeJpeg(folder / "a.jpg", quarters(1200, 800));
-    const fs::path path = folder / "a.jpg";
-    EXPECT_EQ(sizeOf(cover(path, 256, 256)), "384x256");
-    EXPECT_EQ(sizeOf(cover(path, 256, 10)), "256x171");
-    EXPECT_EQ(sizeOf(cover(path, 100, 400)), "600x400");
-    EXPECT_EQ(sizeOf(cover(path, 2400, 1)), "2400x1600");
-    EXPECT_EQ(sizeOf(cover(path, 0.5, 0.5)), "1x1");
-    EXPECT_EQ(sizeOf(cover(path, -1, -1)), "1200x800");
-    EXPECT_TRUE(showsCorners(cover(path, 2400, 1600), {kRed, kGreen, kBlue, kWhite}));
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    struct Case {
+        double width, height;
+        std::string size;
+    };
+    for (const auto& [width, height, size] :
+         {Case{256, 256, "384x256"}, Case{256, 10, "256x171"}, Case{100, 400, "600x400"},
+          Case{2400, 1, "2400x1600"}, Case{0.5, 0.5, "1x1"}, Case{-1, -1, "1200x800"},
+          Case{0, 5, "none"}, Case{5, 0, "none"}, Case{-1, 5, "none"}, Case{-2, -2, "none"},
+          Case{kNan, 5, "none"}, Case{5, kNan, "none"}, Case{kInfinite, 5, "none"},
+          Case{-kInfinite, -1, "none"}})
+        EXPECT_EQ(sizeOf(cover(folder / "a.jpg", width, height)), size) << width << " " << height;
+    EXPECT_TRUE(showsCorners(cover(folder / "a.jpg", 2400, 1600)));
     // Where the quarters meet both colours have the same share: what was in the middle stays there.
     for (const double side : {240.0, 1000.0}) {
-        const auto scaled = cover(path, side, side);
+        const auto scaled = cover(folder / "a.jpg", side, side);
         EXPECT_NEAR(colourAt(*scaled, 0.5, 0.2)[1], 128, 4) << side;
         EXPECT_NEAR(colourAt(*scaled, 0.2, 0.5)[2], 128, 4) << side;
     }
 }
 
-TEST(ImagingPicture, UnusableTargetsGiveNothing) {
-    const Folder folder;
-    writeJpeg(folder / "a.jpg", quarters(64, 48));
-    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-    constexpr double kInfinite = std::numeric_limits<double>::infinity();
-    for (const auto& [width, height] : {std::pair<double, double>{0, 5},
-                                        {5, 0},
-                                        {-1, 5},
-                                        {-2, -2},
-                                        {kNan, 5},
-                                        {5, kNan},
-                                        {kInfinite, 5},
-                                        {-kInfinite, -1}})
-        EXPECT_EQ(sizeOf(cover(folder / "a.jpg", width, height)), "none") << width << " " << height;
-}
-
 TEST(ImagingPicture, HugeTargetsStopAtTheCap) {
     const Folder folder;
     writeJpeg(folder / "a.jpg", quarters(3, 2));
-    const auto picture = cover(folder / "a.jpg", 1e300, 1e300);
-    ASSERT_TRUE(picture);
-    const double pixels = double(picture->width) * picture->height;
-    EXPECT_LE(pixels, 108e6);
-    EXPECT_GT(pixels, 107e6);
+    EXPECT_EQ(sizeOf(cover(folder / "a.jpg", 1e300, 1e300)), "12727x8485");
     writeJpeg(folder / "thin.jpg", quarters(2000, 2));
     EXPECT_EQ(sizeOf(cover(folder / "thin.jpg", 512, 512)), "65500x65");
 }
@@ -83,7 +67,7 @@ TEST(ImagingPicture, HugeTargetsStopAtTheCap) {
 TEST(ImagingPicture, EveryOrientationComesUpright) {
     const Folder folder;
     const std::array<std::array<Colour, 4>, 8> seen{{
-        {kRed, kGreen, kBlue, kWhite},
+        kUpright,
         {kGreen, kRed, kWhite, kBlue},
         {kWhite, kBlue, kGreen, kRed},
         {kBlue, kWhite, kRed, kGreen},
@@ -108,24 +92,15 @@ TEST(ImagingPicture, EveryOrientationComesUpright) {
 }
 
 // HEIF states a turn in a property of its own; what EXIF says beside it is a copy. The encoder at
-// hand writes none, so the pixel information, which nobody needs, makes room for it.
-void stateQuarterTurnToTheRight(const fs::path& path) {
-    std::string bytes = readBytes(path);
-    const auto at = bytes.find("pixi");
-    ASSERT_NE(at, std::string::npos);
-    writeText(path, bytes.replace(at, 5, "irot\3"));
-}
-
+// hand writes none, so the pixel information, which nobody needs, makes room for it: a quarter to
+// the right.
 TEST(ImagingPicture, HeifIsTurnedOnce) {
     const Folder folder;
     writeJpeg(folder / "a.jpg", quarters(640, 320));
     run(folder, "exiftool -q -n -Orientation=6 a.jpg -o 6.jpg && heif-enc 6.jpg -o 6.heic &&"
-                " heif-enc -A 6.jpg -o 6.avif");
+                " heif-enc -A 6.jpg -o 6.avif && sed -i 's/pixi./irot\\x03/' 6.heic 6.avif");
     for (const char* name : {"6.heic", "6.avif"}) {
-        stateQuarterTurnToTheRight(folder / name);
-        const auto info = infoOf(folder / name);
-        EXPECT_EQ(std::to_string(info.width) + "x" + std::to_string(info.height), "320x640")
-            << name;
+        EXPECT_EQ(infoOf(folder / name).height, 640U) << name;
         const auto picture = cover(folder / name, 100, 100);
         EXPECT_EQ(sizeOf(picture), "100x200") << name;
         EXPECT_TRUE(showsCorners(picture, {kBlue, kRed, kWhite, kGreen}, 20)) << name;
@@ -136,10 +111,10 @@ TEST(ImagingPicture, HeifPreviewsServeSmallTargetsOnly) {
     const Folder folder;
     writeJpeg(folder / "a.jpg", quarters(1280, 640));
     run(folder, "heif-enc --thumb 320 a.jpg -o a.heic");
-    for (const double side : {100.0, 300.0}) {
+    for (const auto& [side, size] : {std::pair{100.0, "200x100"}, {300.0, "600x300"}}) {
         const auto picture = cover(folder / "a.heic", side, side);
-        EXPECT_EQ(sizeOf(picture), side == 100 ? "200x100" : "600x300");
-        EXPECT_TRUE(showsCorners(picture, {kRed, kGreen, kBlue, kWhite}, 12));
+        EXPECT_EQ(sizeOf(picture), size);
+        EXPECT_TRUE(showsCorners(picture));
     }
 }
 
@@ -196,26 +171,26 @@ TEST(ImagingPicture, ProgressiveJpegShowsTheSameFromItsFirstScans) {
                 " vips jpegsave a.jpg coarse.jpg --interlace --Q 20");
     for (const char* name : {"p.jpg", "coarse.jpg"})
         for (const double side : {100.0, 190.0, 700.0})
-            EXPECT_TRUE(
-                showsCorners(cover(folder / name, side, side), {kRed, kGreen, kBlue, kWhite}, 6))
+            EXPECT_TRUE(showsCorners(cover(folder / name, side, side), kUpright, 6))
                 << name << side;
 }
 
 TEST(ImagingPicture, RawIsDevelopedUpright) {
     const Folder folder;
-    writeText(folder / "a.dng", rawDng(640, 480, "2024:05:06 07:08:09"));
+    writeRaw(folder, "a.dng");
     EXPECT_EQ(sizeOf(cover(folder / "a.dng", 100, 100)), "100x134");
     const auto large = cover(folder / "a.dng", 400, 400);
     ASSERT_EQ(sizeOf(large), "400x534");
     // The top of the sensor, bright, is on the right.
     EXPECT_GT(colourAt(*large, 0.9, 0.5)[1], colourAt(*large, 0.1, 0.5)[1] + 50);
-    // Listed as they come out of developing.
-    writeText(folder / "corner.dng", rawDng(640, 480, "2024:05:06 07:08:09", true));
-    writeText(folder / "wide.dng", rawDng(640, 480, "2024:05:06 07:08:09", false, 2));
-    for (const auto& [name, size] :
-         {std::pair{"corner.dng", "678x451"}, {"wide.dng", "480x1280"}}) {
-        EXPECT_EQ(std::to_string(infoOf(folder / name).width), std::string(size).substr(0, 3));
-        EXPECT_EQ(sizeOf(cover(folder / name, -1, -1)), size);
+    // On its corner, the rows are diagonals of the picture; pixels may be wider than high.
+    writeRaw(folder, "corner.dng", "480 640", "-CFALayout=2");
+    writeRaw(folder, "wide.dng", "480 640", "-IFD0:DefaultScale='2 1'");
+    for (const auto& [name, width, height] :
+         {std::tuple{"corner.dng", 678U, 451U}, {"wide.dng", 480U, 1280U}}) {
+        EXPECT_EQ(infoOf(folder / name).width, width) << "listed as it comes out of developing";
+        const auto picture = cover(folder / name, -1, -1);
+        EXPECT_EQ(sizeOf(picture), std::to_string(width) + "x" + std::to_string(height));
     }
 }
 

@@ -1,10 +1,8 @@
 #include "imaging_support.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 #include <fcntl.h>
-#include <zlib.h>
 
 namespace imaging_test {
 
@@ -14,23 +12,25 @@ void run(const Folder& folder, const std::string& command) {
     ASSERT_EQ(std::system(line.c_str()), 0) << command << "\n" << readBytes(folder / "log");
 }
 
-local::Pixels flat(std::uint32_t width, std::uint32_t height, Colour colour) {
-    local::Pixels pixels{width, height, {}};
-    for (std::size_t i = 0; i < std::size_t{width} * height * 3; ++i)
-        pixels.rgb.push_back(static_cast<std::uint8_t>(colour[i % 3]));
+local::Pixels painted(int width, int height, const std::function<Colour(int x, int y)>& colourAt) {
+    local::Pixels pixels{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}};
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (const int part : colourAt(x, y))
+                pixels.rgb.push_back(static_cast<std::uint8_t>(part));
     return pixels;
 }
 
-local::Pixels quarters(std::uint32_t width, std::uint32_t height) {
-    constexpr std::uint8_t kColours[4][3] = {
-        {255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 255}};
-    local::Pixels pixels{width, height, {}};
-    for (std::uint32_t y = 0; y < height; ++y)
-        for (std::uint32_t x = 0; x < width; ++x) {
-            const auto& colour = kColours[(y >= height / 2 ? 2 : 0) + (x >= width / 2 ? 1 : 0)];
-            pixels.rgb.insert(pixels.rgb.end(), colour, colour + 3);
-        }
-    return pixels;
+local::Pixels flat(int width, int height, Colour colour) {
+    return painted(width, height, [=](int, int) { return colour; });
+}
+
+local::Pixels quarters(int width, int height) {
+    return painted(width, height, [=](int x, int y) {
+        if (y < height / 2)
+            return x < width / 2 ? kRed : kGreen;
+        return x < width / 2 ? kBlue : kWhite;
+    });
 }
 
 void writeJpeg(const fs::path& path, const local::Pixels& pixels, int quality) {
@@ -39,112 +39,21 @@ void writeJpeg(const fs::path& path, const local::Pixels& pixels, int quality) {
     writeText(path, std::string(jpeg->begin(), jpeg->end()));
 }
 
-namespace {
-
-std::string number(std::uint64_t value, int bytes, bool bigEndian) {
-    std::string text;
-    for (int i = 0; i < bytes; ++i)
-        text += static_cast<char>(value >> 8 * (bigEndian ? bytes - 1 - i : i));
-    return text;
-}
-
-std::string chunk(const std::string& type, const std::string& data) {
-    const std::string body = type + data;
-    const auto crc =
-        crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()));
-    return number(data.size(), 4, true) + body + number(crc, 4, true);
-}
-
-std::string deflatedZeros(std::uint64_t count) {
-    static std::array<Bytef, 1 << 16> zeros{};
-    std::array<char, 1 << 16> room{};
-    std::string out;
-    z_stream stream{};
-    deflateInit(&stream, 1);
-    while (count > 0 || stream.avail_in > 0 || stream.avail_out == 0) {
-        if (stream.avail_in == 0) {
-            stream.next_in = zeros.data();
-            stream.avail_in = static_cast<uInt>(std::min<std::uint64_t>(count, zeros.size()));
-            count -= stream.avail_in;
-        }
-        stream.next_out = reinterpret_cast<Bytef*>(room.data());
-        stream.avail_out = static_cast<uInt>(room.size());
-        deflate(&stream, count > 0 ? Z_NO_FLUSH : Z_FINISH);
-        out.append(room.data(), room.size() - stream.avail_out);
-    }
-    deflateEnd(&stream);
-    return out;
-}
-
-} // namespace
-
-std::string blackPng(std::uint32_t width, std::uint32_t height) {
-    return "\x89PNG\r\n\x1a\n" +
-           chunk("IHDR", number(width, 4, true) + number(height, 4, true) +
-                             std::string("\x01\0\0\0\0", 5)) +
-           chunk("IDAT", deflatedZeros((std::uint64_t{width} + 7) / 8 * height + height)) +
-           chunk("IEND", "");
-}
-
-std::string rawDng(std::uint32_t width, std::uint32_t height, const std::string& date,
-                   bool onItsCorner, std::uint32_t pixelWidth) {
-    struct Tag {
-        int id, type;
-        std::uint32_t count;
-        std::string data;
-    };
-    const auto shorts = [](std::initializer_list<int> values) {
-        std::string text;
-        for (const int value : values)
-            text += number(static_cast<std::uint64_t>(value), 2, false);
-        return text;
-    };
-    const auto longs = [](std::uint64_t value) { return number(value, 4, false); };
-    const std::string matrix = [&] {
-        std::string text;
-        for (int i = 0; i < 9; ++i)
-            text += longs(i % 4 == 0 ? 1 : 0) + longs(1);
-        return text;
-    }();
-    const std::uint32_t pixelBytes = width * height * 2;
-    const std::vector<Tag> tags{
-        {254, 4, 1, longs(0)},
-        {256, 4, 1, longs(width)},
-        {257, 4, 1, longs(height)},
-        {258, 3, 1, shorts({16, 0})},
-        {259, 3, 1, shorts({1, 0})},
-        {262, 3, 1, shorts({32803, 0})},
-        {271, 2, 6, std::string("Maker\0", 6)},
-        {272, 2, 6, std::string("Model\0", 6)},
-        {273, 4, 1, longs(8)},
-        {274, 3, 1, shorts({6, 0})},
-        {277, 3, 1, shorts({1, 0})},
-        {278, 4, 1, longs(height)},
-        {279, 4, 1, longs(pixelBytes)},
-        {306, 2, 20, date + '\0'},
-        {33421, 3, 2, shorts({2, 2})},
-        {33422, 1, 4, std::string("\0\1\1\2", 4)},
-        {50706, 1, 4, std::string("\1\4\0\0", 4)},
-        {50708, 2, 12, std::string("Maker Model\0", 12)},
-        {50711, 3, 1, shorts({onItsCorner ? 2 : 1, 0})},
-        {50717, 4, 1, longs(4095)},
-        {50718, 5, 2, longs(pixelWidth) + longs(1) + longs(1) + longs(1)},
-        {50721, 10, 9, matrix},
-    };
-    std::string file = std::string("II\x2a\0", 4) + longs(8 + pixelBytes);
-    for (std::uint32_t i = 0; i < width * height; ++i)
-        file += number(i < width * height / 2 ? 3000 : 600, 2, false);
-    std::string entries = number(tags.size(), 2, false);
-    std::string values;
-    const std::size_t valuesAt = file.size() + 2 + tags.size() * 12 + 4;
-    for (const Tag& tag : tags) {
-        entries += shorts({tag.id, tag.type}) + longs(tag.count);
-        const bool fits = tag.data.size() <= 4;
-        entries += fits ? tag.data : longs(valuesAt + values.size());
-        if (!fits)
-            values += tag.data;
-    }
-    return file + entries + longs(0) + values;
+void writeRaw(const Folder& folder, const std::string& name, const std::string& size,
+              const std::string& tags) {
+    // The program that writes the tags has to be told of one that it only reads.
+    writeText(folder / "tags", "%Image::ExifTool::UserDefined = ('Image::ExifTool::Exif::Main' => "
+                               "{0xc617 => {Name => 'CFALayout', Writable => 'int16u', "
+                               "WriteGroup => 'IFD0'}});");
+    run(folder,
+        "vips grey across.v " + size +
+            " && vips rot across.v up.v d270 && vips linear up.v sensor.v 3000 600 &&"
+            " vips cast sensor.v sensor.tif ushort && exiftool -config tags -q -n"
+            " -IFD0:SubfileType=0 -PhotometricInterpretation=32803 -Make=Maker -Model=Model"
+            " -Orientation=6 -ModifyDate='2024:05:06 07:08:09' -CFARepeatPatternDim='2 2'"
+            " -IFD0:CFAPattern2='0 1 1 2' -DNGVersion='1 4 0 0' -UniqueCameraModel='Maker Model'"
+            " -IFD0:WhiteLevel=4095 -ColorMatrix1='1 0 0 0 1 0 0 0 1' " +
+            tags + " sensor.tif -o " + name);
 }
 
 local::UniqueFd open(const fs::path& path) {
@@ -172,13 +81,9 @@ std::string failureOf(const fs::path& path, local::MediaKind kind) {
     return failure ? failure->sentence : "";
 }
 
-local::PictureSource sourceOf(const fs::path& path, local::MediaKind kind) {
-    return {kind, "", [path] { return open(path); }, {}};
-}
-
 std::optional<local::Pixels> cover(const fs::path& path, double width, double height,
                                    local::MediaKind kind) {
-    return local::coverPicture(sourceOf(path, kind), width, height);
+    return local::coverPicture({kind, "", [=] { return open(path); }, {}}, width, height);
 }
 
 std::string sizeOf(const std::optional<local::Pixels>& pixels) {
@@ -199,9 +104,8 @@ Colour colourAt(const local::Pixels& pixels, double x, double y) {
 testing::AssertionResult isNear(Colour actual, Colour expected, int tolerance) {
     for (std::size_t i = 0; i < 3; ++i)
         if (std::abs(actual[i] - expected[i]) > tolerance)
-            return testing::AssertionFailure()
-                   << actual[0] << "," << actual[1] << "," << actual[2] << " is not " << expected[0]
-                   << "," << expected[1] << "," << expected[2];
+            return testing::AssertionFailure() << testing::PrintToString(actual) << " is not "
+                                               << testing::PrintToString(expected);
     return testing::AssertionSuccess();
 }
 

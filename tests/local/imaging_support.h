@@ -9,6 +9,7 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace imaging_test {
@@ -23,17 +24,21 @@ using support::writeText;
 // Runs a shell command in the folder; a failure is the test's.
 void run(const Folder& folder, const std::string& command);
 
-local::Pixels flat(std::uint32_t width, std::uint32_t height, Colour colour);
+constexpr Colour kRed{255, 0, 0};
+constexpr Colour kGreen{0, 255, 0};
+constexpr Colour kBlue{0, 0, 255};
+constexpr Colour kWhite{255, 255, 255};
+
+local::Pixels painted(int width, int height, const std::function<Colour(int x, int y)>& colourAt);
+local::Pixels flat(int width, int height, Colour colour);
 // Red, green, blue and white quarters, from the top left in reading order.
-local::Pixels quarters(std::uint32_t width, std::uint32_t height);
+local::Pixels quarters(int width, int height);
 void writeJpeg(const fs::path& path, const local::Pixels& pixels, int quality = 95);
 
-// A PNG of one bit a pixel, all black, in a few kilobytes however large it says it is.
-std::string blackPng(std::uint32_t width, std::uint32_t height);
-// A raw sensor file (DNG) bright above and dark below, quarter turned to the right, taken at
-// `date`. On its corner: the rows are diagonals of the picture. Pixels may be wider than high.
-std::string rawDng(std::uint32_t width, std::uint32_t height, const std::string& date,
-                   bool onItsCorner = false, std::uint32_t pixelWidth = 1);
+// A raw sensor file (DNG) bright above and dark below, quarter turned to the right, taken on 6 May
+// 2024 at 07:08:09. Its size as it is seen ("480 640"); tags are for exiftool.
+void writeRaw(const Folder& folder, const std::string& name, const std::string& size = "480 640",
+              const std::string& tags = "");
 
 local::UniqueFd open(const fs::path& path);
 std::variant<local::MediaInfo, local::ImagingFailure>
@@ -41,8 +46,6 @@ inspect(const fs::path& path, local::MediaKind kind = local::MediaKind::photo);
 local::MediaInfo infoOf(const fs::path& path, local::MediaKind kind = local::MediaKind::photo);
 std::string failureOf(const fs::path& path, local::MediaKind kind = local::MediaKind::photo);
 
-local::PictureSource sourceOf(const fs::path& path,
-                              local::MediaKind kind = local::MediaKind::photo);
 std::optional<local::Pixels> cover(const fs::path& path, double width, double height,
                                    local::MediaKind kind = local::MediaKind::photo);
 std::string sizeOf(const std::optional<local::Pixels>& pixels); // "256x384", or "none"

@@ -1,13 +1,10 @@
 // How the library comes to be, and what is refused instead of being touched.
+#include "tests/local/imaging_support.h"
 #include "tests/local/support.h"
 
 #include "platform/local/catalogue/catalogue_schema.h"
-#include "platform/local/system/unique_fd.h"
 
-#include <fcntl.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <map>
 #include <thread>
@@ -15,7 +12,7 @@
 namespace {
 
 long status() {
-    return platform::authorizationStatusForAccessLevel(platform::PHAccessLevelReadWrite);
+    return authorizationStatusForAccessLevel(PHAccessLevelReadWrite);
 }
 
 std::map<std::string, std::string> contents(const fs::path& folder) {
@@ -25,21 +22,13 @@ std::map<std::string, std::string> contents(const fs::path& folder) {
     return bytes;
 }
 
-// Runs a statement on whatever stands in the catalogue's place.
-void sql(const fs::path& library, const char* statement) {
-    sqlite3* database = nullptr;
-    EXPECT_EQ(sqlite3_open((library / "library.db").c_str(), &database), SQLITE_OK);
-    sqlite3_exec(database, statement, nullptr, nullptr, nullptr);
-    sqlite3_close(database);
-}
-
 } // namespace
 
 TEST(LibraryOpening, FirstUseMakesAPrivateLibraryAndGrantsFullAccess) {
     const ScratchHome home;
     fs::create_directories(home.library()); // one that stood there is closed to others
     fs::permissions(home.library(), fs::perms(0775));
-    EXPECT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+    EXPECT_EQ(status(), PHAuthorizationStatusAuthorized);
     EXPECT_EQ(fs::status(home.library()).permissions(), fs::perms(0700));
     EXPECT_EQ(fs::status(home.library() / "library.db").permissions(), fs::perms(0600));
     EXPECT_TRUE(fs::exists(home.library() / ".nomedia"));
@@ -49,40 +38,21 @@ TEST(LibraryOpening, FirstUseMakesAPrivateLibraryAndGrantsFullAccess) {
 }
 
 TEST(LibraryOpening, WhatIsNoLibraryOfThisVersionIsLeftAloneAndExplained) {
-    struct Place {
-        const char* reason;
-        std::function<void(const fs::path&)> make;
-    };
-    for (const auto& [reason, make] : {
-             Place{"HOME is not set", [](const fs::path&) { unsetenv("HOME"); }},
-             Place{"is not a folder",
-                   [](const fs::path& library) {
-                       fs::remove(library);
-                       writeText(library, "somebody's notes");
-                   }},
-             Place{"not a catalogue",
-                   [](const fs::path& library) {
-                       writeText(library / "library.db", std::string(8192, 'x'));
-                   }},
-             Place{"newer version",
-                   [](const fs::path& library) {
-                       ASSERT_EQ(inChild([] { status(); }), 0);
-                       sql(library, "PRAGMA user_version = 4711");
-                   }},
-             Place{"another program",
-                   [](const fs::path& library) { sql(library, "CREATE TABLE recipe (name)"); }},
-             Place{"no catalogue",
-                   [](const fs::path& library) {
-                       fs::create_directories(library / "originals/AB");
-                       writeText(library / "originals/AB/picture.jpg", "bytes");
-                   }},
+    const std::string ours = std::to_string(local::catalogueApplicationId);
+    for (const auto& [reason, command] : {
+             std::pair<std::string, std::string>{"not a catalogue",
+                                                 "head -c 8192 /bin/sh >library.db"},
+             {"newer version", "sqlite3 library.db 'PRAGMA application_id = " + ours +
+                                   "; PRAGMA user_version = 4711'"},
+             {"another program", "sqlite3 library.db 'CREATE TABLE recipe (name)'"},
+             {"no catalogue", "mkdir -p originals/AB && echo bytes >originals/AB/picture.jpg"},
          }) {
         SCOPED_TRACE(reason);
         const ScratchHome home;
         fs::create_directories(home.library());
-        make(home.library());
+        imaging_test::run(home, "cd Pictures/* && " + command);
         const auto before = contents(home.path());
-        EXPECT_EQ(status(), platform::PHAuthorizationStatusRestricted);
+        EXPECT_EQ(status(), PHAuthorizationStatusRestricted);
         EXPECT_EQ(listed().count(), 0u);
         EXPECT_THAT(importFile("/nowhere.jpg").sentence(), HasSubstr(reason));
         EXPECT_EQ(contents(home.path()), before);
@@ -92,9 +62,8 @@ TEST(LibraryOpening, WhatIsNoLibraryOfThisVersionIsLeftAloneAndExplained) {
 TEST(LibraryOpening, IsNotForAProcessForkedFromOneThatHasItOpen) {
     const ScratchHome home;
     const auto picture = writePicture(home.file("a.jpg"));
-    ASSERT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
-    EXPECT_EQ(inChild([&] { EXPECT_THAT(importFile(picture).sentence(), HasSubstr("forked")); }),
-              0);
+    ASSERT_EQ(status(), PHAuthorizationStatusAuthorized);
+    inChild([&] { EXPECT_THAT(importFile(picture).sentence(), HasSubstr("forked")); });
     EXPECT_TRUE(importFile(picture).identifier);
 }
 
@@ -104,7 +73,7 @@ TEST(LibraryOpening, UsesThePicturesFolderOfTheUsersSettings) {
     writeText(
         home.path() / ".config/user-dirs.dirs",
         "# comment\nXDG_MUSIC_DIR=\"$HOME/Musik\"\n XDG_PICTURES_DIR=\"$HOME/Meine Bilder\"\n");
-    EXPECT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
+    EXPECT_EQ(status(), PHAuthorizationStatusAuthorized);
     EXPECT_TRUE(fs::exists(home.path() / "Meine Bilder/Lumatrice Library/library.db"));
     EXPECT_FALSE(fs::exists(home.library()));
 }
@@ -116,15 +85,13 @@ TEST(LibraryOpening, AHomeWithAVeryLongPathWorks) {
         deep /= std::string(200, static_cast<char>('a' + i));
     fs::create_directories(deep);
     setenv("HOME", deep.c_str(), 1);
-    ASSERT_EQ(status(), platform::PHAuthorizationStatusAuthorized);
-    const auto picture = writePicture(home.file("a.jpg"));
-    EXPECT_TRUE(importFile(picture).identifier);
+    ASSERT_EQ(status(), PHAuthorizationStatusAuthorized);
+    EXPECT_TRUE(importFile(writePicture(home.file("a.jpg"))).identifier);
     EXPECT_EQ(listed().count(), 1u);
 }
 
 TEST(LibraryOpening, ALibraryReplacedUnderARunningProcessIsOpenedAnew) {
     const BareLibrary home(3, 0, 1);
-    EXPECT_EQ(listed().count(), 3u);
     fs::rename(home.library(), home.path() / "elsewhere");
     EXPECT_EQ(listed().count(), 0u);
     fs::remove_all(home.library());
@@ -134,18 +101,7 @@ TEST(LibraryOpening, ALibraryReplacedUnderARunningProcessIsOpenedAnew) {
 
 TEST(LibraryOpening, ManyProcessesMayMakeTheLibraryAtOnce) {
     const ScratchHome home;
-    std::vector<pid_t> children;
-    for (int i = 0; i < 12; ++i) {
-        const pid_t child = fork();
-        if (child == 0)
-            _exit(status() == platform::PHAuthorizationStatusAuthorized ? 0 : 1);
-        children.push_back(child);
-    }
-    for (const pid_t child : children) {
-        int outcome = -1;
-        waitpid(child, &outcome, 0);
-        EXPECT_EQ(outcome, 0);
-    }
+    inProcesses(12, [](int) { EXPECT_EQ(status(), PHAuthorizationStatusAuthorized); });
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM library"), 1);
 }
 
@@ -155,20 +111,18 @@ TEST(LibraryOpening, AReadOnlyLibraryCanBeReadAndSaysSoWhenChanged) {
     for (const bool closedInOrder : {true, false})
         onSmallDisk("size=4m", [&](const ScratchHome& home, const fs::path& disk) {
             const auto picture = writePicture(home.file("a.jpg"));
-            EXPECT_EQ(inChild([&] {
-                          const auto open = listed();
-                          addBareAssets(home, 5, 0, 1);
-                      }),
-                      0);
+            inChild([&] {
+                const auto open = listed();
+                addBareAssets(home, 5, 0, 1);
+            });
             if (closedInOrder)
                 runSql(home, "SELECT 1 FROM asset");
             EXPECT_EQ(fs::exists(home.library() / "library.db-wal"), !closedInOrder);
-            if (mount("none", disk.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0)
-                _exit(notPossibleHere);
+            mountAt(disk, "none", MS_REMOUNT | MS_RDONLY);
             EXPECT_EQ(listedIdentifiers().size(), 5u);
             EXPECT_THAT(importFile(picture).sentence(), HasSubstr("read-only"));
             // Once it can be written to, it is, before long.
-            EXPECT_EQ(mount("none", disk.c_str(), nullptr, MS_REMOUNT, nullptr), 0);
+            mountAt(disk, "none", MS_REMOUNT);
             for (int i = 0; i < 1200 && !importFile(picture).identifier; ++i)
                 std::this_thread::sleep_for(std::chrono::milliseconds(100));
             EXPECT_EQ(listed().count(), 6u);
@@ -178,7 +132,7 @@ TEST(LibraryOpening, AReadOnlyLibraryCanBeReadAndSaysSoWhenChanged) {
 TEST(LibraryOpening, AFullDiskCanBeRead) {
     onSmallDisk("size=1m", [](const ScratchHome& home, const fs::path& disk) {
         const auto picture = writePicture(home.file("a.jpg"));
-        EXPECT_EQ(inChild([] { status(); }), 0);
+        inChild([] { status(); });
         addBareAssets(home, 5, 0, 1); // and closes in order, so that SQLite's own files are gone
         std::ofstream(disk / "filler") << std::string(1 << 20, 'x');
         EXPECT_NE(importFile(picture).sentence(), "");
@@ -188,7 +142,7 @@ TEST(LibraryOpening, AFullDiskCanBeRead) {
 
 TEST(SchemaSteps, AnOlderCatalogueIsBroughtUpToDateAndKeepsItsRows) {
     const BareLibrary home(4, 1000, 1);
-    const local::UniqueFd folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY));
+    const local::UniqueFd folder = imaging_test::open(home.library());
     local::CatalogueConnection connection(folder.get(),
                                           local::CatalogueConnection::Mode::readWrite);
     std::vector<const char*> steps(local::schemaSteps().begin(), local::schemaSteps().end());
@@ -211,10 +165,6 @@ TEST(LibraryOpening, OpeningAndClosingInTurnsLeavesNothingBehind) {
     const int turns = wanted ? std::atoi(wanted) : 100;
     const BareLibrary first(3);
     const BareLibrary second(5); // is HOME from here on
-    const auto openDescriptors = [] {
-        const fs::directory_iterator all("/proc/self/fd");
-        return std::distance(begin(all), end(all));
-    };
     std::ptrdiff_t before = 0;
     for (int turn = 0; turn < turns && !testing::Test::HasFailure(); ++turn) {
         const auto& one = turn % 2 == 0 ? first : second;
@@ -226,7 +176,6 @@ TEST(LibraryOpening, OpeningAndClosingInTurnsLeavesNothingBehind) {
             before = openDescriptors();
     }
     EXPECT_LE(openDescriptors(), before + 2);
-    for (const ScratchHome* one :
-         {static_cast<const ScratchHome*>(&first), static_cast<const ScratchHome*>(&second)})
+    for (const BareLibrary* one : {&first, &second})
         EXPECT_EQ(sqlText(*one, "PRAGMA integrity_check"), "ok");
 }

@@ -1,30 +1,24 @@
-// A library whose disk is not mounted is not taken for one that has yet to be made.
+// Disks: one that is not mounted is not taken for a library that has yet to be made.
 #include "tests/local/support.h"
 
-#include "platform/local/system/mount_points.h"
+#include "platform/local/maintenance/disk.h"
 
 #include <sys/mount.h>
-#include <unistd.h>
 
 namespace {
 
 // In a process of its own, with an /etc/fstab that names `place` below its home.
 void withMountPoint(const fs::path& place, const std::function<void(const ScratchHome&)>& body) {
-    const int outcome = inChild([&] {
+    withOwnMounts([&] {
         const ScratchHome home;
         const fs::path disk = home.path() / place;
         std::string named = disk.string();
         for (std::size_t at = 0; (at = named.find(' ', at)) != std::string::npos;)
             named.replace(at, 1, "\\040");
         writeText(home.file("fstab"), "# disks\nUUID=17 " + named + "/ ext4 noauto 0 2\n");
-        if (!fs::exists("/etc/fstab") || !mountSmallDisk(home.file("other"), "size=1m") ||
-            mount(home.file("fstab").c_str(), "/etc/fstab", nullptr, MS_BIND, nullptr) != 0)
-            _exit(notPossibleHere);
+        mountAt("/etc/fstab", home.file("fstab"), MS_BIND);
         body(home);
     });
-    if (outcome == notPossibleHere)
-        GTEST_SKIP() << "this system does not let the test mount a disk";
-    EXPECT_EQ(outcome, 0);
 }
 
 void expectNoLibrary(const ScratchHome& home) {
@@ -44,7 +38,7 @@ TEST(UnmountedLibrary, IsNotMadeInItsOwnMountPointUntilTheDiskIsThere) {
             fs::create_directories(home.path() / place);
             expectNoLibrary(home);
             EXPECT_TRUE(fs::is_empty(home.path() / place));
-            ASSERT_EQ(mount("tmpfs", (home.path() / place).c_str(), "tmpfs", 0, "size=8m"), 0);
+            mountAt(home.path() / place, "tmpfs", 0, "size=8m");
             EXPECT_TRUE(importFile(home.file("a.jpg")).identifier);
             EXPECT_EQ(listed().count(), 1U);
             ASSERT_EQ(umount2((home.path() / place).c_str(), MNT_DETACH), 0);
@@ -53,20 +47,15 @@ TEST(UnmountedLibrary, IsNotMadeInItsOwnMountPointUntilTheDiskIsThere) {
 }
 
 TEST(LibraryOnANetworkDisk, IsRefusedWithoutATrace) {
-    const int outcome = inChild([] {
+    withOwnMounts([] {
         const ScratchHome home;
         writeText(home.file("mounts"), "server:/homes " + home.path().string() +
                                            " nfs4 rw 0 0\n/dev/sda1 / ext4 rw 0 0\n");
-        if (!mountSmallDisk(home.file("other"), "size=1m") ||
-            mount(home.file("mounts").c_str(), "/proc/self/mounts", nullptr, MS_BIND, nullptr) != 0)
-            _exit(notPossibleHere);
+        mountAt("/proc/self/mounts", home.file("mounts"), MS_BIND);
         EXPECT_THAT(importFile(home.file("a.jpg")).sentence(),
                     testing::AllOf(HasSubstr("network disk (nfs4)"), HasSubstr("backup")));
         EXPECT_FALSE(fs::exists(home.path() / "Pictures"));
     });
-    if (outcome == notPossibleHere)
-        GTEST_SKIP() << "this system does not let the test mount a disk";
-    EXPECT_EQ(outcome, 0);
 }
 
 // Tables of mount points are copied to machines and containers that have no such disks.
@@ -79,5 +68,20 @@ TEST(UnmountedLibrary, AMountPointWithFilesInItIsAFolderLikeOthers) {
     withMountPoint("elsewhere", [](const ScratchHome& home) {
         fs::create_directories(home.library()); // empty, the user's own
         EXPECT_TRUE(importFile(writePicture(home.file("a.jpg"))).identifier);
+    });
+}
+
+TEST(DiskOf, TellsTypeRoomAndWhetherItTakesWrites) {
+    onSmallDisk("size=2m,nr_inodes=50", [](const ScratchHome&, const fs::path& at) {
+        const local::Disk disk = local::diskOf(at.string());
+        EXPECT_EQ(disk.type, "tmpfs");
+        EXPECT_EQ(disk.bytes, 2 << 20);
+        EXPECT_LE(disk.freeFiles.value(), 50);
+        EXPECT_EQ(disk.locks, true);
+        EXPECT_EQ(disk.sharesBlocks, false);
+        EXPECT_FALSE(disk.readOnly || disk.network || disk.unguarded);
+        EXPECT_TRUE(filesBelow(at).empty());
+        mountAt(at, "none", MS_REMOUNT | MS_RDONLY);
+        EXPECT_TRUE(local::diskOf(at.string()).readOnly);
     });
 }

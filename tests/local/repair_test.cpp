@@ -15,9 +15,7 @@ class RepairOf : public KeptLibrary {
 protected:
     // "outcome subject", each.
     std::vector<std::string> repaired(bool apply = true, const std::string& backup = "") const {
-        local::RepairOptions options;
-        options.apply = apply;
-        options.backup = backup;
+        const local::RepairOptions options{.apply = apply, .backup = backup};
         std::vector<std::string> all;
         for (const RepairStep& step : local::repairLibrary(home.library().string(), options).steps)
             all.push_back(local::nameOf(step.outcome) + " " +
@@ -39,31 +37,20 @@ TEST_F(RepairOf, IsDryUnlessItIsWanted) {
     EXPECT_EQ(sqlInteger(home, "SELECT listed FROM library"), 3);
 }
 
-TEST_F(RepairOf, ALostFileComesBackFromWhereItStrayed) {
-    const std::string bytes = readBytes(original(0));
-    fs::rename(original(0), home.library() / "originals" / "AA" / "strayed");
-    EXPECT_THAT(repaired(false), testing::SizeIs(2));
-    repaired();
-    EXPECT_THAT(faults(), IsEmpty());
-    EXPECT_EQ(readBytes(original(0)), bytes);
-}
-
 TEST_F(RepairOf, ADamagedFileGoesToQuarantineWhenTheBackupHasItWhole) {
     const std::string bytes = readBytes(original(0));
     fs::copy(home.library(), home.file("backup"), fs::copy_options::recursive);
     fs::resize_file(original(0), 20);
     fs::remove(original(1));
     const std::string name = original(0).filename().string();
-    EXPECT_THAT(repaired(), UnorderedElementsAre("impossible " + name,
-                                                 "impossible " + original(1).filename().string()));
+    const auto other = "impossible " + original(1).filename().string();
+    EXPECT_THAT(repaired(), UnorderedElementsAre("impossible " + name, other));
     EXPECT_EQ(fs::file_size(original(0)), 20U); // better than nothing
     flipAByte(home.file("backup") / pathOf(1)); // damaged as well
-    EXPECT_THAT(
-        repaired(true, home.file("backup").string()),
-        UnorderedElementsAre("done " + name, "impossible " + original(1).filename().string()));
+    EXPECT_THAT(repaired(true, home.file("backup")), UnorderedElementsAre("done " + name, other));
     EXPECT_FALSE(fs::exists(original(1)));
     flipAByte(home.file("backup") / pathOf(1));
-    repaired(true, home.file("backup").string());
+    repaired(true, home.file("backup"));
     EXPECT_THAT(faults(), IsEmpty());
     EXPECT_EQ(readBytes(original(0)), bytes);
     EXPECT_EQ(fs::file_size(home.library() / "quarantine" / name), 20U);
@@ -84,8 +71,7 @@ TEST_F(RepairOf, AFileOnItsWayInIsLeftAlone) {
 }
 
 TEST_F(RepairOf, AbsenceOfEverythingIsNotJudged) {
-    fs::rename(home.library() / "originals", home.file("unmounted"));
-    fs::create_directory(home.library() / "originals");
+    unmountOriginals();
     EXPECT_THROW(repaired(), local::LibraryError);
     EXPECT_EQ(sqlInteger(home, "SELECT count(*) FROM asset"), 3);
     EXPECT_FALSE(fs::exists(home.library() / "quarantine"));

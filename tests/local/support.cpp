@@ -3,9 +3,8 @@
 #include "platform/change_requests.h"
 #include "platform/local/catalogue/asset_record.h"
 #include "platform/local/catalogue/catalogue_rules.h"
-#include "platform/local/imaging/imaging.h"
 #include "platform/local/store/file_store.h"
-#include "platform/photo_library.h"
+#include "tests/local/imaging_support.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -16,41 +15,70 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 
 namespace support {
+namespace {
 
-bool mountSmallDisk(const fs::path& at, const std::string& options) {
-    fs::create_directories(at);
-    return unshare(CLONE_NEWNS) == 0 &&
-           mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           mount("tmpfs", at.c_str(), "tmpfs", 0, options.c_str()) == 0;
-}
+constexpr int notPossibleHere = 77;
 
-int inChild(const std::function<void()>& body) {
-    const pid_t child = fork();
-    if (child == 0) {
+pid_t start(const std::function<void()>& body) {
+    const pid_t process = fork();
+    if (process == 0) {
         body();
         _exit(testing::Test::HasFailure() ? 1 : 0);
     }
-    int outcome = -1;
-    waitpid(child, &outcome, 0);
-    EXPECT_TRUE(WIFEXITED(outcome)) << "ended by signal " << WTERMSIG(outcome);
-    return WEXITSTATUS(outcome);
+    return process;
+}
+
+} // namespace
+
+void inProcesses(int count, const std::function<void(int number)>& body) {
+    std::vector<pid_t> children;
+    for (int i = 0; i < count; ++i)
+        children.push_back(start([&] { body(i); }));
+    for (const pid_t child : children) {
+        int outcome = -1;
+        waitpid(child, &outcome, 0);
+        if (WIFEXITED(outcome) && WEXITSTATUS(outcome) == notPossibleHere)
+            GTEST_SKIP() << "this system does not let the test mount a disk";
+        EXPECT_EQ(outcome, 0) << "ended by signal " << WTERMSIG(outcome) << " if that is not 0";
+    }
+}
+
+void inChild(const std::function<void()>& body) {
+    inProcesses(1, [&](int) { body(); });
+}
+
+void withOwnMounts(const std::function<void()>& body) {
+    inChild([&] {
+        if (unshare(CLONE_NEWNS) != 0)
+            _exit(notPossibleHere);
+        mountAt("/", "none", MS_REC | MS_PRIVATE);
+        body();
+    });
+}
+
+void mountAt(const fs::path& place, const fs::path& what, unsigned long flags,
+             const char* options) {
+    if (mount(what.c_str(), place.c_str(), what.c_str(), flags, options) != 0)
+        _exit(notPossibleHere);
 }
 
 void onSmallDisk(const std::string& options,
                  const std::function<void(const ScratchHome&, const fs::path&)>& body) {
-    const int outcome = inChild([&] {
+    withOwnMounts([&] {
         const ScratchHome home;
-        const fs::path disk = home.path() / "Pictures";
-        if (!mountSmallDisk(disk, options))
-            _exit(notPossibleHere);
-        body(home, disk);
+        fs::create_directory(home.file("Pictures"));
+        mountAt(home.file("Pictures"), "tmpfs", 0, options.c_str());
+        body(home, home.file("Pictures"));
     });
-    if (outcome == notPossibleHere)
-        GTEST_SKIP() << "this system does not let the test mount a disk";
-    EXPECT_EQ(outcome, 0);
+}
+
+OtherProcess::OtherProcess(const std::function<void()>& body) : process_(start(body)) {}
+
+OtherProcess::~OtherProcess() {
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
 }
 
 void closeLibrary() {
@@ -74,6 +102,10 @@ void forbidThreads(const ScratchHome& home) {
     EXPECT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
 }
 
+std::ptrdiff_t openDescriptors() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
 std::shared_ptr<void> exhaustDescriptors() {
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);
@@ -83,70 +115,55 @@ std::shared_ptr<void> exhaustDescriptors() {
     return {nullptr, [before](void*) { setrlimit(RLIMIT_NOFILE, &before); }};
 }
 
-void sweepUp(const ScratchHome& home) {
-    do
-        ASSERT_EQ(inChild([] { listed(); }), 0);
-    while (!fs::is_empty(home.library() / "incoming"));
-}
-
 fs::path writePicture(const fs::path& path, int width, int height, int seed) {
-    local::Pixels pixels;
-    pixels.width = static_cast<std::uint32_t>(width);
-    pixels.height = static_cast<std::uint32_t>(height);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            pixels.rgb.push_back(static_cast<std::uint8_t>(x * 255 / width));
-            pixels.rgb.push_back(static_cast<std::uint8_t>(y * 255 / height));
-            pixels.rgb.push_back(static_cast<std::uint8_t>(seed * 37));
-        }
-    }
-    const auto jpeg = local::encodeJpeg(pixels, 90);
-    EXPECT_TRUE(jpeg);
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(jpeg->data()),
-               static_cast<std::streamsize>(jpeg->size()));
+    const auto gradient = [&](int x, int y) {
+        return imaging_test::Colour{x * 255 / width, y * 255 / height, seed * 37 % 256};
+    };
+    imaging_test::writeJpeg(path, imaging_test::painted(width, height, gradient), 90);
     return path;
 }
 
-platform::NSData dataOf(std::string_view text) {
+NSData dataOf(std::string_view text) {
     return {text.begin(), text.end()};
 }
 
 ImportOutcome importFile(const fs::path& path, long type) {
-    std::optional<std::string> identifier;
-    std::optional<platform::NSError> error;
-    const bool done = platform::performChangesAndWait(
-        [&] {
-            const auto request = platform::creationRequestForAsset();
-            platform::PHAssetResourceCreationOptions options;
-            options.originalFilename = path.filename().string();
-            platform::addResourceWithType(request, type, platform::fileURLWithPath(path.string()),
-                                          options);
-            identifier = platform::placeholderForCreatedAsset(request)->localIdentifier;
-        },
-        error);
-    if (done)
-        return {identifier, {}};
+    ImportOutcome outcome;
+    std::optional<NSError> error;
+    const auto create = [&] {
+        const auto request = creationRequestForAsset();
+        PHAssetResourceCreationOptions options;
+        options.originalFilename = path.filename().string();
+        addResourceWithType(request, type, {path.string()}, options);
+        outcome.identifier = placeholderForCreatedAsset(request)->localIdentifier;
+    };
+    if (performChangesAndWait(create, error))
+        return outcome;
     EXPECT_TRUE(error) << "a refused import says why";
-    return {std::nullopt, error.value_or(platform::NSError{})};
+    return {std::nullopt, error.value_or(NSError{})};
 }
 
-platform::PHFetchResult<platform::PHAsset> listed() {
-    platform::PHFetchOptions options;
-    options.sortDescriptors.push_back({"creationDate", false});
-    return platform::fetchAssetsWithOptions(options);
+PHFetchOptions newestFirst() {
+    return {{{"creationDate", false}}, std::nullopt};
+}
+
+PHFetchResult<PHAsset> listed() {
+    return fetchAssetsWithOptions(newestFirst());
 }
 
 std::vector<std::string> listedIdentifiers() {
-    std::vector<std::string> identifiers;
-    const auto assets = listed();
-    for (std::size_t i = 0; i < assets.count(); ++i)
-        identifiers.push_back(assets.objectAtIndex(i).value().localIdentifier);
-    return identifiers;
+    return identifiers(listed());
 }
 
-std::optional<platform::PHAsset> assetWith(const std::string& identifier) {
-    return platform::fetchAssetsWithLocalIdentifiers({identifier}).objectAtIndex(0);
+std::vector<std::string> identifiers(const PHFetchResult<PHAsset>& assets) {
+    std::vector<std::string> all;
+    for (const PHAsset& asset : walked(assets))
+        all.push_back(asset.localIdentifier);
+    return all;
+}
+
+std::optional<PHAsset> assetWith(const std::string& identifier) {
+    return fetchAssetsWithLocalIdentifiers({identifier}).objectAtIndex(0);
 }
 
 namespace {
@@ -178,9 +195,8 @@ std::string sqlText(const ScratchHome& home, const std::string& sql) {
 }
 
 std::string storedAs(const ScratchHome& home, const std::string& identifier) {
-    const auto asset = assetWith(identifier).value();
-    return sqlText(home, "SELECT stored_as FROM asset WHERE n = " +
-                             std::to_string(local::recordOf(asset).n));
+    const auto n = local::recordOf(assetWith(identifier).value()).n;
+    return sqlText(home, "SELECT stored_as FROM asset WHERE n = " + std::to_string(n));
 }
 
 fs::path originalOf(const ScratchHome& home, const std::string& identifier) {
@@ -214,8 +230,6 @@ std::vector<std::string> filesBelow(const fs::path& folder) {
     return found;
 }
 
-using namespace platform;
-
 std::string change(const std::function<void()>& changes) {
     std::optional<NSError> error;
     if (performChangesAndWait(changes, error))
@@ -223,23 +237,27 @@ std::string change(const std::function<void()>& changes) {
     return error ? error->localizedDescription.value_or("no sentence") : "no error";
 }
 
-std::string newAlbum(const std::string& title) {
+void expectDone(const std::function<void()>& changes) {
+    EXPECT_EQ(change(changes), "");
+}
+
+std::string newAlbum(const std::string& title, const PHFetchResult<PHAsset>* held) {
     std::string identifier;
-    EXPECT_EQ(change([&] {
-                  const auto request = creationRequestForAssetCollectionWithTitle(title);
-                  identifier = *placeholderForCreatedAssetCollection(request)->localIdentifier;
-              }),
-              "");
+    expectDone([&] {
+        const auto request = creationRequestForAssetCollectionWithTitle(title);
+        if (held)
+            addAssets(request, *held);
+        identifier = *placeholderForCreatedAssetCollection(request)->localIdentifier;
+    });
     return identifier;
 }
 
 std::string newFolder(const std::string& title) {
     std::string identifier;
-    EXPECT_EQ(change([&] {
-                  const auto request = creationRequestForCollectionListWithTitle(title);
-                  identifier = *placeholderForCreatedCollectionList(request)->localIdentifier;
-              }),
-              "");
+    expectDone([&] {
+        const auto request = creationRequestForCollectionListWithTitle(title);
+        identifier = *placeholderForCreatedCollectionList(request)->localIdentifier;
+    });
     return identifier;
 }
 
@@ -251,36 +269,17 @@ PHCollectionList folder(const std::string& identifier) {
     return fetchCollectionListsWithLocalIdentifiers({identifier}).objectAtIndex(0).value();
 }
 
-PHCollection collection(const std::string& identifier) {
-    const auto albums = fetchAssetCollectionsWithLocalIdentifiers({identifier});
-    if (albums.count() > 0)
-        return albums.objectAtIndex(0).value();
-    return folder(identifier);
-}
-
 std::string file(const std::string& child, const std::string& parent) {
-    const PHCollection collections = collection(child);
-    const PHCollectionList list = folder(parent);
-    return change(
-        [&] { addChildCollections(changeRequestForCollectionList(list).value(), {collections}); });
+    const auto albums = walked(fetchAssetCollectionsWithLocalIdentifiers({child}));
+    const auto moved = albums.empty() ? PHCollection(folder(child)) : PHCollection(albums[0]);
+    const auto list = folder(parent);
+    return change([&] { addChildCollections(*changeRequestForCollectionList(list), {moved}); });
 }
 
 std::string add(const std::string& to, const std::vector<std::string>& assets) {
     const auto list = album(to);
     const auto found = fetchAssetsWithLocalIdentifiers(assets);
-    return change([&] { addAssets(changeRequestForAssetCollection(list).value(), found); });
-}
-
-std::vector<std::string> identifiers(const PHFetchResult<PHAsset>& assets) {
-    std::vector<std::string> all;
-    for (std::size_t i = 0; i < assets.count(); ++i)
-        all.push_back(assets.objectAtIndex(i).value().localIdentifier);
-    EXPECT_FALSE(assets.objectAtIndex(assets.count()));
-    return all;
-}
-
-PHFetchOptions newestFirst() {
-    return {{{"creationDate", false}}, std::nullopt};
+    return change([&] { addAssets(*changeRequestForAssetCollection(list), found); });
 }
 
 std::vector<std::string> newest(const std::string& of) {

@@ -21,21 +21,42 @@
 #include <string>
 #include <vector>
 
+// What every file of tests here would say again.
+namespace fs = std::filesystem;
+using namespace platform;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
 namespace support {
 
-// A small disk of its own below `at`, in this process's view only; skips the test where the
-// system does not allow it. Call before any thread is started.
-bool mountSmallDisk(const std::filesystem::path& at, const std::string& options);
+// Runs `body` with 0, 1, ... in so many processes at once, which start without an open library if
+// this one has none, and fails when one ends by a signal or with a failed expectation.
+void inProcesses(int count, const std::function<void(int number)>& body);
+void inChild(const std::function<void()>& body);
 
-// Runs `body` in a process of its own, which starts without an open library if this one has
-// none; answers its exit code: 0, or 1 when an expectation failed in it. A signal is a failure.
-inline constexpr int notPossibleHere = 77;
-int inChild(const std::function<void()>& body);
+// As inChild, with mount points of its own. There `mountAt` does as mount(2) does; where the system
+// does not allow it, the test is skipped.
+void withOwnMounts(const std::function<void()>& body);
+void mountAt(const fs::path& place, const fs::path& what, unsigned long flags = 0,
+             const char* options = nullptr);
 
-// Runs `body` in such a process, with its Pictures folder on a small disk; skips the test where the
-// system does not allow it.
+// As withOwnMounts, with the Pictures folder on a small disk of memory.
 void onSmallDisk(const std::string& options,
-                 const std::function<void(const ScratchHome&, const std::filesystem::path&)>& body);
+                 const std::function<void(const ScratchHome&, const fs::path&)>& body);
+
+// A process that does `body` until this object goes, and is killed then.
+class OtherProcess {
+public:
+    explicit OtherProcess(const std::function<void()>& body);
+    ~OtherProcess();
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+
+private:
+    pid_t process_;
+};
 
 // Closes the library that this process has open, so that a process forked from it may open it.
 void closeLibrary();
@@ -43,39 +64,46 @@ void closeLibrary();
 // From here on this process cannot start another thread; it may no longer be root's.
 void forbidThreads(const ScratchHome& home);
 
+std::ptrdiff_t openDescriptors(); // how many
+
 // From here on this process opens no further file, until the answer goes.
 std::shared_ptr<void> exhaustDescriptors();
 
-// Opens the library in processes of their own until nothing is left of one that was killed: a
-// worker that it was just starting may hold its locks for a moment longer.
-void sweepUp(const ScratchHome& home);
-
 // Writes a JPEG with a gradient; `seed` makes its bytes differ.
-std::filesystem::path writePicture(const std::filesystem::path& path, int width = 64,
-                                   int height = 48, int seed = 0);
-platform::NSData dataOf(std::string_view text);
+fs::path writePicture(const fs::path& path, int width = 64, int height = 48, int seed = 0);
+NSData dataOf(std::string_view text);
 
 struct ImportOutcome {
     std::optional<std::string> identifier; // when done
-    platform::NSError error;               // when not
+    NSError error;                         // when not
     std::string sentence() const { return error.localizedDescription.value_or(""); }
 };
-ImportOutcome importFile(const std::filesystem::path& path,
-                         long type = platform::PHAssetResourceTypePhoto);
+ImportOutcome importFile(const fs::path& path, long type = PHAssetResourceTypePhoto);
 
-platform::PHFetchResult<platform::PHAsset> listed();
+// What a fetch found, walked to its end.
+template <class Record>
+std::vector<Record> walked(const PHFetchResult<Record>& found) {
+    std::vector<Record> all;
+    for (std::size_t i = 0; i < found.count(); ++i)
+        all.push_back(found.objectAtIndex(i).value());
+    EXPECT_FALSE(found.objectAtIndex(found.count()));
+    return all;
+}
+
+PHFetchOptions newestFirst();
+PHFetchResult<PHAsset> listed();
 std::vector<std::string> listedIdentifiers();
-std::optional<platform::PHAsset> assetWith(const std::string& identifier);
+std::vector<std::string> identifiers(const PHFetchResult<PHAsset>& assets);
+std::optional<PHAsset> assetWith(const std::string& identifier);
 
 // Runs statements on the catalogue as another program would.
 void runSql(const ScratchHome& home, const std::string& sql);
 std::string sqlText(const ScratchHome& home, const std::string& sql);
 std::int64_t sqlInteger(const ScratchHome& home, const std::string& sql);
 
-// The file name of an asset's original in the file store.
+// The file name of an asset's original in the file store, and its path.
 std::string storedAs(const ScratchHome& home, const std::string& identifier);
-
-std::filesystem::path originalOf(const ScratchHome& home, const std::string& identifier);
+fs::path originalOf(const ScratchHome& home, const std::string& identifier);
 
 // Adds rows for assets without files: n, and a creation time for each.
 void addBareAssets(const ScratchHome& home, int count, std::int64_t firstCreated,
@@ -88,28 +116,25 @@ struct BareLibrary : ScratchHome {
 };
 
 // Paths below `folder`, relative to it, files only; not its sentinels.
-std::vector<std::string> filesBelow(const std::filesystem::path& folder);
+std::vector<std::string> filesBelow(const fs::path& folder);
 
 // Runs the changes as one transaction; answers why it was refused, or nothing when it was done.
 std::string change(const std::function<void()>& changes);
+void expectDone(const std::function<void()>& changes);
 
-// Make an empty one at the top level and answer its identifier.
-std::string newAlbum(const std::string& title);
+// Make one at the top level and answer its identifier; the album holds what is given.
+std::string newAlbum(const std::string& title, const PHFetchResult<PHAsset>* held = nullptr);
 std::string newFolder(const std::string& title);
 
 // What the identifier names; it must name one.
-platform::PHAssetCollection album(const std::string& identifier);
-platform::PHCollectionList folder(const std::string& identifier);
-platform::PHCollection collection(const std::string& identifier);
+PHAssetCollection album(const std::string& identifier);
+PHCollectionList folder(const std::string& identifier);
 
 // As `change`.
 std::string file(const std::string& child, const std::string& parent);
 std::string add(const std::string& to, const std::vector<std::string>& assets);
 
-std::vector<std::string> identifiers(const platform::PHFetchResult<platform::PHAsset>& assets);
-
 // The assets of an album: newest first, and in the order in which they were added.
-platform::PHFetchOptions newestFirst();
 std::vector<std::string> newest(const std::string& of);
 std::vector<std::string> own(const std::string& of);
 
@@ -119,10 +144,4 @@ void expectConsistent(const ScratchHome& home);
 
 } // namespace support
 
-// What every file of tests here would say again.
-namespace fs = std::filesystem;
 using namespace support;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;

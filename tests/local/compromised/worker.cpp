@@ -32,14 +32,22 @@ using compromised::Tried;
 
 namespace {
 
+void say(const void* words, std::size_t size, int file = -1) {
+    if (!sendPacket(kWorkerSocket, words, size, file))
+        std::_Exit(1);
+}
+
 void answer(const Answer& words, int file = -1) {
-    if (!sendPacket(kWorkerSocket, &words, sizeof words, file))
-        std::_Exit(0);
+    say(&words, sizeof words, file);
+}
+
+void answer(std::uint32_t mark, Outcome outcome, std::uint32_t width = 1) {
+    answer(Answer{mark, outcome, width, 1});
 }
 
 void tell(bool allowed) {
-    const auto tried = static_cast<std::uint32_t>(allowed ? Tried::allowed : Tried::refused);
-    answer(Answer{kAnswerMark, Outcome::done, tried, 1});
+    const Tried tried = allowed ? Tried::allowed : Tried::refused;
+    answer(kAnswerMark, Outcome::done, static_cast<std::uint32_t>(tried));
 }
 
 Answer pictureOf(std::uint32_t width, std::uint32_t height) {
@@ -48,10 +56,10 @@ Answer pictureOf(std::uint32_t width, std::uint32_t height) {
 
 local::UniqueFd roomFor(std::uint32_t width, std::uint32_t height) {
     const PictureSize words{kPictureMark, width, height};
+    say(&words, sizeof words);
     std::uint32_t mark = 0;
     local::UniqueFd room;
-    if (!sendPacket(kWorkerSocket, &words, sizeof words, -1) ||
-        receivePacket(kWorkerSocket, &mark, sizeof mark, room) != sizeof mark || !room)
+    if (receivePacket(kWorkerSocket, &mark, sizeof mark, room) != sizeof mark || !room)
         std::_Exit(1);
     return room;
 }
@@ -64,20 +72,19 @@ void answerPicture(std::uint32_t width, std::uint32_t height) {
 // What it was given, kept from request to request.
 int g_hoarded = -1;
 
-void hoard() {
-    constexpr std::uint32_t side = 1000;
-    g_hoarded = roomFor(side, side).release();
-    answer(pictureOf(side, side));
-}
-
 bool stillHasTheHoard() {
     struct stat status {};
     return syscall(SYS_fstat, g_hoarded, &status) != 0 || status.st_size > 0;
 }
 
-bool reopensForWriting(int file) {
+bool looksAtAPath() {
+    struct stat status {};
+    return syscall(SYS_newfstatat, AT_FDCWD, "/etc/passwd", &status, AT_EMPTY_PATH) == 0;
+}
+
+bool writes(int file) {
     const std::string path = "/proc/self/fd/" + std::to_string(file);
-    return open(path.c_str(), O_RDWR) >= 0;
+    return pwrite(file, "x", 1, 0) == 1 || open(path.c_str(), O_RDWR) >= 0;
 }
 
 bool connects() {
@@ -90,18 +97,17 @@ bool connects() {
     return socket >= 0 && (connect(socket, address, sizeof local) == 0 || errno == ECONNREFUSED);
 }
 
-bool runsAProgram() {
-    char name[] = "/bin/true";
-    char* const arguments[] = {name, nullptr};
-    return execve(name, arguments, nullptr) == 0; // and is gone, without an answer
-}
-
 bool readsTheHostsMemory() {
     int here = 0;
     int there = 0;
     const iovec to{&here, sizeof here};
     const iovec from{&there, sizeof there};
     return process_vm_readv(getppid(), &to, 1, &from, 1, 0) >= 0 || errno == EFAULT;
+}
+
+bool takesMoreProcessorTime() {
+    const rlimit more{100'000, RLIM_INFINITY};
+    return setrlimit(RLIMIT_CPU, &more) == 0;
 }
 
 // Takes and touches memory until there is no more; true when that was more than four gigabytes.
@@ -122,108 +128,82 @@ void* sleepForGood(void*) {
         sched_yield();
 }
 
-int startsThreads(int most) {
+bool startsAHundredThreads() {
     pthread_t thread{};
     int started = 0;
-    while (started < most && pthread_create(&thread, nullptr, sleepForGood, nullptr) == 0)
+    while (started < 100 && pthread_create(&thread, nullptr, sleepForGood, nullptr) == 0)
         ++started;
-    return started;
+    return started == 100;
 }
 
 bool clonesAThread() {
     static std::array<char, 1 << 16> stack;
-    const auto endless = [](void*) -> int {
-        sleepForGood(nullptr);
-        return 0;
-    };
+    const auto endless = [](void*) { return static_cast<int>(sleepForGood(nullptr) != nullptr); };
     return clone(endless, stack.data() + stack.size(),
                  CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_SIGHAND | CLONE_THREAD, nullptr) > 0;
-}
-
-bool looksAtAPath() {
-    struct stat status {};
-    return syscall(SYS_newfstatat, AT_FDCWD, "/etc/passwd", &status, AT_EMPTY_PATH) == 0;
-}
-
-bool takesMoreProcessorTime() {
-    const rlimit more{100'000, RLIM_INFINITY};
-    return setrlimit(RLIMIT_CPU, &more) == 0;
-}
-
-[[noreturn]] void runWithoutEnd() {
-    for (;;)
-        isWornOut();
 }
 
 void sendTwoDescriptors(int file) {
     Answer words = pictureOf(8, 8);
     iovec part{&words, sizeof words};
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(2 * sizeof(int))> control{};
+    const std::array<int, 2> files{file, file};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof files)> control{};
     msghdr message{};
     message.msg_iov = &part;
     message.msg_iovlen = 1;
     message.msg_control = control.data();
     message.msg_controllen = control.size();
     cmsghdr* header = CMSG_FIRSTHDR(&message);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(2 * sizeof(int));
-    const std::array<int, 2> files{file, file};
+    *header = {CMSG_LEN(sizeof files), SOL_SOCKET, SCM_RIGHTS};
     std::memcpy(CMSG_DATA(header), files.data(), sizeof files);
     if (sendmsg(kWorkerSocket, &message, MSG_NOSIGNAL) < 0)
         std::_Exit(1);
 }
 
-void flood() {
-    for (int i = 0; i < 100; ++i) {
-        const auto sent = ::send(kWorkerSocket, "nonsense", 8, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent < 0)
-            return;
-    }
-}
-
-void answerTooMuch() {
-    const std::array<char, 4096> bytes{};
-    if (!sendPacket(kWorkerSocket, bytes.data(), bytes.size(), -1))
-        std::_Exit(1);
-}
-
-struct Attempt {
-    std::string_view order;
-    bool (*isAllowed)(int file);
+struct Order {
+    std::string_view words;
+    void (*obey)(int file);
 };
-constexpr Attempt attempts[]{
-    {"open", [](int) { return open("/etc/passwd", O_RDONLY) >= 0; }},
+char program[] = "/bin/true";
+char* const arguments[] = {program, nullptr};
+constexpr Order orders[]{
+    // What it tries.
+    {"open", [](int) { tell(open("/etc/passwd", O_RDONLY) >= 0); }},
     {"create",
-     [](int) { return open("/tmp/photos-kit-taken-over", O_WRONLY | O_CREAT, 0600) >= 0; }},
-    {"write", [](int file) { return pwrite(file, "x", 1, 0) == 1 || reopensForWriting(file); }},
-    {"truncate", [](int file) { return ftruncate(file, 0) == 0; }},
-    {"connect", [](int) { return connects(); }},
-    {"exec", [](int) { return runsAProgram(); }},
-    {"fork", [](int) { return fork() >= 0; }},
-    {"kill", [](int) { return kill(getppid(), SIGKILL) == 0; }},
-    {"trace", [](int) { return ptrace(PTRACE_ATTACH, getppid(), nullptr, nullptr) == 0; }},
-    {"peek", [](int) { return readsTheHostsMemory(); }},
-    {"renew", [](int) { return takesMoreProcessorTime(); }},
-    {"look", [](int) { return looksAtAPath(); }},
-    {"eat", [](int) { return eatsWithoutEnd(MAP_PRIVATE); }},
-    {"eat shared", [](int) { return eatsWithoutEnd(MAP_SHARED); }},
-    {"memory of a descriptor", [](int) { return memfd_create("more", MFD_CLOEXEC) >= 0; }},
-    {"hoarded", [](int) { return stillHasTheHoard(); }},
-    {"descriptor", [](int file) { return fcntl(file, F_DUPFD, 0) >= 0; }},
-    {"threads", [](int) { return startsThreads(100) == 100; }},
-    {"clone", [](int) { return clonesAThread(); }},
-};
-
-struct Misdeed {
-    std::string_view order;
-    void (*commit)(int file);
-};
-constexpr Misdeed misdeeds[]{
-    {"spin", [](int) { runWithoutEnd(); }},
+     [](int) { tell(open("/tmp/photos-kit-taken-over", O_WRONLY | O_CREAT, 0600) >= 0); }},
+    {"write", [](int file) { tell(writes(file)); }},
+    {"truncate", [](int file) { tell(ftruncate(file, 0) == 0); }},
+    {"look", [](int) { tell(looksAtAPath()); }},
+    {"connect", [](int) { tell(connects()); }},
+    {"exec", [](int) { tell(execve(program, arguments, nullptr) == 0); }}, // or never tells
+    {"fork", [](int) { tell(fork() >= 0); }},
+    {"kill", [](int) { tell(kill(getppid(), SIGKILL) == 0); }},
+    {"trace", [](int) { tell(ptrace(PTRACE_ATTACH, getppid(), nullptr, nullptr) == 0); }},
+    {"peek", [](int) { tell(readsTheHostsMemory()); }},
+    {"renew", [](int) { tell(takesMoreProcessorTime()); }},
+    {"eat", [](int) { tell(eatsWithoutEnd(MAP_PRIVATE)); }},
+    {"eat shared", [](int) { tell(eatsWithoutEnd(MAP_SHARED)); }},
+    {"memory of a descriptor", [](int) { tell(memfd_create("more", MFD_CLOEXEC) >= 0); }},
+    {"hoarded", [](int) { tell(stillHasTheHoard()); }},
+    {"descriptor", [](int file) { tell(fcntl(file, F_DUPFD, 0) >= 0); }},
+    {"threads", [](int) { tell(startsAHundredThreads()); }},
+    {"clone", [](int) { tell(clonesAThread()); }},
+    // What it does and answers.
+    {"behave", [](int) { answerPicture(8, 8); }},
+    {"hoard",
+     [](int) { g_hoarded = roomFor(1000, 1000).release(), answer(pictureOf(1000, 1000)); }},
+    {"spin",
+     [](int) {
+         for (;;)
+             isWornOut();
+     }},
     {"die", [](int) { std::abort(); }},
-    {"flood", [](int) { flood(); }},
-    {"too much", [](int) { answerTooMuch(); }},
+    {"flood",
+     [](int) {
+         for (int i = 0; i < 100; ++i)
+             ::send(kWorkerSocket, "nonsense", 8, MSG_NOSIGNAL | MSG_DONTWAIT);
+     }},
+    {"too much", [](int) { say(std::array<char, 4096>{}.data(), 4096); }},
     {"no picture", [](int) { answer(pictureOf(8, 8)); }},
     {"short picture", [](int) { roomFor(8, 8), answer(pictureOf(800, 800)); }},
     {"huge picture", [](int) { answerPicture(65'500, 65'500); }},
@@ -231,28 +211,9 @@ constexpr Misdeed misdeeds[]{
     {"two pictures", [](int) { roomFor(8, 8), answerPicture(8, 8); }},
     {"descriptor for a picture", [](int file) { roomFor(8, 8), answer(pictureOf(8, 8), file); }},
     {"two descriptors", sendTwoDescriptors},
-    {"hoard", [](int) { hoard(); }},
-    {"unknown outcome",
-     [](int) {
-         answer(Answer{kAnswerMark, static_cast<Outcome>(99), 1, 1});
-     }},
-    {"wrong mark",
-     [](int) {
-         answer(Answer{kRequestMark, Outcome::done, 1, 1});
-     }},
-    {"behave", [](int) { answerPicture(8, 8); }},
+    {"unknown outcome", [](int) { answer(kAnswerMark, static_cast<Outcome>(99)); }},
+    {"wrong mark", [](int) { answer(kRequestMark, Outcome::done); }},
 };
-
-void obey(std::string_view order, int file) {
-    for (const Attempt& attempt : attempts) {
-        if (attempt.order == order)
-            return tell(attempt.isAllowed(file));
-    }
-    for (const Misdeed& misdeed : misdeeds) {
-        if (misdeed.order == order)
-            return misdeed.commit(file);
-    }
-}
 
 } // namespace
 
@@ -267,6 +228,10 @@ int main() {
             return 0;
         std::array<char, 64> text{};
         const ssize_t length = pread(file.get(), text.data(), text.size(), 0);
-        obey({text.data(), static_cast<std::size_t>(std::max(length, ssize_t{0}))}, file.get());
+        const std::string_view words(text.data(),
+                                     length > 0 ? static_cast<std::size_t>(length) : 0);
+        for (const Order& order : orders)
+            if (order.words == words)
+                order.obey(file.get());
     }
 }
