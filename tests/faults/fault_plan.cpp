@@ -3,43 +3,13 @@
 #include "tests/faults/power_cut.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
-#include <utility>
 
 namespace faults {
 
 namespace {
-
-struct Trait {
-    const char* name;
-    unsigned befalls; // operations that do one of these
-    int error;
-    bool lasts; // every later one fails as well
-};
-constexpr unsigned any = ~0U;
-constexpr std::array<Trait, allKinds.size() + 1> traits{{
-    {"none", any, 0, false},
-    {"io-once", any, EIO, false},
-    {"io-on", any, EIO, true},
-    {"space-once", needsSpace, ENOSPC, false},
-    {"space-on", needsSpace, ENOSPC, true},
-    {"short-write", writesBytes, ENOSPC, true},
-    {"denied-once", namesPath, EACCES, false},
-    {"denied-on", namesPath, EACCES, true},
-    {"lock-on", locks, ENOLCK, true},
-    {"retry", any, EIO, false},
-    {"kill-kept", changes, 0, false},
-    {"kill-dropped", changes, 0, false},
-    {"kill-torn", changes, 0, false},
-    {"kill-beside", changes, 0, false},
-}};
-
-const Trait& traitOf(Kind kind) {
-    return traits[static_cast<std::size_t>(kind)];
-}
 
 struct State {
     std::recursive_mutex mutex;
@@ -48,7 +18,6 @@ struct State {
     Trace* trace = nullptr;
     pid_t owner = 0;
     bool faulty = false;
-    bool halveNext = false;
 };
 
 State& state() {
@@ -57,34 +26,24 @@ State& state() {
 }
 
 // 0, or the errno to fail with.
-int errorAt(State& now, const char* function, const std::string& path, unsigned does) {
-    const Kind kind = now.plan.kind;
-    const Trait& trait = traitOf(kind);
-    if ((does & trait.befalls) == 0) // a disk that is full is full for all
-        return kind == Kind::shortWrite && now.trace->fired && (does & needsSpace) ? ENOSPC : 0;
-    const std::uint64_t number = ++now.trace->counted;
-    if (kind == Kind::none || number < now.plan.point)
+int errorAt(State& now, const Operation& operation, const std::string& path) {
+    const Kind& kind = *now.plan.kind;
+    Trace& trace = *now.trace;
+    if (trace.fired) {
+        const unsigned befalls = kind.later == ENOSPC ? needsSpace : kind.befalls; // full for all
+        return (operation.does & befalls) != 0 ? kind.later : 0;
+    }
+    if ((operation.does & kind.befalls) == 0 || ++trace.counted != now.plan.point)
         return 0;
-    if (number > now.plan.point)
-        return trait.lasts ? trait.error : 0;
-    now.trace->fired = true;
-    std::snprintf(now.trace->operation, sizeof now.trace->operation, "%s %s", function,
+    trace.fired = true;
+    std::snprintf(trace.operation, sizeof trace.operation, "%s %s", operation.name,
                   path.substr(std::min(path.size(), now.folder.size())).c_str());
-    if (kills(kind))
+    if (kind.kills())
         endByPlan();
-    now.halveNext = kind == Kind::shortWrite;
-    return now.halveNext ? 0 : trait.error;
+    return kind.error;
 }
 
 } // namespace
-
-std::string nameOf(Kind kind) {
-    return traitOf(kind).name;
-}
-
-bool kills(Kind kind) {
-    return kind >= Kind::killKept;
-}
 
 std::recursive_mutex& oneAtATime() {
     return state().mutex;
@@ -108,12 +67,10 @@ void disarm() {
 void endByPlan() {
     State& now = state();
     now.mutex.lock(); // for ever: no other thread changes a file any more
-    now.faulty = false;
-    now.owner = 0; // what is put back is not watched
-    if (now.plan.kind == Kind::killDropped || now.plan.kind == Kind::retry)
-        powerCut().drop();
-    if (now.plan.kind == Kind::killTorn)
-        powerCut().tear(now.plan.seed);
+    now.owner = 0;    // what is put back is not watched
+    const Loss loss = now.plan.kind->loss;
+    if (loss != Loss::none)
+        powerCut().fail(loss == Loss::someUnsynced, now.plan.seed);
     kill(getpid(), SIGKILL);
     for (;;)
         pause();
@@ -128,19 +85,13 @@ bool watches(std::string_view path) {
     return path.size() == now.folder.size() || path[now.folder.size()] == '/';
 }
 
-bool fails(const char* function, const std::string& path, unsigned does) {
+bool fails(const Operation& operation, const std::string& path) {
     State& now = state();
     const std::scoped_lock lock(now.mutex);
-    const int error = now.faulty && watches(path) ? errorAt(now, function, path, does) : 0;
+    const int error = now.faulty && watches(path) ? errorAt(now, operation, path) : 0;
     if (error != 0)
         errno = error;
     return error != 0;
-}
-
-std::size_t lengthToWrite(std::size_t size) {
-    State& now = state();
-    const std::scoped_lock lock(now.mutex);
-    return std::exchange(now.halveNext, false) && size >= 2 ? size / 2 : size;
 }
 
 } // namespace faults

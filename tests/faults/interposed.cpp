@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
 #include <dlfcn.h>
@@ -36,117 +35,78 @@ std::string meant(int folder, const char* path) {
     return text == "." ? place : place + "/" + text;
 }
 
-bool failsOn(const char* function, int file, unsigned does) {
-    return fails(function, raw::pathOf(file), does);
+// The system's answer, or -1 where the operation is to fail.
+long attempt(const Operation& operation, const std::string& path, auto... arguments) {
+    return fails(operation, path) ? -1 : raw::call(operation.call, arguments...);
+}
+long attempt(const Operation& operation, int file, auto... arguments) {
+    return attempt(operation, raw::pathOf(file), file, arguments...);
 }
 
-bool isWatched(int file) {
-    return watches(raw::pathOf(file));
+long changeName(const Operation& operation, NameChange change, auto... arguments) {
+    const std::scoped_lock lock(oneAtATime());
+    if (fails(operation, change.path))
+        return -1;
+    const bool isNoted = watches(change.path) || watches(change.from);
+    if (isNoted)
+        powerCut().willChange(change);
+    const long done = raw::call(operation.call, arguments...);
+    if (done >= 0 && isNoted)
+        powerCut().changed(change);
+    return done;
 }
 
-int openFile(int folder, const char* name, int flags, mode_t mode) {
+long openFile(int folder, const char* name, int flags, mode_t mode) {
     const std::scoped_lock lock(oneAtATime());
     const std::string path = meant(folder, name);
-    const bool creates = (flags & O_CREAT) != 0 && raw::inodeOf(path) == 0;
-    if (fails("open", path, namesPath | (creates ? needsSpace | changes : reads)))
-        return -1;
-    const int file = static_cast<int>(raw::call(SYS_openat, folder, name, flags, mode));
-    if (file < 0 || !watches(path))
-        return file;
-    if (creates)
-        powerCut().made(path);
-    else if ((flags & O_TRUNC) != 0)
+    if ((flags & O_CREAT) != 0 && raw::status(path).st_ino == 0)
+        return changeName({"open", makesName, SYS_openat}, {.path = path}, folder, name, flags,
+                          mode);
+    if ((flags & O_TRUNC) != 0 && watches(path))
         std::abort(); // nothing in the library does this, and its noting is not written
-    return file;
+    return attempt({"open", namesPath, SYS_openat}, path, folder, name, flags, mode);
 }
 
-int makeFolder(int folder, const char* name, mode_t mode) {
+long writeAt(const Operation& operation, int file, const void* bytes, std::size_t size,
+             off_t offset) {
     const std::scoped_lock lock(oneAtATime());
-    const std::string path = meant(folder, name);
-    if (fails("mkdir", path, namesPath | needsSpace | changes))
-        return -1;
-    const int done = static_cast<int>(raw::call(SYS_mkdirat, folder, name, mode));
-    if (done == 0 && watches(path))
-        powerCut().made(path);
-    return done;
-}
-
-int removeName(int folder, const char* name, int flags) {
-    const std::scoped_lock lock(oneAtATime());
-    const std::string path = meant(folder, name);
-    if (fails("unlink", path, namesPath | changes))
-        return -1;
-    const bool isFolder = (flags & AT_REMOVEDIR) != 0;
-    const bool isNoted = watches(path);
-    const std::string aside = isNoted && !isFolder ? powerCut().keepAside(path) : "";
-    const int done = static_cast<int>(raw::call(SYS_unlinkat, folder, name, flags));
-    if (done == 0 && isNoted)
-        powerCut().removed(path, aside, isFolder);
-    return done;
-}
-
-int renameName(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) {
-    const std::scoped_lock lock(oneAtATime());
-    const std::string source = meant(fromFolder, from);
-    const std::string target = meant(toFolder, to);
-    if (fails("rename", target, namesPath | needsSpace | changes))
-        return -1;
-    const bool isNoted = watches(source) || watches(target);
-    const std::string aside = isNoted ? powerCut().keepAside(target) : "";
-    const int done =
-        static_cast<int>(raw::call(SYS_renameat2, fromFolder, from, toFolder, to, flags));
-    if (done == 0 && isNoted)
-        powerCut().renamed(source, target, aside);
-    return done;
-}
-
-int linkName(int fromFolder, const char* from, int toFolder, const char* to, int flags) {
-    const std::scoped_lock lock(oneAtATime());
-    const std::string target = meant(toFolder, to);
-    if (fails("link", target, namesPath | needsSpace | changes))
-        return -1;
-    const int done = static_cast<int>(raw::call(SYS_linkat, fromFolder, from, toFolder, to, flags));
-    if (done == 0 && watches(target))
-        powerCut().made(target);
-    return done;
-}
-
-int readStatus(int folder, const char* name, void* found, int flags) {
-    const bool ofOpenFile = *name == '\0' && (flags & AT_EMPTY_PATH) != 0;
-    if (ofOpenFile ? failsOn("stat", folder, reads) : fails("stat", meant(folder, name), namesPath))
-        return -1;
-    return static_cast<int>(raw::call(SYS_newfstatat, folder, name, found, flags));
-}
-
-ssize_t writeAt(int file, const void* bytes, std::size_t size, off_t offset, bool moves) {
-    const std::scoped_lock lock(oneAtATime());
-    if (isWatched(file)) {
-        if (failsOn("write", file, needsSpace | writesBytes | changes))
+    const std::string path = raw::pathOf(file);
+    if (fails(operation, path)) {
+        if (errno != halved)
             return -1;
-        size = lengthToWrite(size);
-        powerCut().willWrite(file, offset, size);
+        size -= size / 2;
     }
-    return moves ? raw::call(SYS_write, file, bytes, size)
-                 : raw::call(SYS_pwrite64, file, bytes, size, offset);
+    if (watches(path))
+        powerCut().willWrite(file, offset, offset + static_cast<off_t>(size));
+    return raw::call(operation.call, file, bytes, size, offset);
+}
+
+long setLength(int file, off_t size) {
+    const std::scoped_lock lock(oneAtATime());
+    const std::string path = raw::pathOf(file);
+    if (fails({"ftruncate", needsSpace | changes, SYS_ftruncate}, path))
+        return -1;
+    if (watches(path))
+        powerCut().willWrite(file, size, raw::status(file).st_size);
+    return raw::call(SYS_ftruncate, file, size);
 }
 
 // The file system below is memory, or is left alone: what counts is noted.
-int sync(long number, int file) {
+long sync(int file) {
     const std::scoped_lock lock(oneAtATime());
-    if (!isWatched(file))
-        return static_cast<int>(raw::call(number, file));
-    const bool failed = failsOn("sync", file, needsSpace | changes);
-    failed ? powerCut().syncFailed(file) : powerCut().synced(file);
+    const std::string path = raw::pathOf(file);
+    if (!watches(path))
+        return raw::call(SYS_fsync, file);
+    const bool failed = fails({"sync", needsSpace | changes, SYS_fsync}, path);
+    powerCut().synced(file, !failed);
     return failed ? -1 : 0;
 }
 
-int setLength(int file, off_t size) {
-    const std::scoped_lock lock(oneAtATime());
-    if (failsOn("ftruncate", file, needsSpace | changes))
-        return -1;
-    if (isWatched(file))
-        powerCut().willTruncate(file, size);
-    return static_cast<int>(raw::call(SYS_ftruncate, file, size));
+// A file is closed whatever is reported.
+long closeFile(int file) {
+    const std::string path = raw::pathOf(file);
+    const long done = raw::call(SYS_close, file);
+    return fails({"close", reads, SYS_close}, path) ? -1 : done;
 }
 
 } // namespace
@@ -155,123 +115,112 @@ int setLength(int file, off_t size) {
 
 using namespace faults;
 
-#define SAME(other, function) asm(".globl " #other "\n.set " #other ", " #function)
-#define MODE(name)                                                                                 \
-    std::va_list more;                                                                             \
-    va_start(more, flags);                                                                         \
-    const mode_t name = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;                         \
-    va_end(more)
-#define ARGUMENT(name, last)                                                                       \
+// A function of libc, and what it is handed on to: a system call with what it does, or a function
+// above.
+#define FUNCTION(Result, signature, ...)                                                           \
+    Result signature {                                                                             \
+        return static_cast<Result>(__VA_ARGS__);                                                   \
+    }
+// The last argument of a function that may be called without it; the system looks at it only
+// where it must be there.
+#define ARGUMENT(Type, name, last)                                                                 \
     std::va_list more;                                                                             \
     va_start(more, last);                                                                          \
-    void* const name = va_arg(more, void*);                                                        \
+    const auto name = va_arg(more, Type);                                                          \
     va_end(more)
-
-// A function that hands its call on.
-#define FORWARD(Result, name, parameters, call)                                                    \
-    Result name parameters noexcept {                                                              \
-        return call;                                                                               \
-    }
+#define SAME(other, function) asm(".globl " #other "\n.set " #other ", " #function)
 
 extern "C" {
 
 int open(const char* path, int flags, ...) {
-    MODE(mode);
-    return openFile(AT_FDCWD, path, flags, mode);
+    ARGUMENT(mode_t, mode, flags);
+    return static_cast<int>(openFile(AT_FDCWD, path, flags, mode));
 }
 int openat(int folder, const char* path, int flags, ...) {
-    MODE(mode);
-    return openFile(folder, path, flags, mode);
+    ARGUMENT(mode_t, mode, flags);
+    return static_cast<int>(openFile(folder, path, flags, mode));
 }
-FORWARD(int, mkdir, (const char* path, mode_t mode), makeFolder(AT_FDCWD, path, mode))
-FORWARD(int, mkdirat, (int folder, const char* path, mode_t mode), makeFolder(folder, path, mode))
-FORWARD(int, unlink, (const char* path), removeName(AT_FDCWD, path, 0))
-FORWARD(int, unlinkat, (int folder, const char* path, int flags), removeName(folder, path, flags))
-FORWARD(int, rmdir, (const char* path), removeName(AT_FDCWD, path, AT_REMOVEDIR))
-FORWARD(int, rename, (const char* from, const char* to),
-        renameName(AT_FDCWD, from, AT_FDCWD, to, 0))
-FORWARD(int, renameat, (int fromFolder, const char* from, int toFolder, const char* to),
-        renameName(fromFolder, from, toFolder, to, 0))
-FORWARD(int, renameat2,
-        (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags),
-        renameName(fromFolder, from, toFolder, to, flags))
-FORWARD(int, link, (const char* from, const char* to), linkName(AT_FDCWD, from, AT_FDCWD, to, 0))
-FORWARD(int, linkat, (int fromFolder, const char* from, int toFolder, const char* to, int flags),
-        linkName(fromFolder, from, toFolder, to, flags))
-FORWARD(int, stat, (const char* path, struct stat* found), readStatus(AT_FDCWD, path, found, 0))
-FORWARD(int, lstat, (const char* path, struct stat* found),
-        readStatus(AT_FDCWD, path, found, AT_SYMLINK_NOFOLLOW))
-FORWARD(int, fstatat, (int folder, const char* path, struct stat* found, int flags),
-        readStatus(folder, path, found, flags))
-FORWARD(int, fstat, (int file, struct stat* found), readStatus(file, "", found, AT_EMPTY_PATH))
-FORWARD(int, faccessat, (int folder, const char* path, int mode, int),
-        fails("access", meant(folder, path), namesPath)
-            ? -1
-            : static_cast<int>(raw::call(SYS_faccessat, folder, path, mode)))
-FORWARD(int, access, (const char* path, int mode), faccessat(AT_FDCWD, path, mode, 0))
-FORWARD(int, ftruncate, (int file, off_t size), setLength(file, size))
-FORWARD(int, flock, (int file, int command),
-        (command & LOCK_UN) == 0 && failsOn("flock", file, locks)
-            ? -1
-            : static_cast<int>(raw::call(SYS_flock, file, command)))
-
-ssize_t read(int file, void* bytes, std::size_t size) {
-    return failsOn("read", file, reads) ? -1 : raw::call(SYS_read, file, bytes, size);
-}
-ssize_t pread(int file, void* bytes, std::size_t size, off_t offset) {
-    return failsOn("read", file, reads) ? -1 : raw::call(SYS_pread64, file, bytes, size, offset);
-}
-ssize_t write(int file, const void* bytes, std::size_t size) {
-    return writeAt(file, bytes, size, raw::call(SYS_lseek, file, 0, SEEK_CUR), true);
-}
-ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t offset) {
-    return writeAt(file, bytes, size, offset, false);
-}
-int fsync(int file) {
-    return sync(SYS_fsync, file);
-}
-int fdatasync(int file) {
-    return sync(SYS_fdatasync, file);
-}
-int fcntl(int file, int command, ...) {
-    ARGUMENT(argument, command);
-    const bool locking = command == F_SETLK || command == F_SETLKW;
-    // A lock can always be given back.
-    const bool unlocking = locking && static_cast<const struct flock*>(argument)->l_type == F_UNLCK;
-    if (!unlocking && failsOn("fcntl", file, locking ? locks : reads))
-        return -1;
-    return static_cast<int>(raw::call(SYS_fcntl, file, command, argument));
-}
-int ioctl(int file, unsigned long request, ...) noexcept {
-    ARGUMENT(argument, request);
-    if (request == FICLONE && isWatched(file)) {
-        errno = EOPNOTSUPP; // so that a copy goes through write, wherever the sweep is run
-        return -1;
-    }
-    return static_cast<int>(raw::call(SYS_ioctl, file, request, argument));
-}
+FUNCTION(int, mkdirat(int folder, const char* path, mode_t mode) noexcept,
+         changeName({"mkdir", makesName, SYS_mkdirat}, {meant(folder, path)}, folder, path, mode))
+FUNCTION(int, mkdir(const char* path, mode_t mode) noexcept, mkdirat(AT_FDCWD, path, mode))
+FUNCTION(int, unlinkat(int folder, const char* path, int flags) noexcept,
+         changeName({"unlink", namesPath | changes, SYS_unlinkat}, {meant(folder, path)}, folder,
+                    path, flags))
+FUNCTION(int, unlink(const char* path) noexcept, unlinkat(AT_FDCWD, path, 0))
+FUNCTION(int, rmdir(const char* path) noexcept, unlinkat(AT_FDCWD, path, AT_REMOVEDIR))
+FUNCTION(int,
+         renameat2(int folder, const char* from, int other, const char* to,
+                   unsigned flags) noexcept,
+         changeName({"rename", makesName, SYS_renameat2}, {meant(other, to), meant(folder, from)},
+                    folder, from, other, to, flags))
+FUNCTION(int, renameat(int folder, const char* from, int other, const char* to) noexcept,
+         renameat2(folder, from, other, to, 0))
+FUNCTION(int, rename(const char* from, const char* to) noexcept,
+         renameat2(AT_FDCWD, from, AT_FDCWD, to, 0))
+FUNCTION(int, linkat(int folder, const char* from, int other, const char* to, int flags) noexcept,
+         changeName({"link", makesName, SYS_linkat}, {meant(other, to)}, folder, from, other, to,
+                    flags))
+FUNCTION(int, link(const char* from, const char* to) noexcept,
+         linkat(AT_FDCWD, from, AT_FDCWD, to, 0))
+FUNCTION(int, fstatat(int folder, const char* path, struct stat* found, int flags) noexcept,
+         attempt({"stat", namesPath, SYS_newfstatat}, meant(folder, path), folder, path, found,
+                 flags))
+FUNCTION(int, stat(const char* path, struct stat* found) noexcept,
+         fstatat(AT_FDCWD, path, found, 0))
+FUNCTION(int, lstat(const char* path, struct stat* found) noexcept,
+         fstatat(AT_FDCWD, path, found, AT_SYMLINK_NOFOLLOW))
+FUNCTION(int, fstat(int file, struct stat* found) noexcept,
+         attempt({"stat", reads, SYS_newfstatat}, file, "", found, AT_EMPTY_PATH))
+FUNCTION(int, faccessat(int folder, const char* path, int mode, int) noexcept,
+         attempt({"access", namesPath, SYS_faccessat}, meant(folder, path), folder, path, mode))
+FUNCTION(int, access(const char* path, int mode) noexcept, faccessat(AT_FDCWD, path, mode, 0))
+FUNCTION(ssize_t, read(int file, void* bytes, std::size_t size),
+         attempt({"read", reads, SYS_read}, file, bytes, size))
+FUNCTION(ssize_t, pread(int file, void* bytes, std::size_t size, off_t offset),
+         attempt({"read", reads, SYS_pread64}, file, bytes, size, offset))
+FUNCTION(ssize_t, write(int file, const void* bytes, std::size_t size),
+         writeAt({"write", needsSpace | writesBytes | changes, SYS_write}, file, bytes, size,
+                 raw::call(SYS_lseek, file, 0, SEEK_CUR)))
+FUNCTION(ssize_t, pwrite(int file, const void* bytes, std::size_t size, off_t offset),
+         writeAt({"write", needsSpace | writesBytes | changes, SYS_pwrite64}, file, bytes, size,
+                 offset))
+FUNCTION(int, ftruncate(int file, off_t size) noexcept, setLength(file, size))
+FUNCTION(int, fsync(int file), sync(file))
+FUNCTION(int, close(int file), closeFile(file))
+FUNCTION(int, flock(int file, int command) noexcept,
+         (command & LOCK_UN) != 0 ? raw::call(SYS_flock, file, command)
+                                  : attempt({"flock", locks, SYS_flock}, file, command))
 void* mmap(void* where, std::size_t length, int protection, int flags, int file,
            off_t offset) noexcept {
-    if (file >= 0 && failsOn("mmap", file, reads))
+    if (file >= 0 && fails({"mmap", reads, SYS_mmap}, raw::pathOf(file)))
         return MAP_FAILED;
     // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the system answers
     return reinterpret_cast<void*>(
         raw::call(SYS_mmap, where, length, protection, flags, file, offset));
 }
-// A file is closed whatever is reported.
-int close(int file) {
-    const bool failed = failsOn("close", file, reads);
-    const int error = errno;
-    const int done = static_cast<int>(raw::call(SYS_close, file));
-    if (failed)
-        errno = error;
-    return failed ? -1 : done;
+int fcntl(int file, int command, ...) {
+    ARGUMENT(void*, argument, command);
+    const bool isLock = command == F_SETLK || command == F_SETLKW;
+    if (isLock && static_cast<const struct flock*>(argument)->l_type == F_UNLCK)
+        return static_cast<int>(raw::call(SYS_fcntl, file, command, argument)); // never refused
+    return static_cast<int>(
+        attempt({"fcntl", isLock ? locks : reads, SYS_fcntl}, file, command, argument));
+}
+int ioctl(int file, unsigned long request, ...) noexcept {
+    ARGUMENT(void*, argument, request);
+    if (request == FICLONE && watches(raw::pathOf(file))) {
+        errno = EOPNOTSUPP; // so that a copy goes through write, wherever the sweep is run
+        return -1;
+    }
+    return static_cast<int>(raw::call(SYS_ioctl, file, request, argument));
 }
 dirent* readdir(DIR* folder) {
     static auto* const next = reinterpret_cast<dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, "readdir"));
-    return failsOn("readdir", dirfd(folder), reads) ? nullptr : next(folder);
+    return fails({"readdir", reads, SYS_getdents64}, raw::pathOf(dirfd(folder))) ? nullptr
+                                                                                 : next(folder);
 }
 
+SAME(fdatasync, fsync);
 SAME(open64, open);
 SAME(stat64, stat);
 SAME(lstat64, lstat);

@@ -4,93 +4,74 @@
 #include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/library/library.h"
 #include "platform/local/maintenance/verification.h"
+#include "tests/faults/prepared_libraries.h"
 
 #include <algorithm>
-#include <array>
 #include <regex>
-#include <sstream>
-#include <string_view>
 
 namespace faults {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-using local::Statement;
-
-// Every line begins with what it is about, so that the order is that of the queries.
-constexpr std::array descriptionQueries{
-    "SELECT 'library access=' || access || ' confirm=' || confirm_deletions FROM library",
-    "SELECT 'asset ' || hex(uuid) || ' ' || filename || ' created=' || a.created || ' ' || media "
-    "|| ' ' || width || 'x' || height || ' hidden=' || hidden || ' trashed=' || "
-    "(trashed_at IS NOT NULL) || ' favorite=' || (f.asset IS NOT NULL) || ' ' || content_type || "
-    "' hash=' || hex(hash) || ' size=' || size || ' edited=' || edited || ' traits=' || traits "
-    "FROM asset AS a LEFT JOIN favorite AS f ON f.asset = a.n ORDER BY a.created, filename, uuid",
-    "SELECT 'edit ' || hex(a.uuid) || ' hash=' || hex(e.hash) || ' size=' || e.size || "
-    "' original=' || original_width || 'x' || original_height || ' ' || format_identifier || ' ' "
-    "|| format_version || ' ' || hex(data) FROM edit AS e JOIN asset AS a ON a.n = e.asset "
-    "ORDER BY a.uuid",
+// The first column says what a line is about, so that the order is that of the queries.
+// Identifiers are in capital letters, as hosts write them, and hashes are not.
+constexpr const char* descriptionQueries[] = {
+    "SELECT 'library', access, confirm_deletions FROM library",
+    "SELECT 'asset', hex(uuid), filename, a.created, media, width, height, hidden, "
+    "trashed_at IS NOT NULL, f.asset IS NOT NULL AS favorite, content_type, lower(hex(hash)), "
+    "size, edited, traits FROM asset AS a LEFT JOIN favorite AS f ON f.asset = a.n "
+    "ORDER BY a.created, filename, uuid",
+    "SELECT 'edit', hex(uuid), lower(hex(e.hash)), e.size, original_width, original_height, "
+    "format_identifier, format_version, lower(hex(data)) FROM edit AS e JOIN asset AS a "
+    "ON a.n = e.asset ORDER BY uuid",
     "WITH RECURSIVE tree (n, path) AS (SELECT n, '/' || title FROM collection WHERE parent IS NULL "
     "UNION ALL SELECT c.n, tree.path || '/' || c.title FROM tree JOIN collection AS c "
-    "ON c.parent = tree.n) SELECT 'collection ' || path || ' ' || hex(uuid) || ' kind=' || kind "
-    "|| ' place=' || (SELECT count(*) FROM collection AS other WHERE other.parent IS c.parent "
-    "AND other.position < c.position) FROM tree JOIN collection AS c USING (n) ORDER BY path",
-    "SELECT 'member ' || title || ' ' || (SELECT count(*) FROM album_member AS o WHERE "
-    "o.album = m.album AND o.position < m.position) || ' ' || hex(a.uuid) FROM album_member AS m "
-    "JOIN collection AS c ON c.n = m.album JOIN asset AS a ON a.n = m.asset "
-    "ORDER BY c.title, c.n, m.position",
-    "SELECT 'chosen ' || hex(a.uuid) FROM limited_choice AS l JOIN asset AS a ON a.n = l.asset "
-    "ORDER BY a.uuid"};
+    "ON c.parent = tree.n) SELECT 'collection', path, hex(uuid), kind, (SELECT count(*) "
+    "FROM collection AS o WHERE o.parent IS c.parent AND o.position < c.position) AS place "
+    "FROM tree JOIN collection AS c USING (n) ORDER BY path",
+    "SELECT 'member', title, (SELECT count(*) FROM album_member AS o WHERE o.album = m.album AND "
+    "o.position < m.position) AS place, hex(a.uuid) FROM album_member AS m JOIN collection AS c "
+    "ON c.n = m.album JOIN asset AS a ON a.n = m.asset ORDER BY title, c.n, m.position",
+    "SELECT 'chosen', hex(uuid) FROM limited_choice AS l JOIN asset AS a ON a.n = l.asset "
+    "ORDER BY uuid"};
 
-// Puts identifiers as hosts write them.
-std::string readable(std::string_view line) {
-    std::string text(line);
-    std::istringstream words{std::string(line)};
-    for (std::string word; words >> word;) {
-        const bool isUuid =
-            word.size() == 32 && word.find_first_not_of("0123456789ABCDEF") == std::string::npos;
-        if (!isUuid)
-            continue;
-        const std::size_t at = text.find(word);
-        for (const std::size_t dash : {20, 16, 12, 8})
-            text.insert(at + dash, "-");
-    }
-    return text;
-}
-
-// Beside what verification looks at: the places where files are on their way in.
-bool isEmptied(const fs::path& folder) {
-    return std::all_of(fs::directory_iterator(folder), fs::directory_iterator(),
-                       [](const auto& entry) { return entry.path().filename() == ".photos-kit"; });
+int appendRow(void* description, int count, char** values, char** names) {
+    std::string& text = *static_cast<std::string*>(description);
+    text += values[0];
+    for (int i = 1; i < count; ++i)
+        text.append(" ").append(names[i]).append("=").append(values[i] ? values[i] : "NULL");
+    text += "\n";
+    return SQLITE_OK;
 }
 
 } // namespace
 
 std::string describeLibrary() {
     const local::ConnectionLease connection = local::Library::open()->connection();
-    std::string description;
+    std::string rows;
     for (const char* query : descriptionQueries) {
-        Statement rows = connection->statement(query);
-        while (rows.step())
-            description.append(readable(rows.text(0))).append("\n");
+        char* error = nullptr;
+        if (sqlite3_exec(connection->handle(), query, appendRow, &rows, &error) != SQLITE_OK)
+            throw local::LibraryError(local::sqliteErrorDomain, SQLITE_ERROR, error);
     }
+    static const std::regex plain(
+        "([0-9A-F]{8})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{12})");
+    std::string description = std::regex_replace(rows, plain, "$1-$2-$3-$4-$5");
     // The listing comes from markers that this process keeps beside the catalogue.
     platform::PHFetchOptions newestFirst;
     newestFirst.sortDescriptors.push_back({"creationDate", false});
     const auto listed = platform::fetchAssetsWithOptions(newestFirst);
     for (std::size_t i = 0; i < listed.count(); ++i) {
         const auto asset = listed.objectAtIndex(i);
-        description.append("listed ").append(asset ? asset->localIdentifier : "nothing");
-        description.append("\n");
+        description += "listed " + (asset ? asset->localIdentifier : "nothing") + "\n";
     }
     return description;
 }
 
-std::string describeBackup(const fs::path& backup) {
-    if (!fs::exists(backup))
+std::string describeBackup() {
+    if (!fs::exists(backup()))
         return "";
-    const local::Verification verification = local::verifyLibrary(backup.string(), {});
+    const local::Verification verification = local::verifyLibrary(backup().string(), {});
     std::string description = "backup of " + std::to_string(verification.files) + " files\n";
     for (const local::Finding& finding : verification.findings) {
         if (finding.kind != local::Finding::Kind::unnamed) // on its way into the next one
@@ -111,15 +92,13 @@ std::set<std::string> identifiersIn(const std::string& description) {
 
 std::string withoutNewIdentifiers(std::string text, const std::set<std::string>& known) {
     for (const std::string& identifier : identifiersIn(text)) {
-        if (known.contains(identifier))
-            continue;
-        for (std::size_t at = 0; (at = text.find(identifier, at)) != std::string::npos;)
-            text.replace(at, identifier.size(), "NEW");
+        if (!known.contains(identifier))
+            text = std::regex_replace(text, std::regex(identifier), "NEW");
     }
     return text;
 }
 
-std::vector<std::string> faultsOfLibrary(const fs::path& library, bool strangers) {
+std::vector<std::string> faultsOfLibrary(bool strangers) {
     std::vector<std::string> found;
     const local::ConnectionLease connection = local::Library::open()->connection();
     for (const local::CatalogueRule& rule : local::catalogueRules()) {
@@ -128,11 +107,14 @@ std::vector<std::string> faultsOfLibrary(const fs::path& library, bool strangers
     }
     if (!strangers)
         return found;
-    if (!isEmptied(library / "incoming"))
-        found.emplace_back("left behind among what is on its way in");
+    // Beside what verification looks at: the places where files are on their way in.
+    for (const auto& entry : fs::directory_iterator(library() / "incoming")) {
+        if (entry.path().filename() != ".photos-kit")
+            found.emplace_back("left behind among what is on its way in");
+    }
     if (connection->integer("SELECT count(*) FROM discarded_file") != 0)
         found.emplace_back("discarded files are not forgotten");
-    const local::Verification verification = local::verifyLibrary(library.string(), {});
+    const local::Verification verification = local::verifyLibrary(library().string(), {});
     for (const local::Finding& finding : verification.findings)
         found.push_back(finding.sentence);
     if (verification.leftOver != 0 || !verification.complete)

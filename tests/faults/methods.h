@@ -1,33 +1,28 @@
 // The changing methods and commands, each on a library prepared for it.
 #pragma once
 
-#include <filesystem>
+#include "tests/faults/prepared_libraries.h"
+
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
 namespace faults {
 
-// Where a run takes place: HOME, with the library inside it.
-struct Place {
-    std::filesystem::path home;
+inline constexpr const char* done = "done"; // what a command answers
 
-    std::filesystem::path pictures() const { return home / "Pictures"; } // what is watched
-    std::filesystem::path library() const { return pictures() / "Lumatrice Library"; }
-    std::filesystem::path backup() const { return pictures() / "Backup"; }
-};
+// The library's states, in the order in which a method that consists of several transactions
+// brings them about. Most have one: old, then new.
+struct Method {
+    std::string name;
+    // The method, as a host or the tool calls it, and its answer.
+    std::function<std::string()> run;
+    std::string wanted{}; // the answer of a success; empty: identifiers of what was made
+    // Bring about the states between the old and the new one, each from the old one.
+    std::vector<std::function<void()>> between{};
+    // Makes the library at HOME; runs in a process of its own.
+    std::function<void()> prepare = prepareUsual;
 
-// Identifiers of what a prepared library holds, by the names used here.
-using Names = std::map<std::string, std::string>;
-
-struct Report {
-    bool success = false;
-    std::string identifier; // of what was made, when the method answers one
-};
-
-// What a method's run is about, beyond what it does.
-struct Terms {
     bool opensFirst = true;      // the library is opened, untouched, before faults begin
     bool partialSuccess = false; // success may leave a part undone, as the contract has it
     bool refused = false;        // the library must not open, and nothing in it may change
@@ -37,27 +32,16 @@ struct Terms {
     // A library has 256 shelves for originals from the start; runs are shorter without the empty
     // ones, as in a library whose owner has tidied up.
     bool emptyShelves = false;
+
+    bool makes() const { return wanted.empty(); }
+    bool isSuccess(const std::string& answer) const {
+        return makes() ? answer.find("(null)") == std::string::npos : answer == wanted;
+    }
 };
 
-// The library's states, in the order in which a method that consists of several transactions
-// brings them about. Most have one: old, then new.
-struct Method {
-    std::string name;
-    // Makes the library at HOME; runs in a process of its own. Answers the names in it.
-    std::function<Names()> prepare;
-    // The method, as a host or the tool calls it.
-    std::function<Report(const Names&)> run;
-    // Brings about the states between the old and the new one, each from the old one.
-    std::vector<std::function<void(const Names&)>> between;
-    Terms terms;
-};
-
-const std::vector<Method>& allMethods();
+std::vector<Method> allMethods();
 
 // The next opening of a library, whatever was done to it.
-Report openLibrary(const Names&);
-
-// Makes the pictures that methods import, in HOME.
-void writePictures(const Place& place);
+std::string openLibrary();
 
 } // namespace faults

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <random>
+#include <utility>
 
 namespace faults {
 
@@ -12,19 +13,43 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr off_t sectorSize = 512;
+constexpr std::size_t sectorSize = 512;
 
 std::string folderOf(const std::string& path) {
     return path.substr(0, path.find_last_of('/'));
 }
 
-off_t sizeOf(int file) {
-    struct stat found {};
-    return raw::status(file, found) ? found.st_size : 0;
-}
-
 bool isSharedMemory(const std::string& path) {
     return path.ends_with("-shm");
+}
+
+std::string bytesOf(int file) {
+    std::string bytes(static_cast<std::size_t>(raw::status(file).st_size), '\0');
+    raw::call(SYS_pread64, file, bytes.data(), bytes.size(), 0);
+    return bytes;
+}
+
+std::string_view sectorOf(std::string_view bytes, std::size_t sector) {
+    return bytes.substr(std::min(sector * sectorSize, bytes.size()), sectorSize);
+}
+
+// A file's bytes with these sectors of another state; what never was there reads as zeros.
+void copySectors(const std::set<std::size_t>& sectors, const std::string& from, std::string& to) {
+    for (const std::size_t sector : sectors) {
+        std::string bytes(sectorOf(from, sector));
+        bytes.resize(sectorSize);
+        to.resize(std::max(to.size(), (sector + 1) * sectorSize));
+        to.replace(sector * sectorSize, sectorSize, bytes);
+    }
+}
+
+std::set<std::size_t> differingSectors(const std::string& one, const std::string& other) {
+    std::set<std::size_t> differing;
+    for (std::size_t i = 0; i * sectorSize < std::max(one.size(), other.size()); ++i) {
+        if (sectorOf(one, i) != sectorOf(other, i))
+            differing.insert(i);
+    }
+    return differing;
 }
 
 } // namespace
@@ -39,186 +64,113 @@ void PowerCut::begin(const std::string& folder, const std::string& shadow) {
     shadow_ = shadow;
 }
 
-PowerCut::File* PowerCut::fileOf(int file) {
-    struct stat found {};
-    if (!raw::status(file, found) || !S_ISREG(found.st_mode) || isSharedMemory(raw::pathOf(file)))
-        return nullptr;
+void PowerCut::willWrite(int file, off_t from, off_t end) {
+    const struct stat found = raw::status(file);
+    if (!S_ISREG(found.st_mode) || isSharedMemory(raw::pathOf(file)))
+        return;
     File& kept = files_[found.st_ino];
     if (kept.descriptor < 0) {
-        kept.descriptor = raw::open("/proc/self/fd/" + std::to_string(file), O_RDWR | O_CLOEXEC);
-        kept.durableSize = found.st_size;
+        const std::string same = "/proc/self/fd/" + std::to_string(file);
+        kept.descriptor =
+            static_cast<int>(raw::call(SYS_openat, AT_FDCWD, same.c_str(), O_RDWR | O_CLOEXEC));
+        kept.durable = bytesOf(kept.descriptor);
     }
-    return &kept;
+    const auto size = static_cast<off_t>(sectorSize);
+    for (off_t sector = from / size; sector * size < end; ++sector)
+        kept.lost.erase(static_cast<std::size_t>(sector));
 }
 
-// Only what was there at the last sync is kept: a sector behind its end reads as nothing.
-void PowerCut::keepSectors(File& file, off_t offset, off_t end) {
-    for (off_t sector = offset / sectorSize; sector * sectorSize < end; ++sector) {
-        file.lost.erase(sector);
-        if (file.durableSectors.contains(sector))
-            continue;
-        std::string bytes(static_cast<std::size_t>(sectorSize), '\0');
-        const long got = raw::call(SYS_pread64, file.descriptor, bytes.data(), bytes.size(),
-                                   sector * sectorSize);
-        bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
-        file.durableSectors.emplace(sector, std::move(bytes));
-    }
-}
-
-void PowerCut::willWrite(int file, off_t offset, std::size_t size) {
-    if (File* const kept = fileOf(file))
-        keepSectors(*kept, offset, offset + static_cast<off_t>(size));
-}
-
-void PowerCut::willTruncate(int file, off_t size) {
-    if (File* const kept = fileOf(file))
-        keepSectors(*kept, size, std::max(size, sizeOf(file)));
-}
-
-void PowerCut::synced(int file) {
-    struct stat found {};
-    if (!raw::status(file, found))
+void PowerCut::synced(int file, bool good) {
+    const ino_t inode = raw::status(file).st_ino;
+    if (good)
+        std::erase_if(names_, [&](const auto& change) { return change.folders.contains(inode); });
+    const auto found = files_.find(inode);
+    if (found == files_.end())
         return;
-    if (S_ISDIR(found.st_mode)) {
-        std::erase_if(names_, [&](const NameChange& change) {
-            return change.place == found.st_ino || change.fromPlace == found.st_ino;
-        });
+    File& kept = found->second;
+    std::string bytes = bytesOf(kept.descriptor);
+    if (!good) {
+        kept.lost.merge(differingSectors(bytes, kept.durable));
         return;
     }
-    const auto kept = files_.find(found.st_ino);
-    if (kept == files_.end())
-        return;
-    std::erase_if(kept->second.durableSectors,
-                  [&](const auto& entry) { return !kept->second.lost.contains(entry.first); });
-    kept->second.durableSize = found.st_size;
+    const std::size_t size = bytes.size();
+    copySectors(kept.lost, kept.durable, bytes);
+    bytes.resize(size);
+    kept.durable = std::move(bytes);
 }
 
-void PowerCut::syncFailed(int file) {
-    struct stat found {};
-    if (!raw::status(file, found))
-        return;
-    const auto kept = files_.find(found.st_ino);
-    if (kept == files_.end())
-        return;
-    for (const auto& [sector, bytes] : kept->second.durableSectors)
-        kept->second.lost.insert(sector);
+void PowerCut::willChange(NameChange& change) {
+    const std::string aside = shadow_ + "/" + std::to_string(++aside_);
+    const char* const path = change.path.c_str();
+    if (raw::call(SYS_linkat, AT_FDCWD, path, AT_FDCWD, aside.c_str(), 0) == 0)
+        change.aside = aside;
+    change.wasFolder = S_ISDIR(raw::status(change.path).st_mode);
 }
 
-void PowerCut::made(const std::string& path) {
-    struct stat found {};
-    if (!raw::status(path, found) || isSharedMemory(path))
+void PowerCut::changed(NameChange change) {
+    if (isSharedMemory(change.path))
         return;
-    names_.push_back({.path = path, .inode = found.st_ino, .place = raw::inodeOf(folderOf(path))});
-    if (S_ISREG(found.st_mode))
-        files_.erase(found.st_ino); // the number of a file that is gone for good may be used again
-}
-
-std::string PowerCut::keepAside(const std::string& path) {
-    std::string aside = shadow_ + "/" + std::to_string(++aside_);
-    const bool kept =
-        raw::call(SYS_linkat, AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), 0) == 0;
-    return kept ? aside : std::string();
-}
-
-void PowerCut::removed(const std::string& path, const std::string& aside, bool folder) {
-    if (isSharedMemory(path))
-        return;
-    names_.push_back(
-        {.path = path, .aside = aside, .folder = folder, .place = raw::inodeOf(folderOf(path))});
-}
-
-void PowerCut::renamed(const std::string& from, const std::string& to, const std::string& aside) {
-    names_.push_back({.path = to,
-                      .from = from,
-                      .aside = aside,
-                      .inode = raw::inodeOf(to),
-                      .place = raw::inodeOf(folderOf(to)),
-                      .fromPlace = raw::inodeOf(folderOf(from))});
+    change.inode = raw::status(change.path).st_ino;
+    for (const std::string& path : {change.path, change.from}) {
+        if (!path.empty())
+            change.folders.insert(raw::status(folderOf(path)).st_ino);
+    }
+    names_.push_back(std::move(change));
 }
 
 // Tolerant: a later change that stays may have taken the name along.
-void PowerCut::undo(const NameChange& change) {
+void PowerCut::undo(const NameChange& change) const {
     std::error_code ignored;
-    if (change.inode != 0 && raw::inodeOf(change.path) != change.inode)
+    if (change.inode != 0 && raw::status(change.path).st_ino != change.inode)
         return;
     if (!change.from.empty())
         fs::rename(change.path, change.from, ignored);
     else if (change.inode != 0)
         fs::remove_all(change.path, ignored);
-    else if (change.folder)
+    else if (change.wasFolder)
         fs::create_directory(change.path, ignored);
     if (!change.aside.empty())
         fs::create_hard_link(change.aside, change.path, ignored);
 }
 
-void PowerCut::restore(File& file, const std::set<off_t>& sectors, off_t size) {
-    for (const off_t sector : sectors) {
-        std::string bytes = file.durableSectors[sector];
-        bytes.resize(static_cast<std::size_t>(sectorSize)); // what never was reads as zeros
-        raw::call(SYS_pwrite64, file.descriptor, bytes.data(), bytes.size(), sector * sectorSize);
-    }
-    raw::call(SYS_ftruncate, file.descriptor, size);
-}
-
-void PowerCut::dropSharedMemory() {
-    std::error_code ignored;
-    for (const char* below : {"/Lumatrice Library", "/Backup", "/Backup/next-catalogue"})
-        fs::remove(folder_ + below + "/library.db-shm", ignored);
-}
-
-void PowerCut::drop() {
+void PowerCut::fail(bool torn, std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    const auto isLost = [&] { return !torn || random() % 2 != 0; };
     for (auto& [inode, file] : files_) {
-        std::set<off_t> all;
-        for (const auto& [sector, bytes] : file.durableSectors)
-            all.insert(sector);
-        restore(file, all, file.durableSize);
+        std::string bytes = bytesOf(file.descriptor);
+        const std::size_t size = isLost() ? file.durable.size() : bytes.size();
+        std::set<std::size_t> lost = differingSectors(bytes, file.durable);
+        std::erase_if(lost, [&](std::size_t) { return !isLost(); });
+        copySectors(lost, file.durable, bytes);
+        bytes.resize(size);
+        raw::call(SYS_pwrite64, file.descriptor, bytes.data(), size, 0);
+        raw::call(SYS_ftruncate, file.descriptor, size);
     }
-    for (auto change = names_.rbegin(); change != names_.rend(); ++change)
-        undo(*change);
-    dropSharedMemory();
-}
-
-// From some change on, all that follow in the same folder are undone; a rename is a change of both
-// its folders.
-void PowerCut::undoSome(std::mt19937_64& random) {
+    // From some change on, all that follow in the same folder are undone; a rename is a change of
+    // both its folders.
     std::map<ino_t, std::size_t> left; // how many changes of a folder stay
     for (const NameChange& change : names_) {
-        ++left[change.place];
-        if (change.fromPlace != 0 && change.fromPlace != change.place)
-            ++left[change.fromPlace];
+        for (const ino_t folder : change.folders)
+            ++left[folder];
     }
-    for (auto& [place, count] : left)
-        count = random() % (count + 1);
+    for (auto& [folder, count] : left)
+        count = torn ? random() % (count + 1) : 0;
     std::vector<const NameChange*> undone;
     for (const NameChange& change : names_) {
-        const ino_t other = change.fromPlace != 0 ? change.fromPlace : change.place;
-        if (left[change.place] == 0 || left[other] == 0) {
-            left[change.place] = left[other] = 0;
+        const auto& folders = change.folders;
+        const bool stays = std::ranges::all_of(folders, [&](ino_t i) { return left[i] != 0; });
+        for (const ino_t folder : folders)
+            left[folder] = stays ? left[folder] - 1 : 0;
+        if (!stays)
             undone.push_back(&change);
-            continue;
-        }
-        --left[change.place];
-        if (other != change.place)
-            --left[other];
     }
     for (auto change = undone.rbegin(); change != undone.rend(); ++change)
         undo(**change);
-}
-
-void PowerCut::tear(std::uint64_t seed) {
-    std::mt19937_64 random(seed);
-    for (auto& [inode, file] : files_) {
-        const off_t size = random() % 2 != 0 ? file.durableSize : sizeOf(file.descriptor);
-        std::set<off_t> chosen;
-        for (const auto& [sector, bytes] : file.durableSectors) {
-            if (random() % 2 != 0)
-                chosen.insert(sector);
-        }
-        restore(file, chosen, size);
+    std::error_code ignored;
+    for (const char* below : {"/Lumatrice Library", "/Backup", "/Backup/next-catalogue"}) {
+        if (isLost())
+            fs::remove(folder_ + below + "/library.db-shm", ignored);
     }
-    undoSome(random);
-    if (random() % 2 != 0)
-        dropSharedMemory();
 }
 
 } // namespace faults

@@ -17,61 +17,51 @@
 
 #include <cstdint>
 #include <map>
-#include <random>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace faults {
 
+// A name that is made or removed, or that a file gets by a rename.
+struct NameChange {
+    std::string path;
+    std::string from{}; // of a rename
+    // The rest is noted here.
+    std::string aside{};       // a second name of the file that lost its name
+    bool wasFolder = false;    // a folder had the name
+    ino_t inode = 0;           // of what has the name now
+    std::set<ino_t> folders{}; // that it is a change of
+};
+
 class PowerCut {
 public:
     void begin(const std::string& folder, const std::string& shadow);
 
-    // Before bytes of an open file are overwritten, or its length is changed to `size`.
-    void willWrite(int file, off_t offset, std::size_t size);
-    void willTruncate(int file, off_t size);
+    // Before these bytes of an open file are overwritten or cut off.
+    void willWrite(int file, off_t from, off_t end);
     // After a sync of an open file or folder.
-    void synced(int file);
-    void syncFailed(int file);
+    void synced(int file, bool good);
 
-    // After a name was made; before and after one is removed; likewise for a rename.
-    void made(const std::string& path);
-    std::string keepAside(const std::string& path); // a second name for what is about to lose its
-    void removed(const std::string& path, const std::string& aside, bool folder);
-    void renamed(const std::string& from, const std::string& to, const std::string& aside);
+    // Before and after a name is made, removed or renamed.
+    void willChange(NameChange& change);
+    void changed(NameChange change);
 
-    // Back to what is durable; or to that and a random part of the rest.
-    void drop();
-    void tear(std::uint64_t seed);
+    // Back to what is durable; or, torn, to that and a random part of the rest.
+    void fail(bool torn, std::uint64_t seed);
 
 private:
     struct File {
         int descriptor = -1; // ours
-        off_t durableSize = 0;
-        std::map<off_t, std::string> durableSectors; // by number; those changed since the last sync
-        std::set<off_t> lost;                        // of them, those that a failed sync covered
-    };
-    struct NameChange {
-        std::string path;    // the new one of a rename
-        std::string from;    // of a rename
-        std::string aside;   // what lost its name
-        bool folder = false; // a removed one
-        ino_t inode = 0;     // of what was made or renamed
-        ino_t place = 0;     // the folder that `path` is in
-        ino_t fromPlace = 0;
+        std::string durable;
+        std::set<std::size_t> lost; // sectors that a sync failed to write; since then unwritten
     };
 
-    File* fileOf(int file);
-    void keepSectors(File& file, off_t offset, off_t end);
-    static void restore(File& file, const std::set<off_t>& sectors, off_t size);
-    void undo(const NameChange& change);
-    void undoSome(std::mt19937_64& random);
-    void dropSharedMemory();
+    void undo(const NameChange& change) const;
 
     std::string folder_, shadow_;
     std::uint64_t aside_ = 0;
-    std::map<ino_t, File> files_;
+    std::map<ino_t, File> files_; // that were written
     std::vector<NameChange> names_;
 };
 

@@ -6,31 +6,18 @@
 #include "tests/support/files.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
+#include <chrono>
+#include <stdexcept>
 
 namespace faults {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-// For preparations only.
-void require(bool done, const std::string& what) {
-    if (done)
-        return;
-    std::fprintf(stderr, "a library could not be prepared: %s\n", what.c_str());
-    std::abort();
-}
-
-// As 2021-03-04 05:06:07, so that the capture date does not change from run to run.
-void setTime(const fs::path& path, long second) {
-    const timespec time{1614834367 + second, 0};
-    const timespec both[2] = {time, time};
-    utimensat(AT_FDCWD, path.c_str(), both, 0);
+// In 2021, so that a capture date does not change from run to run.
+fs::file_time_type atSecond(unsigned second) {
+    return std::chrono::file_clock::from_sys(
+        std::chrono::sys_seconds(std::chrono::seconds(1614834367 + second)));
 }
 
 std::string newName() {
@@ -38,105 +25,105 @@ std::string newName() {
 }
 
 // Puts a picture into the library past all that keeps it right; answers its path there.
-std::string smuggle(const std::string& folder, const std::string& name) {
+std::string smuggle(const std::string& folder) {
+    const std::string name = newName();
     const std::string path = folder + "/" + name.substr(0, 2) + "/" + name;
-    fs::create_directories((here().library() / path).parent_path());
-    fs::copy_file(pathInHome("import.jpg"), here().library() / path);
+    fs::create_directories((library() / path).parent_path());
+    fs::copy_file(picture("import"), library() / path);
     return path;
+}
+
+void leave(const std::string& nameInIncoming) {
+    support::writeText(library() / "incoming" / nameInIncoming, "");
 }
 
 } // namespace
 
-Place here() {
-    return {std::getenv("HOME")};
+std::string id(const std::string& name) {
+    std::string identifier = support::readBytes(besideHome("ids") / name);
+    if (identifier.empty() || identifier == "(null)")
+        throw std::logic_error("a prepared library lacks " + name);
+    return identifier;
 }
 
-std::string pathInHome(const std::string& name) {
-    return here().home / name;
+void keepId(const std::string& name, const std::string& identifier) {
+    fs::create_directories(besideHome("ids"));
+    support::writeText(besideHome("ids") / name, identifier);
+}
+
+std::string picture(const std::string& name) {
+    return home() / (name + ".jpg");
+}
+
+void writePictures() {
+    unsigned number = 0;
+    for (const char* name : {"import", "second", "plain", "favorite", "hidden", "edited", "trashed",
+                             "rendered", "again"}) {
+        ++number;
+        local::Pixels pixels{64, 48, std::vector<std::uint8_t>(64 * 48 * 3)};
+        for (std::size_t i = 0; i < pixels.rgb.size(); ++i)
+            pixels.rgb[i] = static_cast<std::uint8_t>(i * 7 + i / 91 * number);
+        const auto jpeg = local::encodeJpeg(pixels, 90).value();
+        support::writeText(picture(name),
+                           {reinterpret_cast<const char*>(jpeg.data()), jpeg.size()});
+        fs::last_write_time(picture(name), atSecond(number));
+    }
 }
 
 void makeShelves(const fs::path& folder) {
-    for (int shelf = 0; shelf < 256; ++shelf) {
-        std::array<char, 4> name{};
-        std::snprintf(name.data(), name.size(), "%02X", static_cast<unsigned>(shelf));
-        std::error_code ignored;
-        fs::create_directory(folder / name.data(), ignored);
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    for (const char high : digits) {
+        for (const char low : digits)
+            fs::create_directory(folder / std::string{high, low});
     }
 }
 
-void writePictures(const Place& place) {
-    fs::create_directories(place.home);
-    unsigned number = 0;
-    for (const char* name : {"import.jpg", "second.jpg", "plain.jpg", "favorite.jpg", "hidden.jpg",
-                             "edited.jpg", "trashed.jpg", "rendered.jpg", "again.jpg"}) {
-        local::Pixels pixels{64, 48, std::vector<std::uint8_t>(64 * 48 * 3)};
-        ++number;
-        for (std::size_t i = 0; i < pixels.rgb.size(); ++i)
-            pixels.rgb[i] = static_cast<std::uint8_t>(i * 7 + i / 91 * number);
-        const auto jpeg = local::encodeJpeg(pixels, 90);
-        require(jpeg.has_value(), "a picture");
-        support::writeText(place.home / name,
-                           {reinterpret_cast<const char*>(jpeg->data()), jpeg->size()});
-        setTime(place.home / name, number);
-    }
-}
-
-Names prepareUsual() {
-    Names names;
-    const auto expect = [](const std::string& answer, const char* wanted) {
-        require(answer == wanted, answer + " instead of " + wanted);
-    };
+void prepareUsual() {
     for (const char* name : {"plain", "favorite", "hidden", "edited", "trashed"})
-        names[name] = HOST(ImportAssets, {pathInHome(std::string(name) + ".jpg")});
-    names["Album"] = HOST(CreateAlbum, "Album", nullptr);
-    names["Other"] = HOST(CreateAlbum, "Other", nullptr);
-    names["Folder"] = HOST(CreateFolder, "Folder", nullptr);
-    names["Inner"] = HOST(CreateAlbum, "Inner", names["Folder"]);
-    for (const char* member : {"edited", "plain", "trashed"})
-        expect(HOST(AddAssetsToAlbum, names["Album"], {names[member]}), "1");
-    expect(HOST(AddAssetsToAlbum, names["Other"], {names["favorite"]}), "1");
-    expect(HOST(AddAssetsToAlbum, names["Inner"], {names["favorite"]}), "1");
-    expect(HOST(SetFavorite, {names["favorite"]}, JNI_TRUE), "1");
-    expect(HOST(SetHidden, {names["hidden"]}, JNI_TRUE), "1");
-    expect(HOST(ApplyEdit, names["edited"], pathInHome("rendered.jpg")), "0");
-    expect(HOST(ApplyEdit, names["trashed"], pathInHome("again.jpg")), "0");
-    expect(HOST(DeleteAssets, {names["trashed"]}), "1");
-    return names;
+        keepId(name, HOST(ImportAssets, {picture(name)}));
+    keepId("Album", HOST(CreateAlbum, "Album", nullptr));
+    keepId("Other", HOST(CreateAlbum, "Other", nullptr));
+    keepId("Folder", HOST(CreateFolder, "Folder", nullptr));
+    keepId("Inner", HOST(CreateAlbum, "Inner", id("Folder")));
+    std::string answers;
+    for (const std::string& answer :
+         {HOST(AddAssetsToAlbum, id("Album"), {id("edited")}),
+          HOST(AddAssetsToAlbum, id("Album"), {id("plain")}),
+          HOST(AddAssetsToAlbum, id("Album"), {id("trashed")}),
+          HOST(AddAssetsToAlbum, id("Other"), {id("favorite")}),
+          HOST(AddAssetsToAlbum, id("Inner"), {id("favorite")}),
+          HOST(SetFavorite, {id("favorite")}, JNI_TRUE), HOST(SetHidden, {id("hidden")}, JNI_TRUE),
+          HOST(ApplyEdit, id("edited"), picture("rendered")),
+          HOST(ApplyEdit, id("trashed"), picture("again")), HOST(DeleteAssets, {id("trashed")})})
+        answers += answer;
+    if (answers != "1111111001")
+        throw std::logic_error("a library could not be prepared: " + answers);
 }
 
-Names prepareLeftBehind() {
-    const Names names = prepareUsual();
-    const fs::path incoming = here().library() / "incoming";
-    const auto leave = [&](const std::string& name, const char* ending) {
-        support::writeText(incoming / (name + ending), "");
-    };
-    for (const auto& [folder, ending] :
-         {std::pair("originals", ".importing"), std::pair("renders", ".editing")}) {
-        const std::string name = newName();
-        smuggle(folder, name);
-        leave(name, ending);
-    }
+void prepareLeftBehind() {
+    prepareUsual();
+    leave(fs::path(smuggle("originals")).filename().string() + ".importing");
+    leave(fs::path(smuggle("renders")).filename().string() + ".editing");
     const std::string part = newName();
-    fs::copy_file(pathInHome("import.jpg"), incoming / part);
-    leave(part, ".importing");
-    const fs::path edit = incoming / (local::uppercaseText(local::randomUuid()) + ".edit");
+    fs::copy_file(picture("import"), library() / "incoming" / part);
+    leave(part + ".importing");
+    const fs::path edit =
+        library() / "incoming" / (local::uppercaseText(local::randomUuid()) + ".edit");
     fs::create_directory(edit);
-    fs::copy_file(pathInHome("import.jpg"), edit / "rendered.jpg");
-    const std::string discarded = smuggle("originals", newName());
+    fs::copy_file(picture("import"), edit / "rendered.jpg");
     local::Library::open()
         ->connectionForChanges()
         ->statement("INSERT INTO discarded_file VALUES (?1)")
-        .bind(1, discarded)
+        .bind(1, smuggle("originals"))
         .run();
-    return names;
 }
 
-Names prepareDamaged() {
-    Names names = prepareUsual();
-    names["stray"] = smuggle("originals", newName());
-    setTime(here().library() / names["stray"], 0); // a young one may belong to an import at work
+void prepareDamaged() {
+    prepareUsual();
+    keepId("stray", smuggle("originals"));
+    // A young one may belong to an import at work.
+    fs::last_write_time(library() / id("stray"), atSecond(0));
     correctCount(5);
-    return names;
 }
 
 void correctCount(int by) {
@@ -147,19 +134,16 @@ void correctCount(int by) {
         .run();
 }
 
-Names prepareWithoutCatalogue() {
+void prepareWithoutCatalogue() {
     prepareUsual();
     for (const char* name : {"library.db", "library.db-wal", "library.db-shm"})
-        fs::remove(here().library() / name);
-    return {};
+        fs::remove(library() / name);
 }
 
-Names prepareOlder(std::size_t version) {
-    const fs::path library = here().library();
-    fs::create_directories(library);
+void prepareOlder(std::size_t version) {
     for (const char* folder : {"originals", "renders", "incoming", "derivatives"})
-        fs::create_directory(library / folder);
-    const local::UniqueFd folder(::open(library.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        fs::create_directories(library() / folder);
+    const local::UniqueFd folder(::open(library().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     local::CatalogueConnection connection(folder.get(), local::CatalogueConnection::Mode::readWrite,
                                           true);
     connection.execute("PRAGMA journal_mode=WAL");
@@ -172,7 +156,6 @@ Names prepareOlder(std::size_t version) {
         "1600000000000 + i, 1, 64, 48, i % 2, 'old.jpg', 'public.jpeg', "
         "hex(randomblob(16)) || '.jpg', zeroblob(16), 9, 1600000000000 FROM s;"
         "INSERT INTO favorite SELECT created, n FROM asset WHERE n < 3");
-    return {};
 }
 
 } // namespace faults

@@ -1,34 +1,61 @@
-// Small libraries that have something of everything, and the calls that make them.
+// Small libraries that have something of everything, made at HOME, and the calls that make them.
 #pragma once
 
-#include "tests/faults/methods.h"
 #include "tests/support/jni_double.h"
 
 #include "bridge/entry_points.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
 // A method of the host's class; its answer is text.
-#define HOST(name, ...) jni::Environment().call(METHOD(name) __VA_OPT__(, ) __VA_ARGS__)
+#define HOST(name, ...) jni::Environment().call(METHOD(name), __VA_ARGS__)
 
 namespace faults {
 
-Place here();
-std::string pathInHome(const std::string& name);
+namespace fs = std::filesystem;
+
+inline fs::path home() {
+    return std::getenv("HOME");
+}
+inline fs::path pictures() { // what is watched
+    return home() / "Pictures";
+}
+inline fs::path library() {
+    return pictures() / "Lumatrice Library";
+}
+inline fs::path backup() {
+    return pictures() / "Backup";
+}
+// A folder that stays when HOME is made anew.
+inline fs::path besideHome(const char* name) {
+    return home().parent_path() / name;
+}
+
+// The identifier (or the path) of what a prepared library holds, by its name below.
+std::string id(const std::string& name);
+void keepId(const std::string& name, const std::string& identifier);
+
+// The pictures that methods import, by their names without ending.
+std::string picture(const std::string& name);
+void writePictures();
 
 // As processes make folders, or die before they do: all places of originals or renders.
-void makeShelves(const std::filesystem::path& folder);
+void makeShelves(const fs::path& folder);
 
 // Five assets: "plain", "favorite", "hidden", "edited", "trashed"; the album "Album" with three of
 // them, "Other" with one, the folder "Folder" with the album "Inner".
-Names prepareUsual();
+void prepareUsual();
 // The same as a process left it that died: a placed original and a render without rows, an edit
 // in progress, a file that no row names any longer.
-Names prepareLeftBehind();
+void prepareLeftBehind();
 // Originals whose catalogue is gone.
-Names prepareWithoutCatalogue();
+void prepareWithoutCatalogue();
 // The usual one with a count that is wrong, and a file that no row names: "stray", by its path.
-Names prepareDamaged();
+void prepareDamaged();
 void correctCount(int by);
 // Three assets in a catalogue of an earlier version.
-Names prepareOlder(std::size_t version);
+void prepareOlder(std::size_t version);
 
 } // namespace faults

@@ -15,21 +15,17 @@ inline long call(long number, auto... arguments) {
     return ::syscall(number, arguments...);
 }
 
-inline int open(const std::string& path, int flags) {
-    return static_cast<int>(call(SYS_openat, AT_FDCWD, path.c_str(), flags, 0600));
-}
-
-inline bool status(const std::string& path, struct stat& found) {
-    return call(SYS_newfstatat, AT_FDCWD, path.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0;
-}
-
-inline bool status(int file, struct stat& found) {
-    return call(SYS_newfstatat, file, "", &found, AT_EMPTY_PATH) == 0;
-}
-
-inline ino_t inodeOf(const std::string& path) {
+// All zeros when there is no such file.
+inline struct stat status(int folder, const char* name, int flags) {
     struct stat found {};
-    return status(path, found) ? found.st_ino : 0;
+    call(SYS_newfstatat, folder, name, &found, flags);
+    return found;
+}
+inline struct stat status(const std::string& path) {
+    return status(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW);
+}
+inline struct stat status(int file) {
+    return status(file, "", AT_EMPTY_PATH);
 }
 
 // The path of what a descriptor names; empty when it names no path.

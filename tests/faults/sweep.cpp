@@ -1,7 +1,9 @@
 #include "tests/faults/run.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <limits>
+#include <span>
 
 namespace faults {
 
@@ -9,17 +11,19 @@ namespace {
 
 constexpr std::uint64_t mostRecoveries = 3;       // of a method and a kind of kill
 constexpr std::uint64_t mostPointsInRecovery = 8; // for each kind of fault
+// What goes wrong while the next process recovers; a brief sweep tries the first two.
+constexpr std::string_view kindsInRecovery[] = {"io-once",   "kill-dropped", "io-on",    "space-on",
+                                                "denied-on", "kill-kept",    "kill-torn"};
 
 class MethodSweep {
 public:
-    MethodSweep(Workplace& workplace, const Method& method, const SweepOptions& options)
-        : workplace_(workplace), method_(method), options_(options),
-          trial_(workplace.prepare(method)) {}
+    MethodSweep(const Method& method, const SweepOptions& options)
+        : options_(options), trial_(prepare(method)) {}
 
     Tally sweep() {
         tally_[operations] = runAndJudge(trial_, {}, "").trace.counted;
-        for (const Kind kind : allKinds) {
-            if (!options_.onlyKind || *options_.onlyKind == kind)
+        for (const Kind& kind : kinds) {
+            if (options_.kind.empty() || options_.kind == kind.name)
                 sweepKind(kind);
         }
         return tally_;
@@ -27,7 +31,7 @@ public:
 
 private:
     Outcome runAndJudge(const Trial& trial, const Plan& plan, const std::string& origin) {
-        Outcome outcome = workplace_.run(trial, plan);
+        Outcome outcome = run(trial, plan);
         count(outcome, !origin.empty());
         if (!outcome.bad.empty())
             print(outcome, plan, origin);
@@ -35,35 +39,34 @@ private:
     }
 
     // The run that the fault does not reach is the last one: how many operations it could befall.
-    std::uint64_t pointsOf(Kind kind, const Trial& trial, const std::string& origin) {
-        const Plan beyond{kind, std::numeric_limits<std::uint64_t>::max(), options_.seed};
+    std::uint64_t pointsOf(const Kind& kind, const Trial& trial, const std::string& origin) {
+        const Plan beyond{&kind, std::numeric_limits<std::uint64_t>::max(), options_.seed};
         return runAndJudge(trial, beyond, origin).trace.counted;
     }
 
     // What a brief sweep looks at whole: every fault of a small change, and the power failing
     // during those that place and remove files.
-    bool isTypical(Kind kind) const {
-        const std::string& name = method_.name;
+    bool isWhole(const Kind& kind) const {
+        const std::string& name = trial_.method.name;
         const bool placesAndRemoves = name == "import" || name == "edit-again";
-        return name == "favorite" ||
-               (placesAndRemoves && (kind == Kind::killDropped || kind == Kind::retry));
+        return !options_.brief || name == "favorite" ||
+               (placesAndRemoves && kind.loss == Loss::unsynced);
     }
 
-    void sweepKind(Kind kind) {
+    void sweepKind(const Kind& kind) {
         const std::uint64_t points = pointsOf(kind, trial_, "");
-        const std::uint64_t step = options_.brief && !isTypical(kind) ? points + 1 : 1;
-        const std::uint64_t recoveryStep =
-            points / step / (options_.brief && !isTypical(kind) ? 1 : mostRecoveries) + 1;
+        const std::uint64_t step = isWhole(kind) ? 1 : points + 1;
+        const std::uint64_t recoveryStep = points / step / (isWhole(kind) ? mostRecoveries : 1) + 1;
         // A background thread may add to what was counted: a run beyond the end does no harm.
         for (std::uint64_t point = 1 + options_.seed % step; point <= points + step;
              point += step) {
-            if (options_.onlyPoint != 0 && point != options_.onlyPoint)
+            if (options_.point != 0 && point != options_.point)
                 continue;
-            const Plan plan{kind, point, options_.seed + point};
+            const Plan plan{&kind, point, options_.seed + point};
             const bool good = runAndJudge(trial_, plan, "").bad.empty();
-            const bool recovers = kills(kind) && kind != Kind::killBeside && good &&
-                                  (!options_.brief || kind == Kind::killDropped) &&
-                                  (point / step % recoveryStep == 0 || options_.onlyPoint != 0);
+            const bool recovers = kind.kills() && !kind.beside && good &&
+                                  (!options_.brief || kind.loss == Loss::unsynced) &&
+                                  (point / step % recoveryStep == 0 || options_.point != 0);
             if (recovers)
                 sweepRecovery(plan);
         }
@@ -73,49 +76,43 @@ private:
     void sweepRecovery(const Plan& first) {
         // What was judged has been opened already: the run is made once more.
         Trial recovery = trial_;
-        recovery.original = workplace_.leftBy(trial_, first);
-        recovery.terms.opensFirst = false;
-        recovery.terms.mustReachNew = false;
-        recovery.run = openLibrary;
+        recovery.original = leftBy(trial_, first);
+        recovery.method.run = openLibrary;
+        recovery.method.wanted = done;
+        recovery.method.opensFirst = false;
+        recovery.method.mustReachNew = false;
         const std::string origin =
-            " after " + nameOf(first.kind) + " " + std::to_string(first.point);
-        for (const Kind kind : {Kind::ioOnce, Kind::killDropped, Kind::ioOn, Kind::spaceOn,
-                                Kind::deniedOn, Kind::killKept, Kind::killTorn}) {
-            if (options_.brief && kind != Kind::ioOnce && kind != Kind::killDropped)
-                break;
+            std::string(" after ") + first.kind->name + " " + std::to_string(first.point);
+        for (const std::string_view name :
+             std::span(kindsInRecovery).first(options_.brief ? 2 : 7)) {
+            const Kind& kind = *std::ranges::find(kinds, name, &Kind::name);
             const std::uint64_t points = pointsOf(kind, recovery, origin);
             const std::uint64_t step = points / (options_.brief ? 1 : mostPointsInRecovery) + 1;
             for (std::uint64_t point = 1 + first.point % step; point <= points; point += step)
-                runAndJudge(recovery, {kind, point, options_.seed + point}, origin);
+                runAndJudge(recovery, {&kind, point, options_.seed + point}, origin);
         }
     }
 
     void count(const Outcome& outcome, bool inRecovery) {
-        const States& states = trial_.states;
-        const bool isNew = outcome.state == states.newest();
-        const bool distinct = states.descriptions.front() != states.descriptions.back();
-        const bool failed = outcome.reported == Outcome::Reported::failure;
+        const bool isNew = outcome.state == trial_.newest();
+        const bool failed = outcome.answered && !outcome.success;
         ++tally_[runs];
-        tally_[recoveries] += inRecovery ? 1 : 0;
         ++tally_[isNew ? newState : outcome.state == 0 ? oldState : between];
-        ++tally_[failed                                           ? failure
-                 : outcome.reported == Outcome::Reported::success ? success
-                                                                  : killed];
-        tally_[newThoughFailure] += failed && isNew && distinct && !inRecovery ? 1 : 0;
-        tally_[bad] += outcome.bad.empty() ? 0 : 1;
+        ++tally_[failed ? failure : outcome.success ? success : killed];
+        tally_[recoveries] += inRecovery;
+        tally_[newThoughFailure] += failed && isNew && trial_.changes() && !inRecovery;
+        tally_[bad] += !outcome.bad.empty();
     }
 
     void print(const Outcome& outcome, const Plan& plan, const std::string& origin) const {
-        std::printf("--only %s --kind %s --point %lu --seed %lu%s: %s\n", method_.name.c_str(),
-                    nameOf(plan.kind).c_str(), plan.point, options_.seed, origin.c_str(),
-                    outcome.trace.operation);
+        std::printf("--only %s --kind %s --point %lu --seed %lu%s: %s\n",
+                    trial_.method.name.c_str(), plan.kind->name, plan.point, options_.seed,
+                    origin.c_str(), outcome.trace.operation);
         for (const std::string& fault : outcome.bad)
             std::printf("    %s\n", fault.c_str());
         std::fflush(stdout);
     }
 
-    Workplace& workplace_;
-    const Method& method_;
     const SweepOptions& options_;
     Trial trial_;
     Tally tally_{};
@@ -123,8 +120,8 @@ private:
 
 } // namespace
 
-Tally sweep(Workplace& workplace, const Method& method, const SweepOptions& options) {
-    return MethodSweep(workplace, method, options).sweep();
+Tally sweep(const Method& method, const SweepOptions& options) {
+    return MethodSweep(method, options).sweep();
 }
 
 } // namespace faults
