@@ -1,7 +1,6 @@
 package com.morrowfen.lumatrice.photos;
 
 import java.time.Instant;
-import java.util.Objects;
 import java.util.Optional;
 
 /**
@@ -25,12 +24,6 @@ public record Asset(
         long createdMs,
         boolean isFavorite,
         boolean isHidden) {
-    /** Guards the two texts against null. */
-    public Asset {
-        Objects.requireNonNull(id, "id");
-        Objects.requireNonNull(filename, "filename");
-    }
-
     /**
      * When it was taken.
      *

@@ -1,7 +1,5 @@
 package com.morrowfen.lumatrice.photos;
 
-import java.util.Objects;
-
 /**
  * An album, a smart album or a folder, as it was when it was listed.
  *
@@ -19,12 +17,5 @@ public record Collection(String id, String title, Kind kind, long count) {
         FOLDER,
         /** Holds the assets that the library picks; it can be read only. */
         SMART
-    }
-
-    /** Guards the components against null. */
-    public Collection {
-        Objects.requireNonNull(id, "id");
-        Objects.requireNonNull(title, "title");
-        Objects.requireNonNull(kind, "kind");
     }
 }

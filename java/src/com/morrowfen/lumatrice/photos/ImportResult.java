@@ -1,7 +1,6 @@
 package com.morrowfen.lumatrice.photos;
 
 import java.nio.file.Path;
-import java.util.Objects;
 import java.util.Optional;
 
 /**
@@ -12,13 +11,6 @@ import java.util.Optional;
  * @param problem why it was not imported, a sentence; empty if it was
  */
 public record ImportResult(Path file, Optional<String> assetId, Optional<String> problem) {
-    /** Guards the components against null. */
-    public ImportResult {
-        Objects.requireNonNull(file, "file");
-        Objects.requireNonNull(assetId, "assetId");
-        Objects.requireNonNull(problem, "problem");
-    }
-
     /**
      * Whether the file is in the library now.
      *

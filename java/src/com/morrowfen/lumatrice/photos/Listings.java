@@ -1,6 +1,7 @@
 package com.morrowfen.lumatrice.photos;
 
 import java.util.ArrayList;
+import java.util.Collections;
 import java.util.List;
 import java.util.function.Function;
 
@@ -24,7 +25,7 @@ final class Listings {
                 all.add(record.apply(reader));
             }
             reader.end();
-            return all;
+            return Collections.unmodifiableList(all);
         } catch (IllegalArgumentException malformed) {
             throw new PhotosException(method, null,
                     "The listing is damaged: " + malformed.getMessage() + ".");

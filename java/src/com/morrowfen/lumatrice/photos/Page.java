@@ -10,11 +10,6 @@ import java.util.List;
  * @param assets what came; cannot be changed
  */
 public record Page(int offset, int limit, List<Asset> assets) {
-    /** Keeps a list of its own. */
-    public Page {
-        assets = List.copyOf(assets);
-    }
-
     /**
      * Whether the listing ends before this page.
      *

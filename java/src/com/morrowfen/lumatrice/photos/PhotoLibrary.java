@@ -514,8 +514,7 @@ public final class PhotoLibrary {
     }
 
     private List<Collection> collectionsOf(String folderIdOrNull) {
-        String json = photos.nativeListAlbums(folderIdOrNull);
-        return List.copyOf(Listings.collections("nativeListAlbums", json));
+        return Listings.collections("nativeListAlbums", photos.nativeListAlbums(folderIdOrNull));
     }
 
     private static void checkPage(int offset, int limit) {
