@@ -2,7 +2,10 @@ package com.morrowfen.lumatrice.photos;
 
 import java.util.concurrent.Executor;
 
-/** What exports run on unless the host chooses. */
+/**
+ * What exports run on unless the host chooses: platform threads, as {@link
+ * PhotoLibrary#withExportsOn} explains.
+ */
 final class ExportThreads {
     private ExportThreads() {}
 

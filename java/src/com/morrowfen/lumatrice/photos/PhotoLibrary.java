@@ -65,10 +65,12 @@ public final class PhotoLibrary {
     }
 
     /**
-     * The same library with another choice of threads for exports. The usual ones are threads of
-     * their own for each export.
+     * The same library with another choice of threads for exports. The usual ones are platform
+     * threads, a daemon for each export. Virtual threads serve badly: an export blocks in native
+     * code, where it keeps the platform thread under it, and as many exports as there are
+     * processors let no other virtual thread of the process go on.
      *
-     * @param executor runs each export to its end; the thread is blocked meanwhile
+     * @param executor runs each export to its end, and has its thread blocked meanwhile
      * @return the library
      */
     public PhotoLibrary withExportsOn(Executor executor) {
