@@ -13,7 +13,7 @@ import java.util.Optional;
  * @param height in pixels, as displayed
  * @param createdMs milliseconds since 1970-01-01T00:00:00Z; 0 if unknown
  * @param isFavorite whether it is marked as a favourite
- * @param isHidden whether it is hidden; the listing of the whole library leaves hidden assets out
+ * @param isHidden whether it is hidden; most listings leave hidden assets out
  */
 public record Asset(
         String id,

@@ -125,7 +125,7 @@ public final class PhotoLibrary {
      * @param albumId an album or smart album; an unknown one is empty
      * @param offset how many assets to skip, 0 or more
      * @param limit how many assets at most, 0 or more
-     * @return the page, hidden assets included
+     * @return the page
      */
     public Page albumPage(String albumId, int offset, int limit) {
         text("albumId", albumId);
@@ -171,7 +171,7 @@ public final class PhotoLibrary {
      * An album, fetched by and by as {@link #pages} says.
      *
      * @param albumId an album or smart album; an unknown one is empty
-     * @return the assets, hidden ones included
+     * @return the assets
      */
     public Stream<Asset> albumAssets(String albumId) {
         return albumPages(albumId, PAGE_SIZE).flatMap(page -> page.assets().stream());
@@ -364,8 +364,8 @@ public final class PhotoLibrary {
     }
 
     /**
-     * Sets or clears the hidden mark of assets, all or none. The listing of the whole library
-     * leaves hidden assets out; albums do not.
+     * Sets or clears the hidden mark of assets, all or none. Hidden assets are left out of the
+     * listings but stay in their albums.
      *
      * @param assetIds the assets; unknown ones are ignored as long as one is known
      * @param hidden the mark they are to have
