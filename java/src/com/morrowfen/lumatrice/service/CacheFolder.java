@@ -1,11 +1,13 @@
 package com.morrowfen.lumatrice.service;
 
 import static java.nio.file.StandardOpenOption.CREATE;
+import static java.nio.file.StandardOpenOption.CREATE_NEW;
 import static java.nio.file.StandardOpenOption.READ;
 import static java.nio.file.StandardOpenOption.WRITE;
 
 import java.io.Closeable;
 import java.io.IOException;
+import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
 import java.nio.channels.FileLock;
 import java.nio.channels.OverlappingFileLockException;
@@ -22,7 +24,6 @@ import java.nio.file.SimpleFileVisitor;
 import java.nio.file.StandardCopyOption;
 import java.nio.file.attribute.BasicFileAttributes;
 import java.nio.file.attribute.FileAttribute;
-import java.nio.file.attribute.FileTime;
 import java.nio.file.attribute.PosixFilePermissions;
 import java.time.Duration;
 import java.time.Instant;
@@ -127,7 +128,12 @@ final class CacheFolder implements Closeable {
         } catch (OverlappingFileLockException heldThroughAnotherClassLoader) {
             // Good as well.
         }
-        Files.setLastModifiedTime(file, FileTime.from(Instant.now()));
+        touch(channel);
+    }
+
+    /** By writing: whatever opens and closes the file in this process drops its lock. */
+    private static void touch(FileChannel channel) throws IOException {
+        channel.write(ByteBuffer.wrap(new byte[] {'\n'}), 0);
     }
 
     /** Removes what dead processes left, and other content that nobody has used for long. */
@@ -175,7 +181,10 @@ final class CacheFolder implements Closeable {
     }
 
     static void makeInUse(Path folder) throws IOException {
-        Files.createFile(folder.resolve(IN_USE), forOwner("rw-------"));
+        try (FileChannel made = FileChannel.open(folder.resolve(IN_USE), Set.of(CREATE_NEW, WRITE),
+                forOwner("rw-------"))) {
+            touch(made);
+        }
     }
 
     /** So that a power cut leaves all or nothing; where it cannot be, the hashes tell. */
