@@ -30,13 +30,43 @@ import java.nio.file.Path;
  */
 public final class PhotosService {
     /**
-     * Loads the native library. Loading the same file again does nothing.
+     * Finds and loads the native library, if it is not loaded yet. The first of these places that
+     * has one counts:
+     *
+     * <ol>
+     *   <li>the file, or the folder that holds it, that the system property
+     *       {@code photos.kit.path} names; if it is set, no other place is looked at;
+     *   <li>the absolute folders of {@code java.library.path};
+     *   <li>the folders of the installed package, {@code /usr/lib/<architecture>-linux-gnu} and
+     *       {@code photos-kit} in it;
+     *   <li>the native parts in the jar. They are extracted once, to
+     *       {@code $XDG_CACHE_HOME/photos-kit} or else {@code $HOME/.cache/photos-kit}, a folder
+     *       that must be this user's alone, and checked against the jar's list of SHA-256 sums
+     *       whenever they are loaded. What no process has used for 90 days goes.
+     * </ol>
+     *
+     * <p>From JDK 24 on, {@code --enable-native-access=com.morrowfen.lumatrice.photos} on the
+     * command line (or {@code ALL-UNNAMED}, when the jar is on the class path) lets this pass
+     * without a warning. The line {@code Enable-Native-Access} in a manifest counts only in the jar
+     * that is started with {@code java -jar}.
+     *
+     * @throws PhotosLoadException if none can be loaded, or this process has loaded another copy;
+     *     the message says what to do
+     */
+    public PhotosService() {
+        NativeLoader.load();
+    }
+
+    /**
+     * Loads the native library from a file. Loading the same file again does nothing.
      *
      * @param library where the library lies
      * @throws UnsatisfiedLinkError if it cannot be loaded
+     * @throws PhotosLoadException if this process has loaded another copy, or one through another
+     *     class loader
      */
     public PhotosService(Path library) {
-        System.load(library.toAbsolutePath().toString());
+        NativeLoader.load(library);
     }
 
     // ---- Access and browsing ----
