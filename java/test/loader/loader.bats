@@ -100,6 +100,7 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     [[ $UID == 0 ]] || skip 'only root can make folders of other users'
     rm -r "$cache"; mkdir -m 700 "$cache"; chown 4711 "$cache"; refuses 'belongs to another user, 4711'
     chown 0 "$cache"; chmod 755 "$home" "$home/.cache" "$cache" "$BATS_RUN_TMPDIR" "$BATS_FILE_TMPDIR" "$BATS_TEST_TMPDIR"
+    cp "$JAR" "$BATS_TEST_TMPDIR/" && JAR=$BATS_TEST_TMPDIR/${JAR##*/} # where that user can read it
     mine=(setpriv --reuid 4711 --clear-groups "${mine[@]}"); refuses 'belongs to root' 'cannot be written to'
 }
 
