@@ -29,15 +29,6 @@ void dateFile(const fs::path& path, std::int64_t seconds, long nanoseconds) {
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
-// The store of a library that is there, as somebody else's process opens it.
-struct OpenStore {
-    explicit OpenStore(const ScratchHome& home)
-        : folder(open(home.library().c_str(), O_RDONLY | O_DIRECTORY)), store(folder.get()) {}
-
-    const local::UniqueFd folder;
-    const local::FileStore store;
-};
-
 } // namespace
 
 TEST(AssetImport, KeepsTheBytesTheNameAndTheType) {
@@ -135,40 +126,37 @@ TEST(AssetImport, WhatCannotBeAnAssetIsRefusedWithASentence) {
 TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     const ScratchHome home;
     listed();
-    const OpenStore open(home);
-    const local::FileStore& store = open.store;
+    const local::UniqueFd library = imaging_test::open(home.library());
+    const local::FileStore store(library.get());
     const auto none = [](local::Stored, const std::string&) { return false; };
     const auto all = [](local::Stored, const std::string&) { return true; };
     const auto ready = [] {};
     const local::UniqueFd source = imaging_test::open(writePicture(home.file("a.jpg")));
-    const auto name = [] { return local::uppercaseText(local::randomUuid()); };
     const auto originals = [&] { return filesBelow(home.library() / "originals").size(); };
     writeText(home.library() / "incoming/notes.txt", "not ours");
-    {
-        local::IncomingFile incoming(store, local::Stored::original, name(), source.get());
-        store.sweep(none, ready);
+    const auto import = [&](const std::function<void()>& meanwhile) {
+        lseek(source.get(), 0, SEEK_SET);
+        local::IncomingFile incoming(store, local::Stored::original,
+                                     local::uppercaseText(local::randomUuid()), source.get());
+        meanwhile();
         incoming.place();
-        store.sweep(none, ready);
-        EXPECT_EQ(originals(), 1u);
+        meanwhile();
         incoming.commitBegins();
-    }
-    // Its process is as good as dead now, and whether it committed is the catalogue's to say.
-    EXPECT_THROW(store.sweep(none, [] { throw local::systemError("no", EROFS); }),
-                 local::LibraryError);
-    EXPECT_EQ(originals(), 1u);
-    store.sweep(all, ready);
-    EXPECT_EQ(originals(), 1u);
-    EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
+    };
+    import([&] { store.sweep(none, ready);
+});
+EXPECT_EQ(originals(), 1u);
+// Its process is as good as dead now, and whether it committed is the catalogue's to say.
+EXPECT_THROW(store.sweep(none, [] { throw local::systemError("no", EROFS); }), local::LibraryError);
+EXPECT_EQ(originals(), 1u);
+store.sweep(all, ready);
+EXPECT_EQ(originals(), 1u);
+EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
 
-    lseek(source.get(), 0, SEEK_SET);
-    {
-        local::IncomingFile incoming(store, local::Stored::original, name(), source.get());
-        incoming.place();
-        incoming.commitBegins();
-    }
-    store.sweep(none, ready);
-    EXPECT_EQ(originals(), 1u);
-    EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
+import([]{});
+store.sweep(none, ready);
+EXPECT_EQ(originals(), 1u);
+EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
 }
 
 TEST(AssetImport, ProcessesImportAndSweepSideBySide) {
@@ -176,13 +164,14 @@ TEST(AssetImport, ProcessesImportAndSweepSideBySide) {
     const auto picture = writePicture(home.file("a.jpg"));
     inChild([] { listed(); });
     inProcesses(4, [&](int) {
-        const OpenStore open(home);
+        const local::UniqueFd library = imaging_test::open(home.library());
+        const local::FileStore store(library.get());
         const auto isThere = [](local::Stored, const std::string& name) {
             return assetWith(name.substr(0, 36) + "/L0/001").has_value();
         };
         for (int i = 0; i < 25; ++i) {
             EXPECT_TRUE(importFile(picture).identifier);
-            open.store.sweep(isThere, [] {}); // as a process that opens the library meanwhile
+            store.sweep(isThere, [] {}); // as a process that opens the library meanwhile
         }
     });
     EXPECT_EQ(listed().count(), 100u);

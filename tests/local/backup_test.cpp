@@ -60,7 +60,7 @@ TEST_F(BackupOf, IsALibraryThatOpensInTheOnesPlace) {
 
 TEST_F(BackupOf, CopiesOnlyWhatIsNewAndSetsAsideWhatIsGone) {
     backUp();
-    const std::string gone = storedAs(home, identifiers[0]);
+    const std::string gone = original(0).filename();
     import("d");
     deleteForGood("n = 1");
     EXPECT_EQ(counts(backUp()), "1 copied, 2 present, 1 set aside");
@@ -163,7 +163,7 @@ TEST_F(BackupOf, IsNotReplacedUnderSomebodyWhoHasItOpen) {
     backUp();
     import("d");
     {
-        const OtherProcess reader([&] {
+        const auto reader = otherProcess([&] {
             local::LibraryReader open(target.string());
             open.countFiles();
             writeText(home.file("is open"), "");
@@ -196,7 +196,7 @@ TEST_F(BackupOf, AnAssetThatGoesAfterItsRowWasReadBeginsTheMomentAnew) {
 TEST_F(BackupOf, WhileAnotherProcessImportsAndDeletes) {
     const auto picture = home.file("a.jpg");
     closeLibrary();
-    const OtherProcess busy([&] {
+    const auto busy = otherProcess([&] {
         for (int i = 0;; ++i) {
             importFile(picture);
             if (i % 3 == 2)

@@ -157,7 +157,7 @@ TEST_F(ImagingHostile, AWorkerThatCannotBeStartedSaysWhichAndWhy) {
 TEST_F(ImagingHostile, WorkersEndWithTheirHost) {
     pid_t worker = -1;
     {
-        const OtherProcess host([&] {
+        const auto host = otherProcess([&] {
             const auto started = WorkerProcess::start(false);
             writeText(folder / "worker", std::to_string(workers().at(0)));
             pause();

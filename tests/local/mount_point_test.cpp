@@ -5,16 +5,16 @@
 
 #include <sys/mount.h>
 
+#include <regex>
+
 namespace {
 
 // In a process of its own, with an /etc/fstab that names `place` below its home.
 void withMountPoint(const fs::path& place, const std::function<void(const ScratchHome&)>& body) {
     withOwnMounts([&] {
         const ScratchHome home;
-        const fs::path disk = home.path() / place;
-        std::string named = disk.string();
-        for (std::size_t at = 0; (at = named.find(' ', at)) != std::string::npos;)
-            named.replace(at, 1, "\\040");
+        const std::string named =
+            std::regex_replace((home.path() / place).string(), std::regex(" "), "\\040");
         writeText(home.file("fstab"), "# disks\nUUID=17 " + named + "/ ext4 noauto 0 2\n");
         mountAt("/etc/fstab", home.file("fstab"), MS_BIND);
         body(home);

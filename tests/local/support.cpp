@@ -74,11 +74,11 @@ void onSmallDisk(const std::string& options,
     });
 }
 
-OtherProcess::OtherProcess(const std::function<void()>& body) : process_(start(body)) {}
-
-OtherProcess::~OtherProcess() {
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
+std::shared_ptr<void> otherProcess(const std::function<void()>& body) {
+    return {nullptr, [process = start(body)](void*) {
+                kill(process, SIGKILL);
+                waitpid(process, nullptr, 0);
+            }};
 }
 
 void closeLibrary() {
@@ -194,13 +194,9 @@ std::string sqlText(const ScratchHome& home, const std::string& sql) {
     return row.step() ? std::string(row.text(0)) : "";
 }
 
-std::string storedAs(const ScratchHome& home, const std::string& identifier) {
-    const auto n = local::recordOf(assetWith(identifier).value()).n;
-    return sqlText(home, "SELECT stored_as FROM asset WHERE n = " + std::to_string(n));
-}
-
 fs::path originalOf(const ScratchHome& home, const std::string& identifier) {
-    const std::string stored = storedAs(home, identifier);
+    const auto n = std::to_string(local::recordOf(assetWith(identifier).value()).n);
+    const auto stored = sqlText(home, "SELECT stored_as FROM asset WHERE n = " + n);
     return home.library() / "originals" / stored.substr(0, 2) / stored;
 }
 

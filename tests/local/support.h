@@ -46,17 +46,8 @@ void mountAt(const fs::path& place, const fs::path& what, unsigned long flags = 
 void onSmallDisk(const std::string& options,
                  const std::function<void(const ScratchHome&, const fs::path&)>& body);
 
-// A process that does `body` until this object goes, and is killed then.
-class OtherProcess {
-public:
-    explicit OtherProcess(const std::function<void()>& body);
-    ~OtherProcess();
-    OtherProcess(const OtherProcess&) = delete;
-    OtherProcess& operator=(const OtherProcess&) = delete;
-
-private:
-    pid_t process_;
-};
+// Begins a process that does `body`, and is killed when the answer goes.
+std::shared_ptr<void> otherProcess(const std::function<void()>& body);
 
 // Closes the library that this process has open, so that a process forked from it may open it.
 void closeLibrary();
@@ -101,8 +92,7 @@ void runSql(const ScratchHome& home, const std::string& sql);
 std::string sqlText(const ScratchHome& home, const std::string& sql);
 std::int64_t sqlInteger(const ScratchHome& home, const std::string& sql);
 
-// The file name of an asset's original in the file store, and its path.
-std::string storedAs(const ScratchHome& home, const std::string& identifier);
+// The file of an asset's original in the file store.
 fs::path originalOf(const ScratchHome& home, const std::string& identifier);
 
 // Adds rows for assets without files: n, and a creation time for each.

@@ -10,6 +10,7 @@
 
 using namespace imaging_test;
 using compromised::Tried;
+using local::ImagingFailure;
 
 namespace {
 
@@ -17,11 +18,7 @@ class CompromisedWorker : public testing::Test {
 protected:
     const Folder folder;
 
-    fs::path order(const std::string& words) const {
-        fs::path file = folder / "order";
-        writeText(file, words);
-        return file;
-    }
+    fs::path order(const std::string& words) const { return writeText(folder / "order", words); }
 
     // A worker that was killed for trying has not got its way either.
     void isRefused(const std::string& attempt) const {
@@ -30,8 +27,7 @@ protected:
         if (const auto* info = std::get_if<local::MediaInfo>(&told))
             EXPECT_EQ(info->width, static_cast<std::uint32_t>(Tried::refused)) << attempt;
         else
-            EXPECT_EQ(std::get<local::ImagingFailure>(told).cause,
-                      local::ImagingFailure::Cause::crashed)
+            EXPECT_EQ(std::get<ImagingFailure>(told).cause, ImagingFailure::Cause::crashed)
                 << attempt;
         EXPECT_EQ(readBytes(file), attempt) << "the file itself was changed";
         goesOn(attempt);
@@ -69,8 +65,7 @@ TEST_F(CompromisedWorker, MemoryDescriptorsAndThreadsWithoutEndAreRefused) {
 TEST_F(CompromisedWorker, TimeWithoutEndIsRefusedWhileOthersAreServed) {
     if (local::imaging::kSanitized)
         GTEST_SKIP() << "a worker has minutes under sanitizers";
-    const fs::path spinning = folder / "spinning";
-    writeText(spinning, "spin");
+    const fs::path spinning = writeText(folder / "spinning", "spin");
     bool done = false;
     std::thread caller([&] {
         EXPECT_NE(failureOf(spinning), "");
@@ -88,10 +83,8 @@ TEST_F(CompromisedWorker, TimeWithoutEndIsRefusedWhileOthersAreServed) {
 TEST_F(CompromisedWorker, AFileThatKillsItIsRememberedAndOthersAreServed) {
     const fs::path deadly = order("die");
     int opened = 0;
-    const local::PictureSource source{local::MediaKind::photo, "deadlyfile", [&] {
-                                          ++opened;
-                                          return open(deadly);
-                                      }};
+    const auto openCounted = [&] { return ++opened, open(deadly); };
+    const local::PictureSource source{local::MediaKind::photo, "deadlyfile", openCounted};
     EXPECT_EQ(sizeOf(local::coverPicture(source, 300, 300)), "none");
     EXPECT_GT(opened, 0);
     opened = 0;
