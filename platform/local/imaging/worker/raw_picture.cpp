@@ -91,6 +91,16 @@ std::optional<Picture> fromPreview(OpenRaw& open, const Target& target) {
     }
 }
 
+// In megabytes. LibRaw 0.21 moved the setting.
+template <class Data>
+void boundMemory(Data& data) {
+    constexpr unsigned most = 2048;
+    if constexpr (requires { data.rawparams.max_raw_memory_mb; })
+        data.rawparams.max_raw_memory_mb = most;
+    else
+        data.params.max_raw_memory_mb = most;
+}
+
 Picture develop(OpenRaw& open, const Target& target) {
     Picture picture;
     picture.orientation = open.orientation();
@@ -106,7 +116,7 @@ Picture develop(OpenRaw& open, const Target& target) {
     settings.output_bps = 8;
     settings.user_qual = 0; // bilinear
     settings.user_flip = 0; // turned by us
-    settings.max_raw_memory_mb = 2048;
+    boundMemory(raw.imgdata);
     if (raw.unpack() != LIBRAW_SUCCESS || raw.dcraw_process() != LIBRAW_SUCCESS)
         throw Failure{Outcome::damaged};
     int status = LIBRAW_SUCCESS;
