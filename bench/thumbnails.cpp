@@ -112,7 +112,7 @@ void repeated(const Settings& settings) {
     source.derivativesRoom = [] { return std::optional<std::uint64_t>(1 << 30); };
     thumbnail(source);
     const auto derivative = folder / "00" / (source.contentKey + ".jpg");
-    for (int i = 0; i < 200 && !std::filesystem::exists(derivative); ++i)
+    for (int i = 0; i < 2400 && !std::filesystem::exists(derivative); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     require(std::filesystem::exists(derivative), "no derivative was made");
     const Medians m = alternate(
