@@ -126,8 +126,8 @@ void pages(const Settings& settings, const std::filesystem::path& catalogue, Ste
         {"start", 0}, {"middle", settings.assets / 2}, {"end", settings.assets - pageSize}};
     for (const auto& [name, offset] : places) {
         rows.startAt(offset);
-        const Medians m = alternate(
-            settings.repeats, [&] { listPage(offset); }, [&] { rows.step(); });
+        const auto listed = [&] { listPage(offset); };
+        const Medians m = alternate(settings.repeats, listed, [&] { rows.step(); });
         report(
             {std::string("page of 100, ") + name, "the same rows stepped", m.ours, m.floor, 2.5});
     }

@@ -93,8 +93,9 @@ void jpeg(const Settings& settings) {
     for (const Case& one : cases) {
         const auto path = photograph(settings, one.name, one.width, one.height);
         const auto source = sourceOf(path);
-        const Medians m = alternate(
-            turns(settings, 25), [&] { thumbnail(source); }, [&] { decodeEighth(path); });
+        const auto made = [&] { thumbnail(source); };
+        const auto decoded = [&] { decodeEighth(path); };
+        const Medians m = alternate(turns(settings, 25), made, decoded);
         report({one.what, "1/8 decode of the file in process", m.ours, m.floor, one.limit});
     }
 }
@@ -115,8 +116,9 @@ void repeated(const Settings& settings) {
     for (int i = 0; i < 2400 && !std::filesystem::exists(derivative); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     require(std::filesystem::exists(derivative), "no derivative was made");
-    const Medians m = alternate(
-        turns(settings, 50), [&] { thumbnail(source); }, [&] { decodeEighth(path); });
+    const auto made = [&] { thumbnail(source); };
+    const auto decoded = [&] { decodeEighth(path); };
+    const Medians m = alternate(turns(settings, 50), made, decoded);
     report({"repeated thumbnail of a 12 MP JPEG", "1/8 decode of the file in process", m.ours,
             m.floor, 0.1});
 }

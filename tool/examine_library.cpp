@@ -18,7 +18,7 @@ constexpr std::int64_t littleRoom = 1'000'000'000;
 constexpr std::int64_t fewFiles = 10'000;
 
 bool isThere(const std::string& path) {
-    struct stat file {};
+    struct stat file = {};
     return lstat(path.c_str(), &file) == 0;
 }
 

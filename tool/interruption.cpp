@@ -29,11 +29,11 @@ void note(int) {
 
 void noteInterruptions() {
     atTerminal = isatty(STDERR_FILENO) != 0;
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_handler = note;
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction before {};
+        struct sigaction before = {};
         sigaction(signal, &action, &before);
         if (before.sa_handler == SIG_IGN) // nohup, or a job in the background
             sigaction(signal, &before, nullptr);

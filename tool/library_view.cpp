@@ -36,7 +36,7 @@ std::string completed(std::string typed, std::string_view ending) {
 
 // A catalogue that is missing beside originals, or a link to nothing, is the library's own finding.
 std::optional<std::string> whyThereIsNoLibrary(const std::string& path) {
-    struct stat catalogue {};
+    struct stat catalogue = {};
     std::error_code error;
     const bool leadsNowhere =
         std::filesystem::is_symlink(path, error) && !std::filesystem::exists(path, error);

@@ -23,7 +23,7 @@ struct DiskUse {
 };
 
 std::int64_t sizeOnDisk(const fs::path& path) {
-    struct stat file {};
+    struct stat file = {};
     constexpr std::int64_t block = 512;
     return lstat(path.c_str(), &file) == 0 ? file.st_blocks * block : 0;
 }

@@ -180,7 +180,7 @@ bool CatalogueConnection::isReadOnly() const {
 }
 
 bool hasNoLog(int folder) {
-    struct stat log {};
+    struct stat log = {};
     if (fstatat(folder, "library.db-wal", &log, 0) == 0)
         return log.st_size == 0;
     if (errno != ENOENT)

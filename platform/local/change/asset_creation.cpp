@@ -81,7 +81,7 @@ PreparedAsset::PreparedAsset(const FileStore& store, const AssetCreation& creati
     const MediaKind kind =
         type == platform::PHAssetResourceTypeVideo ? MediaKind::video : MediaKind::photo;
 
-    struct stat file {};
+    struct stat file = {};
     const UniqueFd source = openSource(creation_.sourcePath, file);
     storedAs_ = uppercaseText(creation_.uuid);
     if (const std::string ending = storableEnding(called); !ending.empty())

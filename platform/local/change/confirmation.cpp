@@ -114,7 +114,7 @@ bool canAskAboutDeletions() {
     std::istringstream folders(path ? path : "");
     for (std::string folder; std::getline(folders, folder, ':');) {
         const std::string program = (folder.empty() ? "." : folder) + "/zenity";
-        struct stat file {};
+        struct stat file = {};
         if (stat(program.c_str(), &file) == 0 && S_ISREG(file.st_mode) &&
             access(program.c_str(), X_OK) == 0)
             return true;

@@ -22,7 +22,7 @@ LibraryError refused(const std::string& why) {
 }
 
 UniqueFd openRendered(const EditFolder& folder) {
-    struct stat file {};
+    struct stat file = {};
     UniqueFd rendered(
         openat(folder.descriptor(), renderedName, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!rendered || fstat(rendered.get(), &file) != 0)

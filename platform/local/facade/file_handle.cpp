@@ -25,7 +25,7 @@ std::optional<NSFileHandle> fileHandleForWritingAtPath(const std::string& path) 
         auto file = std::make_shared<local::UniqueFd>(
             openat(place.folder.get(), place.name.c_str(),
                    O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-        struct stat status {};
+        struct stat status = {};
         if (!*file || fstat(file->get(), &status) != 0 || !S_ISREG(status.st_mode))
             return std::nullopt;
         return NSFileHandle{std::move(file)};

@@ -30,7 +30,7 @@ constexpr int writing = O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 
 UniqueFd openRegularFile(const std::string& path) {
     UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
+    struct stat status = {};
     if (!file || fstat(file.get(), &status) != 0)
         throw systemError("The file could not be opened", errno);
     if (!S_ISREG(status.st_mode))
@@ -103,7 +103,7 @@ void copyItem(const std::string& from, const std::string& to) {
 
 NSData contentsOf(const std::string& path) {
     const UniqueFd file = openRegularFile(path);
-    struct stat status {};
+    struct stat status = {};
     if (fstat(file.get(), &status) != 0 || status.st_size > mostInMemory)
         throw systemError("The file could not be read", EFBIG);
     NSData data;
@@ -171,7 +171,7 @@ bool succeeds(std::optional<platform::NSError>& error, Work work) {
 namespace platform {
 
 bool isReadableFileAtPath(const std::string& path) {
-    struct stat file {};
+    struct stat file = {};
     if (path.empty() || stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode))
         return false;
     return faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0;
@@ -216,7 +216,7 @@ bool createFileAtPath(const std::string& path) {
         const local::HostFile place = local::changeableFile(path);
         const local::UniqueFd file(openat(place.folder.get(), place.name.c_str(),
                                           local::writing | O_CREAT | O_TRUNC, local::usualMode));
-        struct stat status {};
+        struct stat status = {};
         return file && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
     });
 }

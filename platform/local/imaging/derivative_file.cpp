@@ -45,7 +45,7 @@ UniqueFd openDerivative(int folder, const std::string& contentKey) {
 
 void noteUse(int derivative) {
     constexpr std::time_t kDay = 24 * 60 * 60;
-    struct stat status {};
+    struct stat status = {};
     if (fstat(derivative, &status) == 0 &&
         std::abs(std::difftime(std::time(nullptr), status.st_mtime)) > kDay)
         futimens(derivative, nullptr);

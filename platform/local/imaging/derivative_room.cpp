@@ -66,7 +66,7 @@ std::vector<Derivative> sweep(int folder) {
             continue;
         for (const std::string& name : namesIn(folder, shard.c_str())) {
             const std::string path = shard + "/" + name;
-            struct stat status {};
+            struct stat status = {};
             if (fstatat(folder, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
                 !S_ISREG(status.st_mode))
                 continue;
@@ -100,7 +100,7 @@ std::uint64_t tidyDerivatives(int folder, std::uint64_t room) {
 }
 
 void DerivativeRoom::keep(int folder, std::uint64_t room) {
-    struct stat status {};
+    struct stat status = {};
     if (fstat(folder, &status) != 0)
         return;
     const bool known = device_ == status.st_dev && folder_ == status.st_ino;

@@ -17,7 +17,7 @@ namespace {
 
 std::optional<FileIdentity> libraryFolder() {
     const auto path = libraryPath();
-    struct stat folder {};
+    struct stat folder = {};
     if (!path || stat(path->c_str(), &folder) != 0)
         return std::nullopt;
     return identityOf(folder);
@@ -38,12 +38,12 @@ bool isEditFolder(int folder, const FileIdentity& library) {
     const UniqueFd incoming(openat(folder, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
     const UniqueFd above(incoming ? openat(incoming.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC)
                                   : -1);
-    struct stat status {};
+    struct stat status = {};
     return above && fstat(above.get(), &status) == 0 && identityOf(status) == library;
 }
 
 bool holds(const HostFile& place, const FileIdentity& library) {
-    struct stat file {};
+    struct stat file = {};
     if (fstatat(place.folder.get(), place.name.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0 ||
         !S_ISDIR(file.st_mode))
         return false;

@@ -82,7 +82,7 @@ UniqueFd openLibraryFolder(const std::string& path) {
 }
 
 bool catalogueExists(int folder) {
-    struct stat file {};
+    struct stat file = {};
     if (fstatat(folder, "library.db", &file, 0) == 0)
         return file.st_size > 0;
     if (errno != ENOENT)
@@ -117,11 +117,11 @@ void requirePresentVersion(CatalogueConnection& connection) {
 void syncNewLibrary(int folder) {
     if (fsync(folder) != 0)
         throw systemError("The new photo library could not be made durable", errno);
-    struct stat below {};
+    struct stat below = {};
     fstat(folder, &below);
     UniqueFd at(openat(folder, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     for (bool nearest = true; at; nearest = false) {
-        struct stat here {};
+        struct stat here = {};
         const bool looked = fstat(at.get(), &here) == 0;
         const bool top = here.st_dev != below.st_dev || here.st_ino == below.st_ino;
         if (!nearest && (!looked || top || here.st_uid != geteuid()))
@@ -144,7 +144,7 @@ void makeCatalogueFile(int folder) {
 
 // A folder that stood there before it became a library is closed to others, if it is this user's.
 void keepToItsOwner(int folder) {
-    struct stat status {};
+    struct stat status = {};
     if (fstat(folder, &status) == 0 && status.st_uid == geteuid() &&
         (status.st_mode & 0777) != 0700)
         fchmod(folder, 0700);
@@ -234,7 +234,7 @@ bool Library::stillAt(const std::string& path) const {
     // A disk that took no writes may take them again.
     if (readOnly_ && std::chrono::steady_clock::now() - opened_ > std::chrono::seconds(2))
         return false;
-    struct stat now {};
+    struct stat now = {};
     return stat((path + "/library.db").c_str(), &now) == 0 && now.st_dev == catalogueFile_.st_dev &&
            now.st_ino == catalogueFile_.st_ino;
 }

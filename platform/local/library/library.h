@@ -87,7 +87,7 @@ private:
 
     pid_t process_ = getpid();
     UniqueFd folder_;
-    struct stat catalogueFile_ {};
+    struct stat catalogueFile_ = {};
     CatalogueConnection::Mode mode_ = CatalogueConnection::Mode::readWrite;
     bool readOnly_ = false;
     std::chrono::steady_clock::time_point opened_ = std::chrono::steady_clock::now();

@@ -22,7 +22,7 @@ std::string shelfOf(const NamedFile& file) {
 
 UniqueFd openRegular(int folder, const std::string& path) {
     UniqueFd file(openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    struct stat status {};
+    struct stat status = {};
     if (file && (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)))
         file.reset();
     return file;
@@ -39,7 +39,7 @@ bool isRight(int file, const NamedFile& wanted, const std::function<bool()>& sto
 } // namespace
 
 bool BackupFiles::holds(const NamedFile& file, bool check, const std::function<bool()>& stop) {
-    struct stat status {};
+    struct stat status = {};
     if (fstatat(backup_, file.path().c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
         !S_ISREG(status.st_mode) || status.st_size != file.size)
         return false;

@@ -31,7 +31,7 @@ LibraryError refused(const std::string& why) {
 }
 
 bool hasBytes(int folder, const std::string& name) {
-    struct stat file {};
+    struct stat file = {};
     return fstatat(folder, name.c_str(), &file, AT_SYMLINK_NOFOLLOW) == 0 && file.st_size > 0;
 }
 
@@ -108,7 +108,7 @@ void BackupFolder::requirePlace(int library) const {
     };
     if (isIn(nearest.get(), library))
         throw refused("The backup cannot lie inside the library.");
-    struct stat there {};
+    struct stat there = {};
     const bool missing = stat(path_.c_str(), &there) != 0 && errno == ENOENT;
     if (isIn(library, nearest.get()) && !missing)
         throw refused("The library lies inside " + path_ + ".");

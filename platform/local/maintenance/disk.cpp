@@ -33,7 +33,7 @@ void tryOut(int folder, Disk& disk) {
     const UniqueFd copy = namelessFile(folder);
     if (!source || !copy)
         return;
-    struct flock wanted {};
+    struct flock wanted = {};
     wanted.l_type = F_WRLCK;
     disk.locks =
         flock(source.get(), LOCK_EX | LOCK_NB) == 0 && fcntl(source.get(), F_SETLK, &wanted) == 0;
@@ -45,7 +45,7 @@ void tryOut(int folder, Disk& disk) {
 
 Disk diskOf(const std::string& path) {
     const UniqueFd folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    struct statvfs status {};
+    struct statvfs status = {};
     if (!folder || fstatvfs(folder.get(), &status) != 0)
         throw systemError("The folder " + path + " could not be examined", errno);
     Disk disk;

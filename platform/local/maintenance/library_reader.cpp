@@ -22,7 +22,7 @@ UniqueFd openLibraryFolder(const std::string& path) {
         throw LibraryError(posixErrorDomain, ENOENT, "There is no photo library at " + path + ".");
     if (!folder)
         throw systemError("The photo library " + path + " could not be opened", errno);
-    struct stat catalogue {};
+    struct stat catalogue = {};
     if (fstatat(folder.get(), "library.db", &catalogue, 0) != 0 || catalogue.st_size == 0)
         throw LibraryError(posixErrorDomain, ENOENT,
                            path + " holds no catalogue: it is no photo library, or its disk is "

@@ -91,7 +91,7 @@ std::string copyToQuarantine(int library, const NamedFile& wanted, int from,
 std::string findInQuarantine(int library, const NamedFile& wanted) {
     for (const std::string& name : namesIn(library, quarantine)) {
         std::string path = std::string(quarantine) + "/" + name;
-        struct stat status {};
+        struct stat status = {};
         if (fstatat(library, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
             !S_ISREG(status.st_mode) || status.st_size != wanted.size)
             continue;

@@ -102,7 +102,7 @@ private:
         const UniqueFd opened(openat(reader_.folder(), file.path().c_str(),
                                      O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
         const int error = errno;
-        struct stat status {};
+        struct stat status = {};
         if (!opened)
             return foundOf(file, error == ENOENT ? Kind::missing : Kind::unreadable,
                            error == ENOENT ? "It is not there."

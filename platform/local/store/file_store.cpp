@@ -77,7 +77,7 @@ std::string_view lockFileEnding(Stored kind) {
 }
 
 bool isLinked(int file) {
-    struct stat status {};
+    struct stat status = {};
     return fstat(file, &status) == 0 && status.st_nlink > 0;
 }
 

@@ -7,7 +7,7 @@
 namespace local {
 
 std::optional<FileIdentity> identityOf(int file) {
-    struct stat status {};
+    struct stat status = {};
     return fstat(file, &status) == 0 ? std::optional(identityOf(status)) : std::nullopt;
 }
 

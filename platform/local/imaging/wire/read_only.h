@@ -15,7 +15,7 @@ namespace local::imaging {
 // power cannot write through it; an empty one when that cannot be had or it is no regular file.
 // It may share its offset with `fd`: workers have no system call that uses or moves an offset.
 inline UniqueFd readOnlyDescriptor(int fd) {
-    struct stat status {};
+    struct stat status = {};
     if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
         return {};
     const int flags = fcntl(fd, F_GETFL);

@@ -24,7 +24,7 @@ public:
 class FileInput final : public Input {
 public:
     explicit FileInput(int fd) : fd_(fd) {
-        struct stat status {};
+        struct stat status = {};
         // The C library's fstat is a look at a path, with an empty one, in some versions; the
         // sandbox lets nobody look at paths.
         if (syscall(SYS_fstat, fd, &status) == 0 && status.st_size > 0)

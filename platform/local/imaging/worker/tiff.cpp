@@ -2,12 +2,12 @@
 
 #include "platform/local/imaging/worker/exif.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <tiffio.h>
 
@@ -85,17 +85,16 @@ FileFormat formatOfMaker(std::string_view maker) {
 }
 
 bool anySubdirectoryShowsSensorData(TIFF* tiff) {
-    constexpr std::uint16_t kMost = 8;
+    std::array<toff_t, 8> copy{};
     std::uint16_t count = 0;
     toff_t* offsets = nullptr;
     if (TIFFGetField(tiff, TIFFTAG_SUBIFD, &count, &offsets) == 0)
         return false;
     // The array belongs to the directory that the first move leaves.
-    const std::vector<toff_t> copy(offsets, offsets + std::min(count, kMost));
-    for (const toff_t offset : copy)
-        if (TIFFSetSubDirectory(tiff, offset) != 0 && showsSensorData(tiff))
-            return true;
-    return false;
+    const auto* end = std::copy_n(offsets, std::min<std::size_t>(count, copy.size()), copy.begin());
+    return std::any_of(copy.cbegin(), end, [tiff](toff_t offset) {
+        return TIFFSetSubDirectory(tiff, offset) != 0 && showsSensorData(tiff);
+    });
 }
 
 FileFormat rawFormat(TIFF* tiff) {

@@ -15,6 +15,17 @@ constexpr const char* kDemuxers = "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpe
                                   "ogg";
 constexpr int kBufferSize = 64 * 1024;
 
+const std::uint8_t* displayMatrix(const AVStream& stream) {
+#if LIBAVFORMAT_VERSION_INT >= AV_VERSION_INT(60, 15, 100)
+    const AVCodecParameters& all = *stream.codecpar;
+    const AVPacketSideData* found = av_packet_side_data_get(
+        all.coded_side_data, all.nb_coded_side_data, AV_PKT_DATA_DISPLAYMATRIX);
+    return found ? found->data : nullptr;
+#else
+    return av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+#endif
+}
+
 } // namespace
 
 int VideoFile::read(void* opaque, std::uint8_t* to, int length) {
@@ -77,7 +88,7 @@ VideoFile::VideoFile(const FileInput& input) : reader_{&input, 0} {
 }
 
 int VideoFile::orientation() const {
-    const std::uint8_t* data = av_stream_get_side_data(stream_, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+    const std::uint8_t* data = displayMatrix(*stream_);
     if (!data)
         return 1;
     const auto* matrix = reinterpret_cast<const std::int32_t*>(data);
