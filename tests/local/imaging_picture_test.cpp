@@ -98,7 +98,8 @@ TEST(ImagingPicture, HeifIsTurnedOnce) {
     const Folder folder;
     writeJpeg(folder / "a.jpg", quarters(640, 320));
     run(folder, "exiftool -q -n -Orientation=6 a.jpg -o 6.jpg && heif-enc 6.jpg -o 6.heic &&"
-                " heif-enc -A 6.jpg -o 6.avif && sed -i 's/pixi./irot\\x03/' 6.heic 6.avif");
+                " heif-enc -A 6.jpg -o 6.avif; for f in 6.heic 6.avif; do grep -q irot $f ||"
+                " sed -i 's/pixi./irot\\x03/' $f; done"); // newer encoders turn by themselves
     for (const char* name : {"6.heic", "6.avif"}) {
         EXPECT_EQ(infoOf(folder / name).height, 640U) << name;
         const auto picture = cover(folder / name, 100, 100);
@@ -160,7 +161,7 @@ TEST(ImagingPicture, UnusualStillsBecomeEightBitRgbOnWhite) {
     for (const char* name : {"grey.png", "grey.jpg", "grey.jxl"}) {
         const Colour grey = middleOf(folder / name);
         EXPECT_TRUE(isNear(grey, {grey[0], grey[0], grey[0]}, 1)) << name;
-        EXPECT_NEAR(grey[0], 124, 3) << name;
+        EXPECT_NEAR(grey[0], 126, 5) << name; // 124 or 128 by the version of libvips
     }
 }
 
@@ -204,7 +205,7 @@ TEST(ImagingPicture, VideosShowAKeyFrameInTheRightColours) {
         "ffmpeg -v error -f lavfi -i color=0xc86432:s=640x480:d=2 -c:v mpeg4 -q:v 2 sd.avi &&"
         "ffmpeg -v error -f lavfi -i color=0xc86432:s=640x480:d=2 -c:v mjpeg -q:v 2 "
         "-pix_fmt yuvj420p full.mov && "
-        "ffmpeg -v error -i hd.mp4 -c copy -metadata:s:v rotate=90 turned.mp4");
+        "exiftool -q -n -Rotation=90 hd.mp4 -o turned.mp4");
     // A small one is taken for BT.709 when it says so, a large one also when it says nothing.
     for (const char* name : {"hd.mp4", "stated.mp4", "unstated.avi", "sd.avi", "full.mov"}) {
         const auto picture = cover(folder / name, 128, 128, MediaKind::video);
