@@ -144,7 +144,7 @@ TEST_F(ImagingHostile, IdleWorkersThatWereEndedAreReplacedUnnoticed) {
 }
 
 TEST_F(ImagingHostile, AWorkerThatCannotBeStartedSaysWhichAndWhy) {
-    if (kSanitized)
+    if (kInstrumented)
         GTEST_SKIP() << "the sanitizers need descriptors themselves";
     std::string why;
     {
@@ -170,7 +170,7 @@ TEST_F(ImagingHostile, WorkersEndWithTheirHost) {
 }
 
 TEST_F(ImagingHostile, TheSandboxRefusesFilesNetworkAndPrograms) {
-    if (kSanitized)
+    if (kInstrumented)
         GTEST_SKIP() << "the system call filter is off under sanitizers";
     const fs::path program =
         fs::read_symlink("/proc/self/exe").parent_path() / "photos-kit-imaging";

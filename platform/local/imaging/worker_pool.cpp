@@ -85,7 +85,7 @@ void WorkerPool::waitUntilQuiet(Clock::duration quiet) {
 }
 
 Clock::time_point deadlineFromNow() {
-    return Clock::now() + std::chrono::seconds(kSanitized ? 120 : 20);
+    return Clock::now() + std::chrono::seconds(kInstrumented ? 120 : 20);
 }
 
 bool isTooLarge(const CheckedAnswer& answer) {

@@ -35,7 +35,7 @@ struct SpawnSettings {
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-        if (!kSanitized) // whose reports go to standard error
+        if (!kInstrumented) // whose reports go to standard error
             posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, socket, kWorkerSocket);
         // Descriptors that the host's other code forgot to mark are none of the worker's.

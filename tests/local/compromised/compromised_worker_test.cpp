@@ -39,7 +39,7 @@ protected:
 };
 
 TEST_F(CompromisedWorker, FilesNetworkProgramsAndOtherProcessesAreOutOfItsReach) {
-    if (local::imaging::kSanitized)
+    if (local::imaging::kInstrumented)
         GTEST_SKIP() << "the system call filter is off under sanitizers";
     for (const char* attempt : {"open", "create", "write", "truncate", "look", "connect", "exec",
                                 "fork", "kill", "trace", "peek", "renew"})
@@ -47,7 +47,7 @@ TEST_F(CompromisedWorker, FilesNetworkProgramsAndOtherProcessesAreOutOfItsReach)
 }
 
 TEST_F(CompromisedWorker, MemoryDescriptorsAndThreadsWithoutEndAreRefused) {
-    if (local::imaging::kSanitized)
+    if (local::imaging::kInstrumented)
         GTEST_SKIP() << "addresses are not bounded under sanitizers";
     for (const char* attempt :
          {"eat", "eat shared", "memory of a descriptor", "descriptor", "threads", "clone"})
@@ -63,7 +63,7 @@ TEST_F(CompromisedWorker, MemoryDescriptorsAndThreadsWithoutEndAreRefused) {
 }
 
 TEST_F(CompromisedWorker, TimeWithoutEndIsRefusedWhileOthersAreServed) {
-    if (local::imaging::kSanitized)
+    if (local::imaging::kInstrumented)
         GTEST_SKIP() << "a worker has minutes under sanitizers";
     const fs::path spinning = writeText(folder / "spinning", "spin");
     bool done = false;

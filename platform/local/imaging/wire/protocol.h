@@ -15,11 +15,11 @@
 namespace local::imaging {
 
 // Sanitizers slow everything down, reserve terabytes of addresses and want to write reports, so
-// the bounds that would stop them are wider under them.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-inline constexpr bool kSanitized = true;
+// the bounds that would stop them are wider under them. So does an emulator of processors.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(PHOTOS_KIT_EMULATED)
+inline constexpr bool kInstrumented = true;
 #else
-inline constexpr bool kSanitized = false;
+inline constexpr bool kInstrumented = false;
 #endif
 
 inline constexpr std::uint32_t kRequestMark = 0x504b5131;

@@ -180,7 +180,7 @@ void limitResources() {
     limit(RLIMIT_CORE, 0);
     limit(RLIMIT_NOFILE, mostDescriptors);
     limit(RLIMIT_CPU, processorSeconds);
-    if (kSanitized)
+    if (kInstrumented)
         return;
     limit(RLIMIT_AS, mostAddresses());
 }
@@ -197,7 +197,7 @@ bool enterSandbox() {
         return false;
     // After the file system is forbidden, which holds for threads that are started later only. The
     // sanitizers' reports take calls that the filter forbids.
-    return startThreads() && (kSanitized || loadFilter());
+    return startThreads() && (kInstrumented || loadFilter());
 }
 
 } // namespace local::imaging

@@ -140,7 +140,7 @@ int create(pthread_t* thread, const pthread_attr_t* attributes, Work work, void*
 } // namespace
 
 bool startThreads() {
-    if (kSanitized)
+    if (kInstrumented)
         return true; // it wants to start threads itself, and no filter keeps it from that
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);

@@ -22,21 +22,28 @@ GLogWriterOutput dropWarning(GLogLevelFlags, const GLogField*, gsize, void*) {
 
 void dropMessage(const char*, GLogLevelFlags, const char*, void*) {}
 
-bool loadModule(const std::string& folder, const char* name) {
-    GModule* module = g_module_open((folder + name).c_str(), G_MODULE_BIND_LOCAL);
+// The folder that libvips is in, with a slash at its end.
+std::string libraryFolder() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&vips_init), &info) == 0 || !info.dli_fname)
+        return {};
+    const std::string library = info.dli_fname;
+    return library.substr(0, library.rfind('/') + 1);
+}
+
+bool load(const std::string& file) {
+    GModule* module = g_module_open(file.c_str(), G_MODULE_BIND_LOCAL);
     if (module)
         g_module_make_resident(module);
     return module != nullptr;
 }
 
-// Where libvips itself would look for its modules.
-std::string moduleFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&vips_init), &info) == 0 || !info.dli_fname)
-        return {};
-    const std::string library = info.dli_fname;
-    return library.substr(0, library.rfind('/') + 1) + "vips-modules-" +
-           std::to_string(VIPS_MAJOR_VERSION) + "." + std::to_string(VIPS_MINOR_VERSION) + "/";
+// Where libvips itself would look for its modules; or, when all of it came in one folder, there.
+void loadModule(const std::string& folder, const char* name) {
+    const std::string modules = "vips-modules-" + std::to_string(VIPS_MAJOR_VERSION) + "." +
+                                std::to_string(VIPS_MINOR_VERSION) + "/";
+    if (!load(folder + modules + name))
+        load(folder + name);
 }
 
 } // namespace
@@ -46,7 +53,7 @@ bool startVips() {
     g_log_set_default_handler(dropMessage, nullptr);
     if (vips_init("photos-kit-imaging") != 0)
         return false;
-    const std::string folder = moduleFolder();
+    const std::string folder = libraryFolder();
     loadModule(folder, "vips-heif.so");
     loadModule(folder, "vips-jxl.so");
     vips_operation_block_set("VipsForeignLoad", TRUE);
