@@ -71,7 +71,7 @@ TEST_F(Export, StreamsTheFileToANewOneAndClosesIt) {
 
 TEST_F(Export, ChoosesTheCurrentVersionWhereverItStandsElseTheFirstOriginal) {
     const auto chosenOf = [&](const std::vector<long>& types) {
-        scripted::InstalledLibrary fresh;
+        scripted::Library fresh;
         fresh.assets = {imageAsset("one")};
         for (const long type : types)
             fresh.resources["one"].push_back(

@@ -28,6 +28,6 @@ struct CoreTest : testing::Test {
     bool happened(const std::string& words);
 
     support::ScratchHome home;
-    scripted::InstalledLibrary library;
+    scripted::Library library;
     jni::Environment jvm;
 };
