@@ -7,8 +7,6 @@
 #include <array>
 
 using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct Arguments : CoreTest {};
 

@@ -1,14 +1,6 @@
 // Marks, deletion, membership in albums, and what one asset takes over from another.
 #include "tests/core/support.h"
 
-using platform::NSError;
-using scripted::albumTitled;
-using scripted::errorSaying;
-using scripted::imageAsset;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace {
 
 struct AssetChanges : CoreTest {
@@ -55,7 +47,7 @@ TEST_F(AssetChanges, AreOneTransactionForAllThatIsFound) {
 
 TEST_F(AssetChanges, MarksAreSetByJniTrueAloneAndClearedByAnyOtherByte) {
     for (const int byte : {0, 2, 128, 255}) {
-        scripted::Library fresh;
+        Library fresh;
         fresh.assets = {imageAsset("1")};
         EXPECT_EQ(CALL(SetFavorite, {"1"}, static_cast<jboolean>(byte)), "1");
         EXPECT_EQ(CALL(SetHidden, {"1"}, static_cast<jboolean>(byte)), "1");
@@ -78,7 +70,7 @@ TEST_F(AssetChanges, LogWhyTheyWereRefused) {
 }
 
 TEST_F(AssetChanges, DeletionTellsTheUsersRefusalByDomainAndCodeTogether) {
-    const std::string photos(platform::PHPhotosErrorDomain);
+    const std::string photos(PHPhotosErrorDomain);
     const auto refusedWith = [&](const std::optional<NSError>& error) {
         library.changeAnswers = {{.done = false, .error = error}};
         return CALL(DeleteAssets, {"1", "2"});
@@ -89,10 +81,10 @@ TEST_F(AssetChanges, DeletionTellsTheUsersRefusalByDomainAndCodeTogether) {
     EXPECT_EQ(refusedWith(NSError{photos, 3072 + (1L << 32), std::nullopt}), "-3");
     EXPECT_EQ(refusedWith(std::nullopt), "-3");
     EXPECT_EQ(refusedWith(errorSaying(std::string(3000, 'x'))), "-3");
-    EXPECT_THAT(home.logLines(), ElementsAre("delete cancelled at the system sheet",
-                                             "delete failed: Cancelled elsewhere.",
-                                             "delete failed: Almost.", "delete failed: unknown",
-                                             "delete failed: unknown", testing::SizeIs(2047)));
+    EXPECT_THAT(home.logLines(),
+                ElementsAre("delete cancelled at the system sheet",
+                            "delete failed: Cancelled elsewhere.", "delete failed: Almost.",
+                            "delete failed: unknown", "delete failed: unknown", SizeIs(2047)));
 }
 
 TEST_F(AssetChanges, MembershipWithoutARequestIsTheTransactionsToDecide) {

@@ -6,17 +6,6 @@
 #include <iterator>
 #include <set>
 
-using platform::PHObjectPlaceholder;
-using scripted::albumTitled;
-using scripted::errorSaying;
-using scripted::folderTitled;
-using scripted::imageAsset;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-
 namespace {
 
 struct CollectionDuplication : CoreTest {
@@ -112,12 +101,12 @@ TEST_F(CollectionDuplication, OfAFolderFilesTheNewFolderBeforeFetchingItAndItsCh
     library.folders["new folder"] = folderTitled("new folder", "Years copy");
     library.holders["new folder"] = {folderTitled("outer", "Outer")};
     library.folders["years"]->localizedTitle = std::nullopt;
-    library.children["years"] = {scripted::smartAlbumTitled("s", "Recents")}; // a plain copy
+    library.children["years"] = {smartAlbumTitled("s", "Recents")}; // a plain copy
     EXPECT_EQ(duplicate("years"), "new folder");
     EXPECT_THAT(requests(),
                 ElementsAre("request new folder 'Album copy'", "folder outer: add new folder",
                             "request new album 'Recents'"));
-    EXPECT_THAT(home.logLines(), testing::SizeIs(1)) << "the copy inside was not filed";
+    EXPECT_THAT(home.logLines(), SizeIs(1)) << "the copy inside was not filed";
 }
 
 TEST_F(CollectionDuplication, SkipsChildrenThatCannotBeCopied) {

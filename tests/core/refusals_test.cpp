@@ -3,9 +3,6 @@
 #include "tests/core/support.h"
 
 using jni::unreadable;
-using scripted::albumTitled;
-using scripted::folderTitled;
-using scripted::imageAsset;
 
 namespace {
 
@@ -25,10 +22,10 @@ const std::string surrogates = "\xED\xA0\xBD\xED\xB8\x80";
 const std::string modifiedNul = "a\xC0\x80";
 
 struct Refusals : CoreTest {
-    static void fill(scripted::Library& library) {
+    static void fill(Library& library) {
         library.assets = {imageAsset("1")};
         library.albums["trip"] = albumTitled("trip", "Trip");
-        library.albums["smart"] = scripted::smartAlbumTitled("smart", "Recents");
+        library.albums["smart"] = smartAlbumTitled("smart", "Recents");
         library.albums["nil"] = std::nullopt;
         library.folders["years"] = folderTitled("years", "Years");
         library.folders["nil"] = folderTitled("nil", "");
@@ -39,7 +36,7 @@ struct Refusals : CoreTest {
     void expectAll(const std::vector<Refusal>& refusals, const std::vector<std::string>& allowed) {
         for (const Refusal& refusal : refusals) {
             SCOPED_TRACE(refusal.line);
-            scripted::Library fresh;
+            Library fresh;
             fill(fresh);
             EXPECT_EQ(refusal.call(), refusal.answer);
             const auto operations = fresh.operations();
@@ -54,7 +51,7 @@ struct Refusals : CoreTest {
         }
         EXPECT_EQ(jvm.charactersHeld, 0);
         EXPECT_EQ(jvm.elementsTaken, jvm.localRefsDeleted);
-        EXPECT_THAT(home.logLines(), testing::IsEmpty());
+        EXPECT_THAT(home.logLines(), IsEmpty());
     }
 };
 

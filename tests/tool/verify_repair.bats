@@ -5,9 +5,10 @@ load support
     photos-kit verify
     unshare -rm true 2>/dev/null || skip "no mount namespaces here"
     run unshare -rm bash -c 'mount --bind "$HOME" "$HOME" && mount -o remount,bind,ro "$HOME" &&
-        ! touch "$HOME/x" 2>/dev/null && "$PHOTOS_KIT" verify'
+        ! touch "$HOME/x" 2>/dev/null && "$PHOTOS_KIT" verify && ! "$PHOTOS_KIT" doctor'
     [ "$status" -eq 0 ]
     says "The library is whole."
+    says "takes no writes"
 }
 
 @test "faults are named, hold up no other file, and are repaired when that is wanted" {
@@ -41,9 +42,9 @@ load support
     [ -e state ]
 }
 
-@test "the doctor names who has the library open" {
+@test "the doctor tries the sandbox, and names who has the library open" {
     pictures a.jpg
-    [ "$(photos-kit doctor --json | jq -c .processes)" = '{}' ]
+    photos-kit doctor --json | jq -e '.processes == {} and .imaging.sandbox and .disk.writable'
     mkfifo words
     sqlite3 "$LIBRARY/library.db" <words >begun &
     exec 4>words
