@@ -68,41 +68,4 @@ void Library::joinHandlers() {
         thread.join();
 }
 
-platform::NSError errorSaying(const std::string& sentence) {
-    return {.domain = std::string(platform::PHPhotosErrorDomain),
-            .code = 3302,
-            .localizedDescription = sentence};
-}
-
-platform::PHAsset imageAsset(const std::string& identifier) {
-    platform::PHAsset asset;
-    asset.localIdentifier = identifier;
-    asset.mediaType = platform::PHAssetMediaTypeImage;
-    return asset;
-}
-
-platform::PHAssetCollection albumTitled(const std::string& identifier,
-                                        std::optional<std::string> title) {
-    return {.localIdentifier = identifier, .localizedTitle = std::move(title)};
-}
-
-platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
-                                             std::optional<std::string> title) {
-    auto album = albumTitled(identifier, std::move(title));
-    album.assetCollectionType = platform::PHAssetCollectionTypeSmartAlbum;
-    return album;
-}
-
-platform::PHCollectionList folderTitled(const std::string& identifier,
-                                        std::optional<std::string> title) {
-    return {.localIdentifier = identifier, .localizedTitle = std::move(title)};
-}
-
-platform::PHAssetResource resourceNamed(long type, std::optional<std::string> originalFilename) {
-    platform::PHAssetResource resource;
-    resource.type = type;
-    resource.originalFilename = std::move(originalFilename);
-    return resource;
-}
-
 } // namespace scripted

@@ -166,14 +166,25 @@ private:
 // The library that platform/*.h stands for now.
 Library& library();
 
-platform::NSError errorSaying(const std::string& sentence);
-platform::PHAsset imageAsset(const std::string& identifier);
-platform::PHAssetCollection albumTitled(const std::string& identifier,
-                                        std::optional<std::string> title);
-platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
-                                             std::optional<std::string> title);
-platform::PHCollectionList folderTitled(const std::string& identifier,
-                                        std::optional<std::string> title);
-platform::PHAssetResource resourceNamed(long type, std::optional<std::string> originalFilename);
+inline platform::NSError errorSaying(const std::string& sentence) {
+    return {std::string(platform::PHPhotosErrorDomain), 3302, sentence};
+}
+inline platform::PHAsset imageAsset(const std::string& identifier) {
+    return {.localIdentifier = identifier, .mediaType = platform::PHAssetMediaTypeImage};
+}
+using Title = std::optional<std::string>;
+inline platform::PHAssetCollection albumTitled(const std::string& identifier, const Title& title) {
+    return {identifier, title};
+}
+inline platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
+                                                    const Title& title) {
+    return {identifier, title, platform::PHAssetCollectionTypeSmartAlbum};
+}
+inline platform::PHCollectionList folderTitled(const std::string& identifier, const Title& title) {
+    return {identifier, title};
+}
+inline platform::PHAssetResource resourceNamed(long type, const Title& originalFilename) {
+    return {type, originalFilename};
+}
 
 } // namespace scripted
