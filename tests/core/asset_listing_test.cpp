@@ -3,13 +3,6 @@
 
 #include <limits>
 
-using scripted::HandlerCalls;
-using scripted::imageAsset;
-using scripted::resourceNamed;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using namespace platform;
-
 namespace {
 
 using Authorization = CoreTest;
@@ -36,7 +29,7 @@ TEST_F(Authorization, MapsEveryStatusAndAlwaysAsksForReadingAndWriting) {
     const std::vector<std::pair<long, const char*>> expected = {
         {0, "0"}, {1, "0"}, {2, "0"}, {3, "1"}, {4, "2"}, {5, "0"}, {-1, "0"}, {4294967299, "0"}};
     for (const auto& [status, access] : expected) {
-        scripted::InstalledLibrary fresh;
+        Library fresh;
         fresh.authorizationAnswers = {status};
         EXPECT_EQ(CALL(Authorize), access) << "status " << status;
         EXPECT_THAT(fresh.operations(), ElementsAre("request authorization, level 2"));

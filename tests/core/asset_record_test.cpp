@@ -4,10 +4,6 @@
 
 #include <cmath>
 
-using scripted::imageAsset;
-using scripted::resourceNamed;
-using namespace platform;
-
 namespace {
 
 struct AssetRecord : CoreTest {

@@ -1,14 +1,6 @@
 // New albums and folders, their filing into folders, new titles, and the end of them.
 #include "tests/core/support.h"
 
-using platform::PHObjectPlaceholder;
-using scripted::albumTitled;
-using scripted::errorSaying;
-using scripted::folderTitled;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace {
 
 struct CollectionCreation : CoreTest {
@@ -80,7 +72,7 @@ TEST_F(CollectionCreation, ThatIsRefusedOrNamesNothingIsNullAndFilesNothing) {
     library.changeAnswers = {{.done = false, .error = errorSaying("No room.")},
                              {.done = false},
                              {.done = true},
-                             {.done = false, .error = platform::NSError{.domain = "d"}},
+                             {.done = false, .error = NSError{.domain = "d"}},
                              {.done = true, .error = errorSaying("Odd.")}};
     library.placeholders = {PHObjectPlaceholder{"a"}, PHObjectPlaceholder{"b"}, std::nullopt,
                             PHObjectPlaceholder{"d"}, PHObjectPlaceholder{std::nullopt}};
@@ -168,7 +160,7 @@ TEST_F(CollectionRenaming, OfAFolderIsSilentAndReadsNothingBack) {
     EXPECT_EQ(CALL(RenameAlbum, "nil", "Newer"), "0") << "the transaction decides";
     library.givesChangeRequests = false;
     EXPECT_EQ(CALL(RenameAlbum, "f", "Newest"), "0");
-    EXPECT_THAT(library.operations(), Contains(testing::HasSubstr("set title")).Times(1));
+    EXPECT_THAT(library.operations(), Contains(HasSubstr("set title")).Times(1));
     EXPECT_THAT(library.operations(), Contains("folder f: set title 'New'"));
     EXPECT_THAT(library.operations(), Contains("fetch folders f").Times(2));
     EXPECT_THAT(home.logLines(), IsEmpty());
@@ -190,10 +182,8 @@ TEST_F(CollectionDeletion, NamesNothingElseAndHandsTheWholeFindingOnEvenIfItsObj
 }
 
 TEST_F(CollectionDeletion, AndRenamingLogWhyTheyWereRefused) {
-    for (int i = 0; i < 2; ++i)
-        library.changeAnswers.insert(
-            library.changeAnswers.end(),
-            {{.done = false, .error = errorSaying("Locked.")}, {.done = false}});
+    library.changeAnswers.assign(4, {.done = false, .error = errorSaying("Locked.")});
+    library.changeAnswers[1].error = library.changeAnswers[3].error = std::nullopt;
     EXPECT_EQ(CALL(RenameAlbum, "a", "New"), "-2");
     EXPECT_EQ(CALL(RenameAlbum, "f", "New"), "-2");
     EXPECT_EQ(CALL(DeleteAlbum, "a"), "-2");

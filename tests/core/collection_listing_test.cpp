@@ -1,13 +1,6 @@
 // Albums, folders and smart albums by levels, what they are asked, and one album by pages.
 #include "tests/core/support.h"
 
-using scripted::albumTitled;
-using scripted::folderTitled;
-using scripted::imageAsset;
-using scripted::smartAlbumTitled;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace {
 
 using CollectionListing = CoreTest;
@@ -75,8 +68,8 @@ TEST_F(AlbumAssets, OfAUsersAlbumAreNewestFirstAndTellWhatIsHidden) {
     CALL(ListAlbumAssets, "trip", 0, 0);
     EXPECT_EQ(CALL(ListAlbumAssets, "recents", 10, 0), "[]"); // keeps the library's order
     EXPECT_THAT(library.operations(),
-                testing::Contains("fetch assets in trip, by creationDate descending").Times(2));
-    EXPECT_THAT(library.operations(), testing::Contains("fetch assets in recents"));
+                Contains("fetch assets in trip, by creationDate descending").Times(2));
+    EXPECT_THAT(library.operations(), Contains("fetch assets in recents"));
     EXPECT_THAT(home.logLines(), IsEmpty());
 }
 

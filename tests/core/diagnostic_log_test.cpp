@@ -5,9 +5,6 @@
 #include <thread>
 
 namespace fs = std::filesystem;
-using testing::Each;
-using testing::ElementsAre;
-using testing::SizeIs;
 
 TEST(DiagnosticLog, WritesTheLineToStandardErrorAndWithItsTimeToTheFile) {
     const support::ScratchHome home;
@@ -76,5 +73,5 @@ TEST(DiagnosticLog, LinesFromSeveralThreadsLandWhole) {
             thread.join();
     });
     EXPECT_THAT(home.logLines(), SizeIs(200));
-    EXPECT_THAT(home.logLines(), Each(text));
+    EXPECT_THAT(home.logLines(), testing::Each(text));
 }

@@ -1,14 +1,5 @@
 #include "tests/core/support.h"
 
-using platform::PHAdjustmentData;
-using scripted::EditingAnswer;
-using scripted::errorSaying;
-using scripted::HandlerCalls;
-using scripted::imageAsset;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace {
 
 struct EditRoundTrip : CoreTest {

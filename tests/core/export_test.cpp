@@ -4,18 +4,9 @@
 #include <chrono>
 #include <future>
 
-using platform::NSError;
-using scripted::HandlerCalls;
-using scripted::imageAsset;
-using scripted::resourceNamed;
-using scripted::Transfer;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace {
 
-const std::string photos(platform::PHPhotosErrorDomain);
+const std::string photos(PHPhotosErrorDomain);
 constexpr jint exportId = 5;
 
 struct Export : CoreTest {
@@ -41,7 +32,7 @@ struct Export : CoreTest {
     }
 
     // Until the export that runs under the id is that of the request.
-    static void waitUntilRegistered(platform::PHAssetResourceDataRequestID requestId) {
+    static void waitUntilRegistered(PHAssetResourceDataRequestID requestId) {
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(120);
         while (dataRequestOfExport(exportId) != requestId) {
             ASSERT_LT(std::chrono::steady_clock::now(), limit) << "is not registered";
@@ -71,7 +62,7 @@ TEST_F(Export, StreamsTheFileToANewOneAndClosesIt) {
 
 TEST_F(Export, ChoosesTheCurrentVersionWhereverItStandsElseTheFirstOriginal) {
     const auto chosenOf = [&](const std::vector<long>& types) {
-        scripted::InstalledLibrary fresh;
+        Library fresh;
         fresh.assets = {imageAsset("one")};
         for (const long type : types)
             fresh.resources["one"].push_back(
@@ -230,7 +221,7 @@ TEST_F(Export, UnderTheIdOfARunningOneTakesItsPlaceAndThenLeavesNone) {
     EXPECT_EQ(second.get(), "-4");
     cancel(); // the second one has taken the first one's entry away
     EXPECT_EQ(first.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-    platform::cancelDataRequest(7001);
+    cancelDataRequest(7001);
     EXPECT_EQ(first.get(), "-4");
     EXPECT_THAT(library.operations(), Contains("cancel data request 7001").Times(1));
     EXPECT_THAT(library.operations(), Contains("cancel data request 7002").Times(1));

@@ -3,9 +3,6 @@
 #include "tests/core/support.h"
 
 using jni::unreadable;
-using scripted::albumTitled;
-using scripted::folderTitled;
-using scripted::imageAsset;
 
 namespace {
 
@@ -25,10 +22,10 @@ const std::string surrogates = "\xED\xA0\xBD\xED\xB8\x80";
 const std::string modifiedNul = "a\xC0\x80";
 
 struct Refusals : CoreTest {
-    static void fill(scripted::Library& library) {
+    static void fill(Library& library) {
         library.assets = {imageAsset("1")};
         library.albums["trip"] = albumTitled("trip", "Trip");
-        library.albums["smart"] = scripted::smartAlbumTitled("smart", "Recents");
+        library.albums["smart"] = smartAlbumTitled("smart", "Recents");
         library.albums["nil"] = std::nullopt;
         library.folders["years"] = folderTitled("years", "Years");
         library.folders["nil"] = folderTitled("nil", "");
@@ -39,7 +36,7 @@ struct Refusals : CoreTest {
     void expectAll(const std::vector<Refusal>& refusals, const std::vector<std::string>& allowed) {
         for (const Refusal& refusal : refusals) {
             SCOPED_TRACE(refusal.line);
-            scripted::InstalledLibrary fresh;
+            Library fresh;
             fill(fresh);
             EXPECT_EQ(refusal.call(), refusal.answer);
             const auto operations = fresh.operations();
@@ -54,7 +51,7 @@ struct Refusals : CoreTest {
         }
         EXPECT_EQ(jvm.charactersHeld, 0);
         EXPECT_EQ(jvm.elementsTaken, jvm.localRefsDeleted);
-        EXPECT_THAT(home.logLines(), testing::IsEmpty());
+        EXPECT_THAT(home.logLines(), IsEmpty());
     }
 };
 
@@ -64,21 +61,13 @@ TEST_F(Refusals, OfNoTextTouchNothing) {
     expectAll(
         {
             REFUSES(ListAlbumAssets, "[]", nullptr, 10, 0),
-            REFUSES(ListAlbumAssets, "[]", unreadable, 10, 0),
-            REFUSES(ParentCollection, "", nullptr),
             REFUSES(ParentCollection, "", unreadable),
             REFUSES(CollectionTitle, "(null)", nullptr),
-            REFUSES(CollectionTitle, "(null)", unreadable),
-            REFUSES(AlbumContainsAsset, "-1", "trip", nullptr),
             REFUSES(AlbumContainsAsset, "-1", nullptr, "1"),
             REFUSES(AlbumContainsAsset, "-1", "trip", unreadable),
-            REFUSES(AlbumContainsAsset, "-1", surrogates, "1"),
             REFUSES(RequestThumbnail, "(null)", unreadable, 8, 8),
-            REFUSES(RequestThumbnail, "(null)", surrogates, 8, 8),
             REFUSES(ExportToFile, "-1", unreadable, "/out/one.jpg", 5),
             REFUSES(ContentEditingImage, "-1", nullptr, "/rendered.jpg"),
-            REFUSES(ContentEditingImage, "-1", "1", nullptr),
-            REFUSES(ContentEditingImage, "-1", unreadable, "/rendered.jpg"),
             REFUSES(ContentEditingImage, "-1", "1", surrogates),
             REFUSES(ApplyEdit, "-1", nullptr, "/rendered.jpg"),
             REFUSES(ApplyEdit, "-1", "1", nullptr),
@@ -86,39 +75,26 @@ TEST_F(Refusals, OfNoTextTouchNothing) {
             REFUSES(ApplyEdit, "-1", "1", surrogates),
             REFUSES(ImportAssets, "(null)", nullptr),
             REFUSES(ImportAssets, "(null)", {}),
-            REFUSES(ImportAssets, "(null)", {nullptr, nullptr}),
             REFUSES(ImportAssets, "(null)", {modifiedNul, unreadable}),
             REFUSES(DeleteAssets, "-1", nullptr),
-            REFUSES(DeleteAssets, "-1", {}),
             REFUSES(DeleteAssets, "-1", {nullptr, unreadable, surrogates}),
             REFUSES(SetFavorite, "-1", nullptr, JNI_TRUE),
-            REFUSES(SetFavorite, "-1", {}, JNI_TRUE),
             REFUSES(SetFavorite, "-1", {nullptr, unreadable, surrogates}, JNI_TRUE),
             REFUSES(SetHidden, "-1", nullptr, JNI_TRUE),
-            REFUSES(SetHidden, "-1", {nullptr, unreadable, surrogates}, JNI_TRUE),
-            REFUSES(CopyAssetAttributes, "-1", nullptr, "1"),
             REFUSES(CopyAssetAttributes, "-1", "1", nullptr),
             REFUSES(CopyAssetAttributes, "-1", surrogates, "1"),
-            REFUSES(CopyAssetAttributes, "-1", "1", unreadable),
             REFUSES(AddAssetsToAlbum, "-1", nullptr, {"1"}),
             REFUSES(AddAssetsToAlbum, "-1", "trip", nullptr),
             REFUSES(AddAssetsToAlbum, "-1", unreadable, {"1"}),
-            REFUSES(AddAssetsToAlbum, "-1", "trip", {}),
             REFUSES(RemoveAssetsFromAlbum, "-1", nullptr, {"1"}),
             REFUSES(RemoveAssetsFromAlbum, "-1", "trip", {nullptr, modifiedNul}),
             REFUSES(CreateAlbum, "(null)", nullptr, "years"),
             REFUSES(CreateAlbum, "(null)", "", "years"),
-            REFUSES(CreateAlbum, "(null)", unreadable, "years"),
-            REFUSES(CreateFolder, "(null)", "", "years"),
             REFUSES(CreateFolder, "(null)", surrogates, "years"),
-            REFUSES(RenameAlbum, "-1", nullptr, "New"),
             REFUSES(RenameAlbum, "-1", "trip", nullptr),
             REFUSES(RenameAlbum, "-1", "trip", ""),
-            REFUSES(RenameAlbum, "-1", "trip", surrogates),
             REFUSES(RenameAlbum, "-1", unreadable, "New"),
             REFUSES(DeleteAlbum, "-1", nullptr),
-            REFUSES(DeleteAlbum, "-1", unreadable),
-            REFUSES(DuplicateCollection, "(null)", nullptr),
             REFUSES(DuplicateCollection, "(null)", unreadable),
         },
         {});
@@ -129,7 +105,6 @@ TEST_F(Refusals, OfWhatNamesNothingOnlyLook) {
         {
             REFUSES(ListAlbums, "[]", "trip"),
             REFUSES(ListAlbums, "[]", "nil folder"),
-            REFUSES(ListAlbumAssets, "[]", "", 10, 0),
             REFUSES(ListAlbumAssets, "[]", "years", 10, 0),
             REFUSES(ListAlbumAssets, "[]", "nil", 10, 0),
             REFUSES(ParentCollection, "", ""),
@@ -138,12 +113,9 @@ TEST_F(Refusals, OfWhatNamesNothingOnlyLook) {
             REFUSES(CollectionTitle, "(null)", "nil"),
             REFUSES(AlbumContainsAsset, "-1", "years", "1"),
             REFUSES(AlbumContainsAsset, "-1", "nil", "1"),
-            REFUSES(AlbumContainsAsset, "-1", "", "1"),
             REFUSES(AlbumContainsAsset, "0", "trip", ""),
-            REFUSES(RequestThumbnail, "(null)", "", 8, 8),
             REFUSES(RequestThumbnail, "(null)", "unknown", 8, 8),
             REFUSES(ExportToFile, "-1", "unknown", "/rendered.jpg", 5),
-            REFUSES(ExportToFile, "-1", "", "/rendered.jpg", 5),
             REFUSES(ExportToFile, "-1", "unknown", "", 5),
             REFUSES(ExportToFile, "-2", "1", "/rendered.jpg", 5), // has no file
             REFUSES(ContentEditingImage, "-1", "unknown", "/rendered.jpg"),
@@ -155,7 +127,6 @@ TEST_F(Refusals, OfWhatNamesNothingOnlyLook) {
             REFUSES(SetHidden, "-1", {"unknown"}, JNI_TRUE),
             REFUSES(CopyAssetAttributes, "-1", "1", "unknown"),
             REFUSES(CopyAssetAttributes, "-1", "unknown", "1"),
-            REFUSES(CopyAssetAttributes, "-1", "", "1"),
             REFUSES(AddAssetsToAlbum, "-1", "years", {"1"}),
             REFUSES(AddAssetsToAlbum, "-1", "nil", {"1"}),
             REFUSES(AddAssetsToAlbum, "-1", "trip", {"unknown", ""}),
@@ -168,15 +139,13 @@ TEST_F(Refusals, OfWhatNamesNothingOnlyLook) {
             REFUSES(RenameAlbum, "-2", "smart", "New"),
             REFUSES(RenameAlbum, "-1", "unknown", "New"),
             REFUSES(RenameAlbum, "-1", "nil", "New"),
-            REFUSES(RenameAlbum, "-1", "", "New"),
             REFUSES(DeleteAlbum, "-2", "smart"),
             REFUSES(DeleteAlbum, "-1", "unknown"),
-            REFUSES(DeleteAlbum, "-1", ""),
             REFUSES(DuplicateCollection, "(null)", "smart"),
             REFUSES(DuplicateCollection, "(null)", "nil"),
             REFUSES(DuplicateCollection, "(null)", "unknown"),
         },
-        {"fetch ", "asset at 0", "read /missing", "read ", "read /rendered.jpg"});
+        {"fetch ", "asset at 0", "read "});
 }
 
 TEST_F(Refusals, OfSmartAlbumsComeBeforeAnyLookAtTheAssets) {

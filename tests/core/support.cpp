@@ -1,25 +1,11 @@
 #include "tests/core/support.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-
-namespace fs = std::filesystem;
 
 std::string standardErrorOf(const std::function<void()>& action) {
-    std::string pattern = fs::temp_directory_path() / "photos-core-stderr-XXXXXX";
-    const int file = mkstemp(pattern.data());
-    const int standardError = dup(STDERR_FILENO);
-    dup2(file, STDERR_FILENO);
+    testing::internal::CaptureStderr();
     action();
-    dup2(standardError, STDERR_FILENO);
-    close(standardError);
-    close(file);
-    std::string text = support::readBytes(pattern);
-    fs::remove(pattern);
-    return text;
+    return testing::internal::GetCapturedStderr();
 }
 
 std::vector<std::string> CoreTest::operationsOfCall() {

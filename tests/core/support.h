@@ -15,6 +15,16 @@
 #include <string>
 #include <vector>
 
+// What every file of tests here would say again.
+using namespace platform;
+using namespace scripted;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
 // Calls a method of the host's class in a CoreTest; the answer is text.
 #define CALL(name, ...) jvm.call(METHOD(name) __VA_OPT__(, ) __VA_ARGS__)
 
@@ -28,6 +38,6 @@ struct CoreTest : testing::Test {
     bool happened(const std::string& words);
 
     support::ScratchHome home;
-    scripted::InstalledLibrary library;
+    scripted::Library library;
     jni::Environment jvm;
 };

@@ -1,9 +1,5 @@
 #include "tests/core/support.h"
 
-using scripted::imageAsset;
-using scripted::ImageDelivery;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using namespace std::string_literals;
 
 namespace {
@@ -36,8 +32,7 @@ TEST_F(Thumbnail, TakesTheDeliveryFromAnotherThread) {
     EXPECT_EQ(of({{.encoded = "jpeg"}}), "jpeg");
     // The library may keep the handler for longer than the call, and use it.
     if (library.imageHandler)
-        library.imageHandler(
-            platform::NSImage{std::make_shared<ImageDelivery>(scripted::ImageDelivery{})});
+        library.imageHandler(NSImage{std::make_shared<ImageDelivery>(ImageDelivery{})});
 }
 
 TEST_F(Thumbnail, IsTheLastDeliveryThatHasABitmap) {

@@ -1,8 +1,6 @@
 // The library as a whole: scopes, access, transactions and what is asked for inside them.
 #include "tests/double/scripted_library.h"
 
-#include <utility>
-
 namespace platform {
 
 using scripted::library;
@@ -39,11 +37,7 @@ bool performChangesAndWait(const std::function<void()>& changeBlock,
         std::thread(changeBlock).join();
     else
         changeBlock();
-    scripted::ChangeAnswer answer;
-    if (!script.changeAnswers.empty()) {
-        answer = script.changeAnswers.front();
-        script.changeAnswers.pop_front();
-    }
+    const auto answer = scripted::next(script.changeAnswers);
     script.note(answer.done ? "changes done" : "changes refused");
     error = answer.error;
     if (answer.effect)
@@ -65,7 +59,7 @@ void addResourceWithType(const PHAssetCreationRequest& request, long resourceTyp
 }
 
 std::optional<PHObjectPlaceholder> placeholderForCreatedAsset(const PHAssetCreationRequest&) {
-    return library().nextPlaceholder("new asset");
+    return scripted::next(library().placeholders, {PHObjectPlaceholder{"new asset"}});
 }
 
 } // namespace platform

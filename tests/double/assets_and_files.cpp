@@ -27,18 +27,6 @@ namespace platform {
 using scripted::library;
 using scripted::Records;
 using scripted::resultOf;
-using scripted::snapshotOf;
-
-template <>
-std::size_t PHFetchResult<PHAsset>::count() const {
-    return snapshotOf(*this).count;
-}
-
-template <>
-std::optional<PHAsset> PHFetchResult<PHAsset>::objectAtIndex(std::size_t index) const {
-    library().note("asset at " + std::to_string(index));
-    return snapshotOf(*this).records.at(index);
-}
 
 PHFetchResult<PHAsset> fetchAssetsWithOptions(const PHFetchOptions& options) {
     library().note("fetch all assets" + scripted::describe(options));
@@ -60,8 +48,7 @@ fetchAssetsWithLocalIdentifiers(const std::vector<std::string>& identifiers) {
 }
 
 std::vector<PHAssetResource> assetResourcesForAsset(const PHAsset& asset) {
-    const auto found = library().resources.find(asset.localIdentifier);
-    return found == library().resources.end() ? std::vector<PHAssetResource>() : found->second;
+    return scripted::listUnder(asset.localIdentifier, library().resources);
 }
 
 bool isReadableFileAtPath(const std::string& path) {

@@ -70,7 +70,7 @@ creationRequestForAssetCollectionWithTitle(const std::string& title) {
 
 std::optional<PHObjectPlaceholder>
 placeholderForCreatedAssetCollection(const PHAssetCollectionChangeRequest&) {
-    return library().nextPlaceholder("new album");
+    return scripted::next(library().placeholders, {PHObjectPlaceholder{"new album"}});
 }
 
 std::optional<PHAssetCollectionChangeRequest>
@@ -107,7 +107,7 @@ PHCollectionListChangeRequest creationRequestForCollectionListWithTitle(const st
 
 std::optional<PHObjectPlaceholder>
 placeholderForCreatedCollectionList(const PHCollectionListChangeRequest&) {
-    return library().nextPlaceholder("new folder");
+    return scripted::next(library().placeholders, {PHObjectPlaceholder{"new folder"}});
 }
 
 std::optional<PHCollectionListChangeRequest>

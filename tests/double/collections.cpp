@@ -5,6 +5,7 @@
 namespace platform {
 
 using scripted::library;
+using scripted::listUnder;
 using scripted::Records;
 using scripted::resultOf;
 using scripted::snapshotOf;
@@ -23,13 +24,6 @@ PHFetchResult<Record> lookUp(const std::map<std::string, std::optional<Record>>&
     return resultOf(std::move(found));
 }
 
-template <class Record>
-Records<Record> listUnder(const std::string& identifier,
-                          const std::map<std::string, Records<Record>>& lists) {
-    const auto entry = lists.find(identifier);
-    return entry == lists.end() ? Records<Record>() : entry->second;
-}
-
 } // namespace
 
 #define DEFINE_FETCH_RESULT(Record)                                                                \
@@ -39,8 +33,11 @@ Records<Record> listUnder(const std::string& identifier,
     }                                                                                              \
     template <>                                                                                    \
     std::optional<Record> PHFetchResult<Record>::objectAtIndex(std::size_t index) const {          \
+        if (std::is_same_v<Record, PHAsset>)                                                       \
+            library().note("asset at " + std::to_string(index));                                   \
         return snapshotOf(*this).records.at(index);                                                \
     }
+DEFINE_FETCH_RESULT(PHAsset)
 DEFINE_FETCH_RESULT(PHAssetCollection)
 DEFINE_FETCH_RESULT(PHCollectionList)
 DEFINE_FETCH_RESULT(PHCollection)

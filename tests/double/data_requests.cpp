@@ -58,10 +58,7 @@ requestDataForAssetResource(const PHAssetResource& resource,
     {
         const std::lock_guard lock(script.mutex);
         requestID = script.nextDataRequest++;
-        if (!script.transfers.empty()) {
-            transfer = script.transfers.front();
-            script.transfers.pop_front();
-        }
+        transfer = scripted::next(script.transfers);
     }
     script.runHandler(transfer.handlers,
                       [transfer, requestID, dataHandler = std::move(dataReceivedHandler),

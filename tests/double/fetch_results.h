@@ -4,6 +4,7 @@
 #include "platform/asset.h"
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +34,12 @@ platform::PHFetchResult<Record> resultOf(Records<Record> records,
 template <class Record>
 const Snapshot<Record>& snapshotOf(const platform::PHFetchResult<Record>& result) {
     return *static_cast<const Snapshot<Record>*>(result.object.get());
+}
+
+template <class List>
+List listUnder(const std::string& identifier, const std::map<std::string, List>& lists) {
+    const auto entry = lists.find(identifier);
+    return entry == lists.end() ? List() : entry->second;
 }
 
 // The identifiers in the result, "(nil)" for nil objects, with commas between them.

@@ -16,16 +16,6 @@ OpenFile& openFileBehind(const NSFileHandle& file) {
     return *static_cast<OpenFile*>(file.object.get());
 }
 
-scripted::WriteAnswer nextWriteAnswer() {
-    auto& answers = library().writeAnswers;
-    scripted::WriteAnswer answer;
-    if (!answers.empty()) {
-        answer = answers.front();
-        answers.pop_front();
-    }
-    return answer;
-}
-
 } // namespace
 
 bool createDirectoryAtPath(const std::string& path) {
@@ -94,7 +84,7 @@ void writeData(const NSFileHandle& file, std::span<const std::uint8_t> data) {
     const std::lock_guard lock(library().mutex);
     if (!openFile.isOpen)
         throw NSException("The file is closed.");
-    if (const auto answer = nextWriteAnswer(); answer.fails)
+    if (const auto answer = scripted::next(library().writeAnswers); answer.fails)
         throw NSException(answer.reason);
     library().files[openFile.path] += text;
 }

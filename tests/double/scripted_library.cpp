@@ -8,6 +8,19 @@ namespace {
 Library* g_library = nullptr;
 } // namespace
 
+Library& library() {
+    if (g_library == nullptr)
+        throw std::logic_error("no scripted library is installed");
+    return *g_library;
+}
+
+Library::Library() : previous(std::exchange(g_library, this)) {}
+
+Library::~Library() {
+    joinHandlers();
+    g_library = previous;
+}
+
 void Library::note(const std::string& line) {
     {
         const std::lock_guard lock(notesMutex);
@@ -35,20 +48,13 @@ void Library::runHandler(HandlerCalls calls, const std::function<void()>& handle
     };
     switch (calls) {
     case HandlerCalls::onceBeforeReturning:
-        handler();
-        return;
+        return handler();
     case HandlerCalls::onceFromAnotherThread:
-        runOnAnotherThread(handler);
-        return;
+        return runOnAnotherThread(handler);
     case HandlerCalls::onceFromAnotherThreadBeforeReturning:
-        std::thread(handler).join();
-        return;
+        return std::thread(handler).join();
     case HandlerCalls::twiceFromAnotherThread:
-        runOnAnotherThread([handler] {
-            handler();
-            handler();
-        });
-        return;
+        return runOnAnotherThread([handler] { handler(), handler(); });
     }
 }
 
@@ -60,67 +66,6 @@ void Library::joinHandlers() {
     }
     for (std::thread& thread : running)
         thread.join();
-}
-
-std::optional<platform::PHObjectPlaceholder>
-Library::nextPlaceholder(const std::string& identifier) {
-    if (placeholders.empty())
-        return platform::PHObjectPlaceholder{identifier};
-    auto placeholder = placeholders.front();
-    placeholders.pop_front();
-    return placeholder;
-}
-
-Library& library() {
-    if (g_library == nullptr)
-        throw std::logic_error("no scripted library is installed");
-    return *g_library;
-}
-
-InstalledLibrary::InstalledLibrary() : previous(g_library) {
-    g_library = this;
-}
-
-InstalledLibrary::~InstalledLibrary() {
-    joinHandlers();
-    g_library = previous;
-}
-
-platform::NSError errorSaying(const std::string& sentence) {
-    return {.domain = std::string(platform::PHPhotosErrorDomain),
-            .code = 3302,
-            .localizedDescription = sentence};
-}
-
-platform::PHAsset imageAsset(const std::string& identifier) {
-    platform::PHAsset asset;
-    asset.localIdentifier = identifier;
-    asset.mediaType = platform::PHAssetMediaTypeImage;
-    return asset;
-}
-
-platform::PHAssetCollection albumTitled(const std::string& identifier,
-                                        std::optional<std::string> title) {
-    return {.localIdentifier = identifier, .localizedTitle = std::move(title)};
-}
-
-platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
-                                             std::optional<std::string> title) {
-    auto album = albumTitled(identifier, std::move(title));
-    album.assetCollectionType = platform::PHAssetCollectionTypeSmartAlbum;
-    return album;
-}
-
-platform::PHCollectionList folderTitled(const std::string& identifier,
-                                        std::optional<std::string> title) {
-    return {.localIdentifier = identifier, .localizedTitle = std::move(title)};
-}
-
-platform::PHAssetResource resourceNamed(long type, std::optional<std::string> originalFilename) {
-    platform::PHAssetResource resource;
-    resource.type = type;
-    resource.originalFilename = std::move(originalFilename);
-    return resource;
 }
 
 } // namespace scripted

@@ -21,6 +21,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace scripted {
@@ -70,7 +71,23 @@ struct EditingAnswer {
 
 inline constexpr platform::PHAssetResourceDataRequestID firstDataRequest = 7001;
 
+// Takes the next of what a test has scripted.
+template <class Answer>
+Answer next(std::deque<Answer>& scripted, Answer otherwise = {}) {
+    if (scripted.empty())
+        return otherwise;
+    otherwise = std::move(scripted.front());
+    scripted.pop_front();
+    return otherwise;
+}
+
+// Is the current one as long as it lives; then the one before it is again.
 struct Library {
+    Library();
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
     // Access.
     HandlerCalls authorizationHandler = HandlerCalls::onceBeforeReturning;
     std::vector<long> authorizationAnswers = {platform::PHAuthorizationStatusAuthorized};
@@ -120,9 +137,6 @@ struct Library {
     bool changesOnAnotherThread = false;
     bool givesChangeRequests = true; // for collections that exist
 
-    // The next scripted placeholder, or one for this identifier.
-    std::optional<platform::PHObjectPlaceholder> nextPlaceholder(const std::string& identifier);
-
     // By the lines that name them: operations that fail, and what else happens inside one.
     std::set<std::string> failing;
     std::map<std::string, std::function<void()>> reactions;
@@ -143,33 +157,34 @@ struct Library {
     platform::PHAssetResourceDataRequestID nextDataRequest = firstDataRequest;
 
 private:
+    Library* const previous;
     std::mutex notesMutex;
     std::vector<std::string> notes;
     std::vector<std::thread> handlerThreads;
 };
 
-// The library that platform/*.h stands for now; the innermost InstalledLibrary's.
+// The library that platform/*.h stands for now.
 Library& library();
 
-// Makes a library of its own the current one for its lifetime.
-struct InstalledLibrary : Library {
-    InstalledLibrary();
-    ~InstalledLibrary();
-    InstalledLibrary(const InstalledLibrary&) = delete;
-    InstalledLibrary& operator=(const InstalledLibrary&) = delete;
-
-private:
-    Library* const previous;
-};
-
-platform::NSError errorSaying(const std::string& sentence);
-platform::PHAsset imageAsset(const std::string& identifier);
-platform::PHAssetCollection albumTitled(const std::string& identifier,
-                                        std::optional<std::string> title);
-platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
-                                             std::optional<std::string> title);
-platform::PHCollectionList folderTitled(const std::string& identifier,
-                                        std::optional<std::string> title);
-platform::PHAssetResource resourceNamed(long type, std::optional<std::string> originalFilename);
+inline platform::NSError errorSaying(const std::string& sentence) {
+    return {std::string(platform::PHPhotosErrorDomain), 3302, sentence};
+}
+inline platform::PHAsset imageAsset(const std::string& identifier) {
+    return {.localIdentifier = identifier, .mediaType = platform::PHAssetMediaTypeImage};
+}
+using Title = std::optional<std::string>;
+inline platform::PHAssetCollection albumTitled(const std::string& identifier, const Title& title) {
+    return {identifier, title};
+}
+inline platform::PHAssetCollection smartAlbumTitled(const std::string& identifier,
+                                                    const Title& title) {
+    return {identifier, title, platform::PHAssetCollectionTypeSmartAlbum};
+}
+inline platform::PHCollectionList folderTitled(const std::string& identifier, const Title& title) {
+    return {identifier, title};
+}
+inline platform::PHAssetResource resourceNamed(long type, const Title& originalFilename) {
+    return {type, originalFilename};
+}
 
 } // namespace scripted

@@ -4,6 +4,9 @@
 #include "platform/local/change/settings.h"
 #include "platform/local/change/trash.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <limits>
 
@@ -21,6 +24,19 @@ std::string mark(const std::vector<std::string>& identifiers, Mark set, bool val
 
 std::string remove(const std::vector<std::string>& identifiers) {
     return change([&] { deleteAssets(fetchAssetsWithLocalIdentifiers(identifiers)); });
+}
+
+// From here on this process cannot start another thread; it may no longer be root's.
+void forbidThreads(const ScratchHome& home) {
+    if (geteuid() == 0) { // whom the limit does not bind
+        constexpr uid_t nobody = 65534;
+        lchown(home.path().c_str(), nobody, nobody);
+        for (const auto& entry : fs::recursive_directory_iterator(home.path()))
+            EXPECT_EQ(lchown(entry.path().c_str(), nobody, nobody), 0);
+        EXPECT_EQ(setresuid(nobody, nobody, nobody), 0);
+    }
+    const rlimit none{1, 1};
+    EXPECT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
 }
 
 constexpr long favorites = 203;

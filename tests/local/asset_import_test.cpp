@@ -134,7 +134,7 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
     const local::UniqueFd source = imaging_test::open(writePicture(home.file("a.jpg")));
     const auto originals = [&] { return filesBelow(home.library() / "originals").size(); };
     writeText(home.library() / "incoming/notes.txt", "not ours");
-    const auto import = [&](const std::function<void()>& meanwhile) {
+    const auto bringIn = [&](const std::function<void()>& meanwhile) {
         lseek(source.get(), 0, SEEK_SET);
         local::IncomingFile incoming(store, local::Stored::original,
                                      local::uppercaseText(local::randomUuid()), source.get());
@@ -143,20 +143,20 @@ TEST(Sweeping, LeavesTheFilesOfALivingImporterAndForeignFilesAlone) {
         meanwhile();
         incoming.commitBegins();
     };
-    import([&] { store.sweep(none, ready);
-});
-EXPECT_EQ(originals(), 1u);
-// Its process is as good as dead now, and whether it committed is the catalogue's to say.
-EXPECT_THROW(store.sweep(none, [] { throw local::systemError("no", EROFS); }), local::LibraryError);
-EXPECT_EQ(originals(), 1u);
-store.sweep(all, ready);
-EXPECT_EQ(originals(), 1u);
-EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
+    bringIn([&] { store.sweep(none, ready); });
+    EXPECT_EQ(originals(), 1u);
+    // Its process is as good as dead now, and whether it committed is the catalogue's to say.
+    EXPECT_THROW(store.sweep(none, [] { throw local::systemError("no", EROFS); }),
+                 local::LibraryError);
+    EXPECT_EQ(originals(), 1u);
+    store.sweep(all, ready);
+    EXPECT_EQ(originals(), 1u);
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
 
-import([]{});
-store.sweep(none, ready);
-EXPECT_EQ(originals(), 1u);
-EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
+    bringIn([] {});
+    store.sweep(none, ready);
+    EXPECT_EQ(originals(), 1u);
+    EXPECT_THAT(filesBelow(home.library() / "incoming"), ElementsAre("notes.txt"));
 }
 
 TEST(AssetImport, ProcessesImportAndSweepSideBySide) {

@@ -87,15 +87,7 @@ TEST(AssetListing, StretchesGrowAndEmptyLittleByLittle) {
     }
 }
 
-TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBack) {
-    const BareLibrary home(2000, 0, 1);
-    expectTruth(home, 1500, 1);
-    addBareAssets(home, 500, 100, 1);
-    runSql(home, "DELETE FROM listing_change WHERE seq < (SELECT max(seq) FROM listing_change)");
-    expectTruth(home);
-}
-
-TEST(AssetListing, ACatalogueThatWasPutBackIsListedAsItIs) {
+TEST(AssetListing, MarkersAreMadeAnewWhenTheLogNoLongerReachesBackOrTheCatalogueWasPutBack) {
     const BareLibrary home(2000, 0, 1);
     expectTruth(home, 1500, 1);
     // An older one, whose numbers go back; and then one that has gone on otherwise since.
@@ -108,6 +100,9 @@ TEST(AssetListing, ACatalogueThatWasPutBackIsListedAsItIs) {
                  "DELETE FROM listing_change WHERE seq > 990;"
                  "DELETE FROM asset WHERE created BETWEEN 1000 AND 1039");
     expectTruth(home, 1820, 1);
+    addBareAssets(home, 500, 100, 1);
+    runSql(home, "DELETE FROM listing_change WHERE seq < (SELECT max(seq) FROM listing_change)");
+    expectTruth(home);
 }
 
 TEST(AssetListing, AFetchIsASnapshot) {

@@ -155,6 +155,7 @@ TEST_F(BackupOf, ADamagedOrUnmountedLibraryLeavesIt) {
         catalogue.seekp((page - 1) * 4096);
         catalogue << std::string(4096, 'x');
     });
+    EXPECT_THAT(faults().at(0), testing::StartsWith("catalogue "));
     EXPECT_THAT(refusal(target), HasSubstr("catalogue is damaged"));
     EXPECT_THAT(faultsOf(target, 3), IsEmpty());
 }

@@ -5,8 +5,6 @@
 
 #include <sstream>
 
-#include <fcntl.h>
-
 using namespace imaging_test;
 using local::MediaKind;
 
@@ -130,16 +128,6 @@ TEST(ImagingInspection, VideosTellTheirTimeAndLength) {
     writeText(folder / "unset.m4v", unset);
     EXPECT_THAT(tells("unset.m4v"), testing::EndsWith(" none"));
     EXPECT_EQ(failureOf(folder / "sound.m4a", MediaKind::video), "The file holds no video.");
-}
-
-TEST(ImagingInspection, DoesNotMoveTheCallersPlaceAndTakesWritableFiles) {
-    const Folder folder;
-    writeJpeg(folder / "a.jpg", quarters(64, 48));
-    const local::UniqueFd file(::open((folder / "a.jpg").c_str(), O_RDWR | O_CLOEXEC));
-    lseek(file.get(), 7, SEEK_SET);
-    local::Inspection inspection(file.get(), MediaKind::photo);
-    EXPECT_TRUE(std::holds_alternative<local::MediaInfo>(inspection.finish()));
-    EXPECT_EQ(lseek(file.get(), 0, SEEK_CUR), 7);
 }
 
 } // namespace

@@ -62,8 +62,11 @@ local::UniqueFd open(const fs::path& path) {
 
 std::variant<local::MediaInfo, local::ImagingFailure> inspect(const fs::path& path,
                                                               local::MediaKind kind) {
-    const local::UniqueFd file = open(path);
-    return local::Inspection(file.get(), kind).finish();
+    const local::UniqueFd file(::open(path.c_str(), O_RDWR | O_CLOEXEC)); // no worker gets it so
+    const off_t place = lseek(file.get(), 7, SEEK_SET);
+    auto told = local::Inspection(file.get(), kind).finish();
+    EXPECT_EQ(lseek(file.get(), 0, SEEK_CUR), place) << "it is the caller's";
+    return told;
 }
 
 local::MediaInfo infoOf(const fs::path& path, local::MediaKind kind) {

@@ -90,18 +90,6 @@ void closeLibrary() {
     setenv("HOME", home.c_str(), 1);
 }
 
-void forbidThreads(const ScratchHome& home) {
-    if (geteuid() == 0) { // whom the limit does not bind
-        constexpr uid_t nobody = 65534;
-        lchown(home.path().c_str(), nobody, nobody);
-        for (const auto& entry : fs::recursive_directory_iterator(home.path()))
-            EXPECT_EQ(lchown(entry.path().c_str(), nobody, nobody), 0);
-        EXPECT_EQ(setresuid(nobody, nobody, nobody), 0);
-    }
-    const rlimit none{1, 1};
-    EXPECT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
-}
-
 std::ptrdiff_t openDescriptors() {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 }

@@ -52,9 +52,6 @@ std::shared_ptr<void> otherProcess(const std::function<void()>& body);
 // Closes the library that this process has open, so that a process forked from it may open it.
 void closeLibrary();
 
-// From here on this process cannot start another thread; it may no longer be root's.
-void forbidThreads(const ScratchHome& home);
-
 std::ptrdiff_t openDescriptors(); // how many
 
 // From here on this process opens no further file, until the answer goes.

@@ -104,16 +104,6 @@ TEST_F(VerificationOf, ACataloguesPathsNeverLeadOutOfTheLibrary) {
                 ElementsAre("disagreement discarded files", "catalogue library.db", unnamed));
 }
 
-TEST_F(VerificationOf, ADamagedCatalogueIsSaid) {
-    runSql(home, "PRAGMA wal_checkpoint(TRUNCATE)");
-    std::string bytes = readBytes(home.library() / "library.db");
-    for (std::size_t page = 2; page < bytes.size() / 4096; ++page)
-        bytes.replace(page * 4096, 200, std::string(200, 'x'));
-    fs::create_directory(home.file("copy"));
-    writeText(home.file("copy") / "library.db", bytes);
-    EXPECT_THAT(faultsOf(home.file("copy")).at(0), testing::StartsWith("catalogue "));
-}
-
 TEST_F(VerificationOf, WhatAHostDeletesMeanwhileIsNotReported) {
     const auto result =
         verified({.progress = [&](std::int64_t files, std::int64_t, std::int64_t, const auto&) {

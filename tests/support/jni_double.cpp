@@ -21,95 +21,73 @@ Reference referenceTo(Object& object) {
     return reinterpret_cast<Reference>(&object);
 }
 
-const char* JNICALL getStringUTFChars(JNIEnv*, jstring string, jboolean* isCopy) {
-    EXPECT_EQ(isCopy, nullptr);
-    const auto& characters = objectBehind(string).characters;
-    if (!characters)
-        return nullptr;
-    ++g_current->charactersHeld;
-    ++g_current->charactersTaken;
-    return strdup(characters->c_str());
-}
-
-void JNICALL releaseStringUTFChars(JNIEnv*, jstring, const char* characters) {
-    --g_current->charactersHeld;
-    free(const_cast<char*>(characters));
-}
-
-jsize JNICALL getArrayLength(JNIEnv*, jarray array) {
-    return static_cast<jsize>(objectBehind(array).elements.size());
-}
-
-jobject JNICALL getObjectArrayElement(JNIEnv*, jobjectArray array, jsize index) {
-    Object* const element = objectBehind(array).elements.at(static_cast<std::size_t>(index));
-    if (element == nullptr)
-        return nullptr;
-    ++g_current->elementsTaken;
-    g_current->mostElementsHeld = std::max(g_current->mostElementsHeld,
-                                           g_current->elementsTaken - g_current->localRefsDeleted);
-    return referenceTo<jobject>(*element);
-}
-
-void JNICALL deleteLocalRef(JNIEnv*, jobject) {
-    ++g_current->localRefsDeleted;
-}
-
-jclass JNICALL findClass(JNIEnv*, const char* name) {
-    EXPECT_STREQ(name, "java/lang/String");
-    return g_current->findClassFails ? nullptr : referenceTo<jclass>(g_current->make());
-}
-
-jobjectArray JNICALL newObjectArray(JNIEnv*, jsize length, jclass, jobject initial) {
-    EXPECT_EQ(initial, nullptr);
-    if (g_current->newObjectArrayFails)
-        return nullptr;
-    Object& array = g_current->make();
-    array.elements.resize(static_cast<std::size_t>(length));
-    return referenceTo<jobjectArray>(array);
-}
-
-void JNICALL setObjectArrayElement(JNIEnv*, jobjectArray array, jsize index, jobject element) {
-    objectBehind(array).elements.at(static_cast<std::size_t>(index)) = &objectBehind(element);
-}
-
-jstring JNICALL newStringUTF(JNIEnv*, const char* bytes) {
-    ++g_current->newStringCalls;
-    if (g_current->newStringFails)
-        return nullptr;
-    return g_current->reference(jni::Text(bytes));
-}
-
-jbyteArray JNICALL newByteArray(JNIEnv*, jsize length) {
-    if (g_current->newByteArrayFails)
-        return nullptr;
-    Object& array = g_current->make();
-    array.bytes.resize(static_cast<std::size_t>(length), '?');
-    return referenceTo<jbyteArray>(array);
-}
-
-void JNICALL setByteArrayRegion(JNIEnv*, jbyteArray array, jsize start, jsize length,
-                                const jbyte* bytes) {
-    std::string& target = objectBehind(array).bytes;
-    ASSERT_LE(static_cast<std::size_t>(start) + static_cast<std::size_t>(length), target.size());
-    std::copy_n(bytes, length, target.begin() + start);
+Object*& elementOf(jobjectArray array, jsize index) {
+    return objectBehind(array).elements.at(static_cast<std::size_t>(index));
 }
 
 } // namespace
 
 Environment::Environment() {
     g_current = this;
-    functions.GetStringUTFChars = getStringUTFChars;
-    functions.ReleaseStringUTFChars = releaseStringUTFChars;
-    functions.GetArrayLength = getArrayLength;
-    functions.GetObjectArrayElement = getObjectArrayElement;
-    functions.DeleteLocalRef = deleteLocalRef;
-    functions.FindClass = findClass;
-    functions.NewObjectArray = newObjectArray;
-    functions.SetObjectArrayElement = setObjectArrayElement;
-    functions.NewStringUTF = newStringUTF;
-    functions.NewByteArray = newByteArray;
-    functions.SetByteArrayRegion = setByteArrayRegion;
     nativeEnvironment.functions = &functions;
+    functions.GetStringUTFChars = [](JNIEnv*, jstring string, jboolean* isCopy) -> const char* {
+        EXPECT_EQ(isCopy, nullptr);
+        const auto& characters = objectBehind(string).characters;
+        if (!characters)
+            return nullptr;
+        ++g_current->charactersHeld;
+        ++g_current->charactersTaken;
+        return strdup(characters->c_str());
+    };
+    functions.ReleaseStringUTFChars = [](JNIEnv*, jstring, const char* characters) {
+        --g_current->charactersHeld;
+        free(const_cast<char*>(characters));
+    };
+    functions.GetArrayLength = [](JNIEnv*, jarray array) {
+        return static_cast<jsize>(objectBehind(array).elements.size());
+    };
+    functions.GetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index) -> jobject {
+        Object* const element = elementOf(array, index);
+        if (element == nullptr)
+            return nullptr;
+        auto& jvm = *g_current;
+        const int held = ++jvm.elementsTaken - jvm.localRefsDeleted;
+        jvm.mostElementsHeld = std::max(jvm.mostElementsHeld, held);
+        return referenceTo<jobject>(*element);
+    };
+    functions.DeleteLocalRef = [](JNIEnv*, jobject) { ++g_current->localRefsDeleted; };
+    functions.FindClass = [](JNIEnv*, const char* name) {
+        EXPECT_STREQ(name, "java/lang/String");
+        return g_current->findClassFails ? nullptr : referenceTo<jclass>(g_current->make());
+    };
+    functions.NewObjectArray = [](JNIEnv*, jsize length, jclass, jobject initial) -> jobjectArray {
+        EXPECT_EQ(initial, nullptr);
+        if (g_current->newObjectArrayFails)
+            return nullptr;
+        Object& array = g_current->make();
+        array.elements.resize(static_cast<std::size_t>(length));
+        return referenceTo<jobjectArray>(array);
+    };
+    functions.SetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index, jobject given) {
+        elementOf(array, index) = &objectBehind(given);
+    };
+    functions.NewStringUTF = [](JNIEnv*, const char* bytes) {
+        return g_current->newStringFails ? nullptr : g_current->reference(Text(bytes));
+    };
+    functions.NewByteArray = [](JNIEnv*, jsize length) -> jbyteArray {
+        if (g_current->newByteArrayFails)
+            return nullptr;
+        Object& array = g_current->make();
+        array.characters.emplace(static_cast<std::size_t>(length), '?');
+        return referenceTo<jbyteArray>(array);
+    };
+    functions.SetByteArrayRegion = [](JNIEnv*, jbyteArray array, jsize start, jsize length,
+                                      const jbyte* bytes) {
+        std::string& target = *objectBehind(array).characters;
+        ASSERT_LE(static_cast<std::size_t>(start) + static_cast<std::size_t>(length),
+                  target.size());
+        std::copy_n(bytes, length, target.begin() + start);
+    };
 }
 
 Object& Environment::make() {
@@ -135,12 +113,8 @@ jobjectArray Environment::reference(const Texts& texts) {
     return referenceTo<jobjectArray>(array);
 }
 
-std::string Environment::answer(jstring string) {
-    return string == nullptr ? "(null)" : objectBehind(string).characters.value_or("(none)");
-}
-
-std::string Environment::answer(jbyteArray array) {
-    return array == nullptr ? "(null)" : objectBehind(array).bytes;
+std::string Environment::answer(jobject textOrBytes) {
+    return textOrBytes == nullptr ? "(null)" : objectBehind(textOrBytes).characters.value();
 }
 
 std::string Environment::answer(jobjectArray array) {

@@ -26,7 +26,6 @@ inline constexpr Unreadable unreadable;
 using Text = std::variant<std::nullptr_t, Unreadable, std::string>;
 
 struct Texts { // an array of them, or null
-    Texts() = default;
     Texts(std::nullptr_t) : isNull(true) {}
     Texts(std::initializer_list<Text> given) : elements(given) {}
     Texts(std::vector<Text> given) : elements(std::move(given)) {}
@@ -42,12 +41,10 @@ struct GivenFor<jstring> : std::type_identity<Text> {};
 template <>
 struct GivenFor<jobjectArray> : std::type_identity<Texts> {};
 
-// Stands for any reference. Text is the bytes that GetStringUTFChars hands out, null when it
-// fails.
+// Stands for any reference.
 struct Object {
-    std::optional<std::string> characters;
-    std::vector<Object*> elements; // of an object array
-    std::string bytes;             // of a byte array
+    std::optional<std::string> characters; // of a string that gives them out, or of a byte array
+    std::vector<Object*> elements;         // of an object array
 };
 
 struct Environment {
@@ -83,7 +80,6 @@ struct Environment {
     int elementsTaken = 0; // local references to elements that are not null
     int localRefsDeleted = 0;
     int mostElementsHeld = 0; // at the same time
-    int newStringCalls = 0;
 
     Object& make();
 
@@ -93,8 +89,7 @@ private:
         return number;
     }
     static std::string answer(jint number) { return std::to_string(number); }
-    static std::string answer(jstring string);
-    static std::string answer(jbyteArray array);
+    static std::string answer(jobject textOrBytes);
     static std::string answer(jobjectArray array);
 
     JNINativeInterface_ functions{};

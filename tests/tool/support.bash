@@ -4,6 +4,7 @@
 setup() {
     HOME=$BATS_TEST_TMPDIR/home
     export HOME
+    LIBRARY="$HOME/Pictures/Lumatrice Library"
     mkdir "$HOME"
     cd "$BATS_TEST_TMPDIR" || return
 }
@@ -16,6 +17,11 @@ picture() { # PATH [TONE]
     vips linear "$1.v" "$1[Q=90]" 1 "${2:-90}" --uchar
     rm "$1.v"
 }
+pictures() { # NAME...: imported from in/, each of another tone
+    local tone=0
+    for name in "$@"; do picture "in/$name" $((tone += 40)); done
+    photos-kit import in
+}
 
 # The identifiers that are listed, newest first, without their ending.
 listed() { photos-kit list --count 0 --json | jq -r '.assets[].id | split("/")[0]'; }
@@ -25,7 +31,12 @@ identifier_of() { # FILENAME
 }
 
 catalogue() { # SQL
-    sqlite3 "$HOME/Pictures/Lumatrice Library/library.db" "$1"
+    sqlite3 "$LIBRARY/library.db" "$1"
+}
+original_of() { # FILENAME
+    local stored
+    stored=$(catalogue "SELECT stored_as FROM asset WHERE filename = '$1'")
+    echo "$LIBRARY/originals/${stored:0:2}/$stored"
 }
 # As an application's deletion does it, and the import a minute before.
 put_into_trash() { # FILENAME [DAYS AGO]
@@ -35,4 +46,9 @@ put_into_trash() { # FILENAME [DAYS AGO]
 
 says() { # TEXT, within what the last command printed
     [[ $output == *"$1"* ]] || { printf 'expected: %s\nprinted:  %s\n' "$1" "$output" >&2; return 1; }
+}
+refused() { # TEXT ARGUMENT...: photos-kit fails, and says so
+    run photos-kit "${@:2}"
+    [ "$status" -eq 1 ] || { echo "exit $status of: ${*:2}" >&2; return 1; }
+    says "$1"
 }

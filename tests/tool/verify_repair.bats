@@ -1,82 +1,52 @@
 load support
 
-some_pictures() {
-    for i in 1 2 3 4; do picture "in/$i.jpg" $((i * 40)); done
-    photos-kit import in
-}
-
-original_of() { # FILENAME
-    local stored
-    stored=$(catalogue "SELECT stored_as FROM asset WHERE filename = '$1'")
-    echo "$HOME/Pictures/Lumatrice Library/originals/${stored:0:2}/$stored"
-}
-
 @test "a whole library is whole, also on a disk that takes no writes" {
-    some_pictures
-    run photos-kit verify
-    [ "$status" -eq 0 ]
-    says "The library is whole."
+    pictures 1.jpg 2.jpg
+    photos-kit verify
     unshare -rm true 2>/dev/null || skip "no mount namespaces here"
     run unshare -rm bash -c 'mount --bind "$HOME" "$HOME" && mount -o remount,bind,ro "$HOME" &&
-        ! touch "$HOME/x" 2>/dev/null && "$PHOTOS_KIT" verify'
+        ! touch "$HOME/x" 2>/dev/null && "$PHOTOS_KIT" verify && ! "$PHOTOS_KIT" doctor'
     [ "$status" -eq 0 ]
     says "The library is whole."
+    says "takes no writes"
 }
 
-@test "faults are named, for people and programs, and repaired when that is wanted" {
-    some_pictures
-    cp "$(original_of 1.jpg)" saved
+@test "faults are named, hold up no other file, and are repaired when that is wanted" {
+    pictures 1.jpg 2.jpg 3.jpg
+    photos-kit backup saved
+    cp "$(original_of 1.jpg)" "$LIBRARY/originals/00/strayed"
     rm "$(original_of 1.jpg)"
-    cp saved "$HOME/Pictures/Lumatrice Library/originals/00/strayed"
-    run photos-kit verify
-    [ "$status" -eq 1 ]
-    says "missing: originals/"
+    truncate -s 10 "$(original_of 2.jpg)"
+    refused "missing: originals/" verify
     says "unnamed: originals/00/strayed"
-    [ "$(photos-kit verify --json | jq -r '.findings | length')" -eq 2 ]
-    run photos-kit repair
-    [ "$status" -eq 1 ]
-    says "Nothing was changed."
-    run photos-kit repair --apply
-    [ "$status" -eq 0 ]
-    cmp saved "$(original_of 1.jpg)"
+    [ "$(photos-kit verify --json | jq -r '.findings | length')" -eq 3 ]
+    refused "2.jpg" export out --all
+    [ "$(ls -A out)" = 3.jpg ]
+    refused "Nothing was changed." repair --from saved
+    photos-kit repair --from saved --apply
+    cmp in/1.jpg "$(original_of 1.jpg)"
     photos-kit verify
 }
 
 @test "a verification that was stopped goes on and forgets nothing" {
-    some_pictures
+    pictures 1.jpg 2.jpg 3.jpg
     truncate -s 10 "$(original_of 1.jpg)"
     first=$(catalogue "SELECT n FROM asset WHERE filename = '1.jpg'")
     # As a run that was killed after the first file leaves it.
     photos-kit verify --json | jq --arg row "$first" \
         '{library, row: ($row | tonumber), findings}' >state
-    run photos-kit verify --state state
-    [ "$status" -eq 1 ]
-    says "damaged: "
+    refused "damaged: " verify --state state
     [ ! -e state ]
     echo '{"row": "x"}' >state
-    run photos-kit verify --state state
-    [ "$status" -eq 1 ]
-    says "no state"
+    refused "no state" verify --state state
     [ -e state ]
 }
 
-@test "a folder that is no library is said to be none, and left alone" {
-    mkdir elsewhere
-    run photos-kit verify --library elsewhere
-    [ "$status" -eq 1 ]
-    says "no catalogue"
-    [ -z "$(ls -A elsewhere)" ]
-    run photos-kit verify
-    [ "$status" -eq 1 ]
-    [ ! -e "$HOME/Pictures" ]
-}
-
-@test "the doctor names who has the library open" {
-    picture a.jpg
-    photos-kit import a.jpg
-    [ "$(photos-kit doctor --json | jq -c .processes)" = '{}' ]
+@test "the doctor tries the sandbox, and names who has the library open" {
+    pictures a.jpg
+    photos-kit doctor --json | jq -e '.processes == {} and .imaging.sandbox and .disk.writable'
     mkfifo words
-    sqlite3 "$HOME/Pictures/Lumatrice Library/library.db" <words >begun &
+    sqlite3 "$LIBRARY/library.db" <words >begun &
     exec 4>words
     echo "BEGIN IMMEDIATE; SELECT 1;" >&4
     until [ -s begun ]; do sleep 0.05; done

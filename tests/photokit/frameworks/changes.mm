@@ -81,15 +81,6 @@ extern "C" void objc_autoreleasePoolPop(void* pool) {
 }
 @end
 
-// What is changed is told by a fetch or by an array of objects.
-template <class Record>
-static std::vector<Record> recordsIn(id<NSFastEnumeration> objects) {
-    std::vector<Record> records;
-    for (StandInObject* object in objects)
-        records.push_back(behind<Record>(object));
-    return records;
-}
-
 @implementation PHAssetChangeRequest
 + (instancetype)changeRequestForAsset:(PHAsset*)asset {
     return objectOf([PHAssetChangeRequest class],
@@ -134,33 +125,37 @@ TAKES(ShouldMoveFile, BOOL, PHAssetResourceCreationOptions, shouldMoveFile)
 }
 @end
 
+// What albums and folders have in common.
+#define CHANGES_OF(Kind)                                                                           \
+    +(instancetype)creationRequestFor##Kind##WithTitle : (NSString*)title {                        \
+        return objectOf(self, backing::creationRequestFor##Kind##WithTitle(plain(title)));         \
+    }                                                                                              \
+    +(instancetype)changeRequestFor##Kind : (PH##Kind*)collection {                                \
+        return objectOf(self,                                                                      \
+                        backing::changeRequestFor##Kind(behind<backing::PH##Kind>(collection)));   \
+    }                                                                                              \
+    +(void)delete##Kind##s : (id<NSFastEnumeration>)collections {                                  \
+        backing::delete##Kind##s(fetchBehind<backing::PH##Kind>(collections));                     \
+    }                                                                                              \
+    -(PHObjectPlaceholder*)placeholderForCreated##Kind {                                           \
+        const auto& request = behind<backing::PH##Kind##ChangeRequest>(self);                      \
+        return objectOf([PHObjectPlaceholder class],                                               \
+                        backing::placeholderForCreated##Kind(request));                            \
+    }                                                                                              \
+    -(void)setTitle : (NSString*)title {                                                           \
+        backing::setTitle(behind<backing::PH##Kind##ChangeRequest>(self), plain(title));           \
+    }
+
 @implementation PHAssetCollectionChangeRequest
-+ (instancetype)creationRequestForAssetCollectionWithTitle:(NSString*)title {
-    return objectOf([PHAssetCollectionChangeRequest class],
-                    backing::creationRequestForAssetCollectionWithTitle(plain(title)));
-}
-+ (instancetype)changeRequestForAssetCollection:(PHAssetCollection*)collection {
-    return objectOf(
-        [PHAssetCollectionChangeRequest class],
-        backing::changeRequestForAssetCollection(behind<backing::PHAssetCollection>(collection)));
-}
-+ (void)deleteAssetCollections:(id<NSFastEnumeration>)collections {
-    backing::deleteAssetCollections(fetchBehind<backing::PHAssetCollection>(collections));
-}
-- (PHObjectPlaceholder*)placeholderForCreatedAssetCollection {
-    return objectOf([PHObjectPlaceholder class],
-                    backing::placeholderForCreatedAssetCollection(
-                        behind<backing::PHAssetCollectionChangeRequest>(self)));
-}
-- (void)setTitle:(NSString*)title {
-    backing::setTitle(behind<backing::PHAssetCollectionChangeRequest>(self), plain(title));
-}
+CHANGES_OF(AssetCollection)
 - (void)addAssets:(id<NSFastEnumeration>)assets {
     const auto& request = behind<backing::PHAssetCollectionChangeRequest>(self);
     if ([static_cast<id>(assets) isKindOfClass:[PHFetchResult class]])
-        backing::addAssets(request, fetchBehind<backing::PHAsset>(assets));
-    else
-        backing::addAssets(request, recordsIn<backing::PHAsset>(assets));
+        return backing::addAssets(request, fetchBehind<backing::PHAsset>(assets));
+    std::vector<backing::PHAsset> records;
+    for (PHAsset* asset in assets)
+        records.push_back(behind<backing::PHAsset>(asset));
+    backing::addAssets(request, records);
 }
 - (void)removeAssets:(id<NSFastEnumeration>)assets {
     backing::removeAssets(behind<backing::PHAssetCollectionChangeRequest>(self),
@@ -169,34 +164,11 @@ TAKES(ShouldMoveFile, BOOL, PHAssetResourceCreationOptions, shouldMoveFile)
 @end
 
 @implementation PHCollectionListChangeRequest
-+ (instancetype)creationRequestForCollectionListWithTitle:(NSString*)title {
-    return objectOf([PHCollectionListChangeRequest class],
-                    backing::creationRequestForCollectionListWithTitle(plain(title)));
-}
-+ (instancetype)changeRequestForCollectionList:(PHCollectionList*)list {
-    return objectOf(
-        [PHCollectionListChangeRequest class],
-        backing::changeRequestForCollectionList(behind<backing::PHCollectionList>(list)));
-}
-+ (void)deleteCollectionLists:(id<NSFastEnumeration>)lists {
-    backing::deleteCollectionLists(fetchBehind<backing::PHCollectionList>(lists));
-}
-- (PHObjectPlaceholder*)placeholderForCreatedCollectionList {
-    return objectOf([PHObjectPlaceholder class],
-                    backing::placeholderForCreatedCollectionList(
-                        behind<backing::PHCollectionListChangeRequest>(self)));
-}
-- (void)setTitle:(NSString*)title {
-    backing::setTitle(behind<backing::PHCollectionListChangeRequest>(self), plain(title));
-}
+CHANGES_OF(CollectionList)
 - (void)addChildCollections:(id<NSFastEnumeration>)collections {
     std::vector<backing::PHCollection> children;
-    for (PHCollection* collection in collections) {
-        if ([collection isKindOfClass:[PHAssetCollection class]])
-            children.emplace_back(behind<backing::PHAssetCollection>(collection));
-        else
-            children.emplace_back(behind<backing::PHCollectionList>(collection));
-    }
+    for (PHCollection* collection in collections)
+        children.push_back(collectionBehind(collection));
     backing::addChildCollections(behind<backing::PHCollectionListChangeRequest>(self), children);
 }
 @end

@@ -48,20 +48,17 @@ id objectFor(const backing::PHCollection& collection) {
     return std::visit([](const auto& either) { return objectFor(either); }, collection);
 }
 
+// Where the facade passes no options, none are due.
 template <class Record>
-PHFetchResult* fetched(const backing::PHFetchResult<Record>& result) {
+PHFetchResult* fetched(const backing::PHFetchResult<Record>& result, PHFetchOptions* undue = nil) {
+    if (undue != nil)
+        scripted::library().note("options that nobody asked for");
     return objectOf([PHFetchResult class], Fetched {
         result, [result] { return result.count(); }, [result](std::size_t index) -> id {
             const auto record = result.objectAtIndex(index);
             return record ? objectFor(*record) : nil;
         }
     });
-}
-
-// Where the facade passes no options, none are due.
-void expectNone(PHFetchOptions* options) {
-    if (options != nil)
-        scripted::library().note("options that nobody asked for");
 }
 
 std::vector<std::string> textsIn(NSArray* texts) {
@@ -114,8 +111,7 @@ READS_TEXT(localIdentifier, PHObjectPlaceholder)
 }
 + (PHFetchResult*)fetchAssetsWithLocalIdentifiers:(NSArray*)identifiers
                                           options:(PHFetchOptions*)options {
-    expectNone(options);
-    return fetched(backing::fetchAssetsWithLocalIdentifiers(textsIn(identifiers)));
+    return fetched(backing::fetchAssetsWithLocalIdentifiers(textsIn(identifiers)), options);
 }
 + (PHFetchResult*)fetchAssetsInAssetCollection:(PHAssetCollection*)collection
                                        options:(PHFetchOptions*)options {
@@ -151,13 +147,12 @@ READS(BOOL, isHidden, PHAsset)
 @implementation PHCollection
 + (PHFetchResult*)fetchCollectionsInCollectionList:(PHCollectionList*)list
                                            options:(PHFetchOptions*)options {
-    expectNone(options);
     return fetched(
-        backing::fetchCollectionsInCollectionList(behind<backing::PHCollectionList>(list)));
+        backing::fetchCollectionsInCollectionList(behind<backing::PHCollectionList>(list)),
+        options);
 }
 + (PHFetchResult*)fetchTopLevelUserCollectionsWithOptions:(PHFetchOptions*)options {
-    expectNone(options);
-    return fetched(backing::fetchTopLevelUserCollections());
+    return fetched(backing::fetchTopLevelUserCollections(), options);
 }
 - (NSString*)localizedTitle {
     return nil; // told by its kinds
@@ -167,21 +162,20 @@ READS(BOOL, isHidden, PHAsset)
 @implementation PHAssetCollection
 + (PHFetchResult*)fetchAssetCollectionsWithLocalIdentifiers:(NSArray*)identifiers
                                                     options:(PHFetchOptions*)options {
-    expectNone(options);
-    return fetched(backing::fetchAssetCollectionsWithLocalIdentifiers(textsIn(identifiers)));
+    return fetched(backing::fetchAssetCollectionsWithLocalIdentifiers(textsIn(identifiers)),
+                   options);
 }
 + (PHFetchResult*)fetchAssetCollectionsWithType:(PHAssetCollectionType)type
                                         subtype:(PHAssetCollectionSubtype)subtype
                                         options:(PHFetchOptions*)options {
-    expectNone(options);
-    return fetched(backing::fetchAssetCollectionsWithType(type, subtype));
+    return fetched(backing::fetchAssetCollectionsWithType(type, subtype), options);
 }
 + (PHFetchResult*)fetchAssetCollectionsContainingAsset:(PHAsset*)asset
                                               withType:(PHAssetCollectionType)type
                                                options:(PHFetchOptions*)options {
-    expectNone(options);
     return fetched(
-        backing::fetchAssetCollectionsContainingAsset(behind<backing::PHAsset>(asset), type));
+        backing::fetchAssetCollectionsContainingAsset(behind<backing::PHAsset>(asset), type),
+        options);
 }
 READS_TEXT(localIdentifier, PHAssetCollection)
 READS_TEXT(localizedTitle, PHAssetCollection)
@@ -191,17 +185,13 @@ READS(PHAssetCollectionType, assetCollectionType, PHAssetCollection)
 @implementation PHCollectionList
 + (PHFetchResult*)fetchCollectionListsWithLocalIdentifiers:(NSArray*)identifiers
                                                    options:(PHFetchOptions*)options {
-    expectNone(options);
-    return fetched(backing::fetchCollectionListsWithLocalIdentifiers(textsIn(identifiers)));
+    return fetched(backing::fetchCollectionListsWithLocalIdentifiers(textsIn(identifiers)),
+                   options);
 }
 + (PHFetchResult*)fetchCollectionListsContainingCollection:(PHCollection*)collection
                                                    options:(PHFetchOptions*)options {
-    expectNone(options);
-    if ([collection isKindOfClass:[PHAssetCollection class]])
-        return fetched(backing::fetchCollectionListsContainingCollection(
-            behind<backing::PHAssetCollection>(collection)));
-    return fetched(backing::fetchCollectionListsContainingCollection(
-        behind<backing::PHCollectionList>(collection)));
+    return fetched(backing::fetchCollectionListsContainingCollection(collectionBehind(collection)),
+                   options);
 }
 READS_TEXT(localIdentifier, PHCollectionList)
 READS_TEXT(localizedTitle, PHCollectionList)

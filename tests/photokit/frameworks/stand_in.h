@@ -65,6 +65,12 @@ const backing::PHFetchResult<Record>& fetchBehind(id object) {
     return std::any_cast<const backing::PHFetchResult<Record>&>(behind<Fetched>(object).result);
 }
 
+inline backing::PHCollection collectionBehind(PHCollection* collection) {
+    if ([collection isKindOfClass:[PHAssetCollection class]])
+        return behind<backing::PHAssetCollection>(collection);
+    return behind<backing::PHCollectionList>(collection);
+}
+
 // Makes an object and hands it over on a thread that may have no pool, as the frameworks do; what
 // the receiver leaves to a pool there is reported as leaked.
 template <class Make, class Receive>

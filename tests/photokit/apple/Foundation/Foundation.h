@@ -13,9 +13,6 @@ typedef signed char BOOL;
 #define YES __objc_yes
 #define NO __objc_no
 #define nil nullptr
-#define NS_ENUM(type, name)                                                                        \
-    enum name : type name;                                                                         \
-    enum name : type
 
 typedef long NSInteger;
 typedef unsigned long NSUInteger;
@@ -89,9 +86,6 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 @interface NSDictionary : NSObject
 + (instancetype)dictionaryWithObject:(id)object forKey:(id)key;
 - (id)objectForKey:(id)key;
-@end
-
-@interface NSMutableDictionary : NSDictionary
 @end
 
 @interface NSNumber : NSObject

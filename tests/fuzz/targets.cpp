@@ -1,12 +1,19 @@
-// What the imaging process makes of files: FUZZED names the one of these functions that is tried.
+// What makes something of strangers' bytes: FUZZED names the one of these functions that is tried.
+#include "bridge/json_text.h"
+#include "bridge/utf8.h"
+#include "platform/local/change/capture_date.h"
+#include "platform/local/imaging/answer.h"
 #include "platform/local/imaging/worker/exif.h"
 #include "platform/local/imaging/worker/jpeg_picture.h"
 #include "platform/local/imaging/worker/photo.h"
 #include "platform/local/imaging/worker/raw_picture.h"
+#include "platform/local/imaging/worker/request.h"
 #include "platform/local/imaging/worker/tiff.h"
 #include "platform/local/imaging/worker/video.h"
 #include "platform/local/imaging/worker/vips_picture.h"
 #include "platform/local/system/unique_fd.h"
+
+#include <nlohmann/json.hpp>
 
 #include <cstdlib>
 #include <exception>
@@ -24,17 +31,69 @@ void require(bool condition) {
         std::abort();
 }
 
-// Sizes that decoders answer must be what the host accepts.
+void check(Size size) {
+    require(size.width > 0 && size.width <= kMaxSide);
+    require(size.height > 0 && size.height <= kMaxSide);
+    require(std::uint64_t{size.width} * size.height <= kMaxPixels);
+}
+
+// What decoders answer must be what the host accepts.
 void check(const Info& info) {
     require(info.displayed.width > 0 && info.displayed.height > 0);
     require(info.format <= kLastFormat);
 }
 
 void check(const Picture& picture) {
-    require(picture.size.width > 0 && picture.size.width <= kMaxSide);
-    require(picture.size.height > 0 && picture.size.height <= kMaxSide);
-    require(std::uint64_t{picture.size.width} * picture.size.height <= kMaxPixels);
+    check(picture.size);
     require(picture.rgb.size() == std::size_t{picture.size.width} * picture.size.height * 3);
+}
+
+// The imaging process's check of what it is asked.
+[[maybe_unused]] void request(const std::uint8_t* data, std::size_t size) {
+    const auto asked = checkRequest(reinterpret_cast<const std::byte*>(data), size);
+    require(!asked || asked->task <= kLastTask);
+    if (!asked || !makesPicture(asked->task))
+        return;
+    for (const Size source : {Size{1, 1}, Size{kMaxSide, 1}, Size{4000, 3000}})
+        check(coverSize(source, asked->targetWidth, asked->targetHeight));
+}
+
+// The host's check of what an imaging process answers, and the use an import makes of it.
+[[maybe_unused]] void answer(const std::uint8_t* data, std::size_t size) {
+    const auto* const bytes = reinterpret_cast<const std::byte*>(data);
+    if (const auto said = checkPictureSize(bytes, size))
+        check(*said);
+    for (const Task asked : {Task::inspectPhoto, Task::inspectVideo, Task::inspectWholeJpeg,
+                             Task::photoPicture, Task::videoPicture}) {
+        const auto checked = checkAnswer(bytes, size, asked);
+        if (!checked)
+            continue;
+        require((checked->outcome == Outcome::done) == (checked->result.index() != 0));
+        require(checked->outcome == Outcome::done || !sentenceFor(checked->outcome).empty());
+        if (const auto* picture = std::get_if<CheckedPicture>(&checked->result))
+            check(picture->size);
+        if (const auto* info = std::get_if<local::MediaInfo>(&checked->result)) {
+            require(info->width > 0 && info->height > 0);
+            require(info->durationSeconds >= 0 && info->durationSeconds < 1e10);
+            if (info->captured)
+                local::millisecondsSince1970(*info->captured);
+        }
+    }
+}
+
+// Text on its way to the host: what is valid, and nothing else, is read by a reader that is not
+// ours, and as it was.
+[[maybe_unused]] void json(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    const long long number = static_cast<long long>(size) - 5;
+    std::string written = "[";
+    appendJsonString(written, text);
+    written += ',';
+    appendJsonNumber(written, number);
+    written += ']';
+    const auto read = nlohmann::json::parse(written, nullptr, false);
+    require(read.is_discarded() != isValidUtf8(text));
+    require(read.is_discarded() || (read[0] == text && read[1] == number));
 }
 
 // Refusing is right, whatever is thrown.
