@@ -17,7 +17,7 @@ inline long call(long number, auto... arguments) {
 
 // All zeros when there is no such file.
 inline struct stat status(int folder, const char* name, int flags) {
-    struct stat found {};
+    struct stat found = {};
     call(SYS_newfstatat, folder, name, &found, flags);
     return found;
 }

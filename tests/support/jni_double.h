@@ -21,6 +21,9 @@ namespace jni {
 
 // Arguments as the host hands them over: a text as modified UTF-8, null, or a string whose
 // characters the JVM does not give out.
+template <class T>
+concept Number = std::is_arithmetic_v<T>;
+
 struct Unreadable {};
 inline constexpr Unreadable unreadable;
 using Text = std::variant<std::nullptr_t, Unreadable, std::string>;
@@ -84,8 +87,8 @@ struct Environment {
     Object& make();
 
 private:
-    template <class Number>
-    static Number reference(Number number) requires std::is_arithmetic_v<Number> {
+    template <Number N>
+    static N reference(N number) {
         return number;
     }
     static std::string answer(jint number) { return std::to_string(number); }

@@ -66,12 +66,12 @@ void answerPicture(std::uint32_t width, std::uint32_t height) {
 int g_hoarded = -1;
 
 bool stillHasTheHoard() {
-    struct stat status {};
+    struct stat status = {};
     return syscall(SYS_fstat, g_hoarded, &status) != 0 || status.st_size > 0;
 }
 
 bool looksAtAPath() {
-    struct stat status {};
+    struct stat status = {};
     return syscall(SYS_newfstatat, AT_FDCWD, "/etc/passwd", &status, AT_EMPTY_PATH) == 0;
 }
 
