@@ -19,11 +19,11 @@
 
 namespace jni {
 
-// Arguments as the host hands them over: a text as modified UTF-8, null, or a string whose
-// characters the JVM does not give out.
 template <class T>
 concept Number = std::is_arithmetic_v<T>;
 
+// Arguments as the host hands them over: a text as modified UTF-8, null, or a string whose
+// characters the JVM does not give out.
 struct Unreadable {};
 inline constexpr Unreadable unreadable;
 using Text = std::variant<std::nullptr_t, Unreadable, std::string>;
