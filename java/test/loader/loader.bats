@@ -4,7 +4,7 @@
 bats_require_minimum_version 1.5.0
 
 setup_file() {
-    [[ ! -e /usr/lib/$(uname -m)-linux-gnu/libphotos_kit.so ]] || skip 'an installed copy would be found first'
+    [[ -z $(ls "/usr/lib/$(uname -m)-linux-gnu"/{,jni/,photos-kit/}libphotos_kit.so 2> /dev/null) ]] || skip 'an installed copy would be found first'
     # A jar with other content, which takes a while to extract.
     local more=$BATS_FILE_TMPDIR/more
     mkdir "$more"
@@ -160,6 +160,13 @@ mounted() { # OPTIONS: the home becomes a file system of its own, in a name spac
     unshare -m true 2> /dev/null || skip 'file systems cannot be mounted here'
     # shellcheck disable=SC2016
     mine=(unshare -m bash -c 'mount -t tmpfs -o "$0" tmpfs "$1" && shift && exec "$@"' "$1" "$home" "${mine[@]}")
+}
+
+@test "an installed copy comes before the jar's" {
+    [[ -d ${jni:=/usr/lib/$(uname -m)-linux-gnu/jni} ]] || skip 'this system has no folder for JNI libraries'
+    unshare -m true 2> /dev/null || skip 'file systems cannot be mounted here'
+    mine=(unshare -m bash -c "mount --bind '$BUILD' '$jni'"' && exec "$@"' - "${mine[@]}")
+    loads; [[ $output == *"loaded $jni/libphotos_kit.so"* && ! -e $cache ]]
 }
 
 @test "a read-only home" { mounted size=9m,ro; refuses 'cannot be extracted' XDG_CACHE_HOME photos.kit.path; }

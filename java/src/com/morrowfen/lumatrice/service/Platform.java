@@ -29,8 +29,9 @@ record Platform(String folder, String library, List<Path> installed) {
             return new Platform("osx-universal", "libphotos_kit.dylib", List.of());
         }
         Path libraries = Path.of("/usr/lib", kind + "-linux-gnu");
-        return new Platform("linux-" + kind, "libphotos_kit.so",
-                List.of(libraries, libraries.resolve("photos-kit")));
+        // Debian's place for JNI libraries comes first: not every JDK has it in java.library.path.
+        return new Platform("linux-" + kind, "libphotos_kit.so", List.of(libraries.resolve("jni"),
+                libraries, libraries.resolve("photos-kit")));
     }
 
     /** One of the native parts that came with these classes; null if there is none of this name. */
