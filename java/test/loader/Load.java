@@ -20,6 +20,12 @@ public final class Load {
             new PhotosService(Path.of(System.getProperty("com.morrowfen.lumatrice.photos.loaded")));
             System.out.println("loaded " + System.getProperty("com.morrowfen.lumatrice.photos.loaded"));
             System.out.println(new PhotosService().nativeAssetCount() + " assets");
+            for (Thread each : Thread.getAllStackTraces().keySet()) {
+                if (each.getName().equals("photos-kit-cache")) { // have it done now
+                    each.interrupt();
+                    each.join();
+                }
+            }
             switch (words.length == 0 ? "" : words[0]) {
                 case "stay" -> System.in.read();
                 case "twice" -> again(new Class<?>[0]);

@@ -42,8 +42,8 @@ public final class PhotosService {
      *       it;
      *   <li>the native parts in the jar. They are extracted once, to
      *       {@code $XDG_CACHE_HOME/photos-kit} or else {@code $HOME/.cache/photos-kit}, a folder
-     *       that must be this user's alone, and checked against the jar's list of SHA-256 sums
-     *       whenever they are loaded. What no process has used for 90 days goes.
+     *       that must be this user's alone, and checked against the jar then, and again whenever
+     *       they do not look as they did. What no process has used for 90 days goes.
      * </ol>
      *
      * <p>From JDK 24 on, {@code --enable-native-access=com.morrowfen.lumatrice.photos} on the
