@@ -51,7 +51,7 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     [[ $before == "$(stat -c '%i %Y' "$(entry)"/*k*)" ]]
     [[ -n $(find "$(entry)/in-use" -mtime -1) && -z $(unfinished) ]]
 
-    "${mine[@]}" java -Djava.awt.headless=true -cp "$CLASSES" "$BATS_TEST_DIRNAME/Picture.java" "$home/a.jpg"
+    vips black "$home/a.jpg" 60 40
     run -0 "${mine[@]}" java -p "$JAR" -cp "$CLASSES" --add-modules com.morrowfen.lumatrice.photos TenThings "$home" "$home/a.jpg"
     [[ $output == *' bytes of JPEG'*'Best of it holds 0, the library 0'* ]]
 }
@@ -83,7 +83,7 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     done
     loads
     rm "$cache/.lock"; mkdir "$cache/.lock"; loads # what is as it was proven needs no lock
-    echo >> "$(entry)/proven"; refuses 'cannot be extracted'
+    : > "$(entry)/proven"; refuses 'cannot be extracted'
     rm -r "$cache"
     run -3 java_of "$more/wrong.jar"
     [[ $output == *'photos-kit-imaging'*'in the jar is missing or damaged'* && -z $(entry) && -z $(unfinished) ]]
@@ -96,12 +96,13 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     rm "$cache"; touch "$cache"; refuses 'no folder'; rm "$cache"
     mkdir "$cache"; for mode in 770 702; do chmod "$mode" "$cache"; refuses 'written to by others'; done
     chmod 755 "$cache"; loads
+    chmod 777 "$home/.cache"; refuses 'written to by everybody'; chmod 700 "$home/.cache"
     chmod 770 "$(entry)"; refuses "$(entry), can be written to by others"; chmod 700 "$(entry)"
     name=$(entry); mv "$name" "$home/moved"; ln -s "$home/moved" "$name"; refuses "$name, is a link"
-    chmod 777 "$home/.cache"; refuses 'written to by everybody'; chmod 700 "$home/.cache"
+    rm "$name"; mv "$home/moved" "$name"; loads
     [[ $UID == 0 ]] || skip 'only root can make folders of other users'
-    rm -r "$cache"; mkdir -m 700 "$cache"; chown 4711 "$cache"; refuses 'belongs to another user, 4711'
-    chown 0 "$cache"; chmod 755 "$home" "$home/.cache" "$cache" "$BATS_RUN_TMPDIR" "$BATS_FILE_TMPDIR" "$BATS_TEST_TMPDIR"
+    for folder in "$name" "$cache"; do chown 4711 "$folder"; refuses 'belongs to another user, 4711'; chown 0 "$folder"; done
+    chmod 755 "$home" "$home/.cache" "$cache" "$BATS_RUN_TMPDIR" "$BATS_FILE_TMPDIR" "$BATS_TEST_TMPDIR"
     cp "$JAR" "$BATS_TEST_TMPDIR/" && JAR=$BATS_TEST_TMPDIR/${JAR##*/} # where that user can read it
     mine=(setpriv --reuid 4711 --clear-groups "${mine[@]}"); refuses 'belongs to root' 'cannot be written to'
 }

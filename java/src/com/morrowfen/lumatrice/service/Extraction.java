@@ -59,7 +59,7 @@ final class Extraction {
             }
             cache.checkFolder(folder);
             cache.hold(folder);
-            if (isThere && !ProvenParts.areIn(folder)) {
+            if (isThere && !ProvenParts.areAsNoted(folder)) {
                 prove(folder);
             }
         } catch (IOException problem) {

@@ -49,7 +49,7 @@ final class ProvenParts {
      * Whether the parts in the folder are those that were proven, and both it and the cache are
      * this user's alone. If not, the long way round says what is wrong, or mends it.
      */
-    static boolean areIn(Path folder) {
+    private static boolean areIn(Path folder) {
         try {
             // First: from here on nobody sweeps the folder, or it is gone already.
             folder.resolve(CacheFolder.IN_USE).toFile().setLastModified(System.currentTimeMillis());
@@ -59,7 +59,7 @@ final class ProvenParts {
             return !FileFacts.behindLinks(cache.getParent()).isFreeForAll()
                     && isOnlyOf(user, FileFacts.of(cache))
                     && isOnlyOf(user, FileFacts.of(folder))
-                    && isAsNoted(folder);
+                    && areAsNoted(folder);
         } catch (IOException | RuntimeException theLongWayRound) {
             return false;
         }
@@ -69,16 +69,23 @@ final class ProvenParts {
         return folder.isFolder() && !folder.isWritableByOthers() && folder.owner() == user;
     }
 
-    private static boolean isAsNoted(Path folder) throws IOException {
-        String note = read(folder.resolve(NOTE).toFile());
-        int start = 0;
-        for (int end; (end = note.indexOf('\n', start)) >= 0; start = end + 1) {
-            String name = note.substring(start, note.indexOf(' ', start));
-            if (!note.startsWith(line(folder, name), start)) {
-                return false;
+    /** Whether the parts look as they did when they were proven; whose they are is not asked. */
+    static boolean areAsNoted(Path folder) {
+        try {
+            String note = read(folder.resolve(NOTE).toFile());
+            int start = 0;
+            while (start < note.length()) {
+                String name = note.substring(start, note.indexOf(' ', start));
+                String line = line(folder, name);
+                if (!note.startsWith(line, start)) {
+                    return false;
+                }
+                start += line.length();
             }
+            return start > 0;
+        } catch (IOException | RuntimeException noNoteOrPart) {
+            return false;
         }
-        return start > 0;
     }
 
     private static String line(Path folder, String name) throws IOException {
