@@ -37,7 +37,8 @@ import java.util.Set;
  *
  * <p>Only the holder of the lock writes. So whatever has an unfinished name while somebody else
  * takes the lock was left by a process that died. A folder that is in use is held by a shared
- * lock on the file {@code in-use} in it, for as long as the process lives.
+ * lock on the file {@code in-use} in it, for as long as the process lives; until a process that
+ * starts has that lock, the file's new time keeps the folder from being swept.
  */
 final class CacheFolder implements Closeable {
     /** How long a folder of other content is kept after it was last loaded from. */
