@@ -142,8 +142,8 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
 @test "a process has one copy, whatever loads it" {
     run -3 java_of "$JAR" here "$BUILD/libphotos_kit.so"
     [[ $output == *'loaded the photo library already, from '* ]]
-    for words in twice "elsewhere $BUILD/libphotos_kit.so"; do
-        run -4 java_of "$JAR" $words
+    for folder in "$(entry)" "$BUILD"; do
+        run -4 java_of "$JAR" again "$folder/libphotos_kit.so"
         [[ $output == *PhotosLoadException*'loaded the photo library already, from '*'another class loader'* ]]
     done
     ln -s "$(entry)/libphotos_kit.so" "$home/link.so"; loads here "$home/link.so"
