@@ -8,8 +8,8 @@ import java.nio.file.Path;
 
 /**
  * Loads the library and prints where from; ends with 3 and the reason if it is refused. Then
- * "stay" waits for the end of the input, and "twice" and "elsewhere FILE" load it a second time,
- * from the same place or from the file, through a class loader of its own.
+ * "stay" waits for the end of the input, and "again FILE" loads that one as well, through a class
+ * loader of its own.
  */
 public final class Load {
     private Load() {}
@@ -20,10 +20,15 @@ public final class Load {
             new PhotosService(Path.of(System.getProperty("com.morrowfen.lumatrice.photos.loaded")));
             System.out.println("loaded " + System.getProperty("com.morrowfen.lumatrice.photos.loaded"));
             System.out.println(new PhotosService().nativeAssetCount() + " assets");
+            for (Thread each : Thread.getAllStackTraces().keySet()) {
+                if (each.getName().equals("photos-kit-cache")) { // have it done now
+                    each.interrupt();
+                    each.join();
+                }
+            }
             switch (words.length == 0 ? "" : words[0]) {
                 case "stay" -> System.in.read();
-                case "twice" -> again(new Class<?>[0]);
-                case "elsewhere" -> again(new Class<?>[] {Path.class}, Path.of(words[1]));
+                case "again" -> again(Path.of(words[1]));
                 case "here" -> new PhotosService(Path.of(words[1]));
                 default -> { }
             }
@@ -33,7 +38,7 @@ public final class Load {
         }
     }
 
-    private static void again(Class<?>[] types, Object... arguments) throws Exception {
+    private static void again(Path file) throws Exception {
         String[] places = System.getProperty("java.class.path").split(File.pathSeparator);
         URL[] urls = new URL[places.length];
         for (int i = 0; i < urls.length; ++i) {
@@ -41,7 +46,7 @@ public final class Load {
         }
         Class<?> other = new URLClassLoader(urls, null).loadClass(PhotosService.class.getName());
         try {
-            other.getConstructor(types).newInstance(arguments);
+            other.getConstructor(Path.class).newInstance(file);
         } catch (InvocationTargetException problem) {
             System.out.println("refused: " + problem.getCause());
             System.exit(4);

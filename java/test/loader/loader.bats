@@ -4,18 +4,16 @@
 bats_require_minimum_version 1.5.0
 
 setup_file() {
-    [[ ! -e /usr/lib/$(uname -m)-linux-gnu/libphotos_kit.so ]] || skip 'an installed copy would be found first'
-    # A jar with other content, which takes a while to extract.
-    local more=$BATS_FILE_TMPDIR/more
-    mkdir "$more"
-    (cd "$more" && jar --extract --file "$JAR" && cd "native/linux-$(uname -m)" &&
-        truncate -s 1G filler && sha256sum filler >> SHA256SUMS)
-    jar --create --file "$BATS_FILE_TMPDIR/slow.jar" -C "$more" .
-    (cd "$more/native/linux-$(uname -m)" && truncate -s 16 filler) # no longer what the list says
-    jar --create --file "$BATS_FILE_TMPDIR/wrong.jar" -C "$more" .
-    (cd "$more/native/linux-$(uname -m)" && rm filler && sed -i '/filler/d' SHA256SUMS && echo hello > note &&
-        sha256sum note >> SHA256SUMS)
-    jar --create --file "$BATS_FILE_TMPDIR/other.jar" -C "$more" .
+    [[ -z $(ls "/usr/lib/$(uname -m)-linux-gnu"/{,jni/,photos-kit/}libphotos_kit.so 2> /dev/null) ]] || skip 'an installed copy would be found first'
+    local part=native/linux-$(uname -m)/photos-kit-imaging more=$BATS_FILE_TMPDIR/more
+    mkdir -p "$more/${part%/*}"
+    cp "$BUILD/libphotos_kit.so" "$BUILD/photos-kit-imaging" "$more/"
+    echo >> "$more/photos-kit-imaging"
+    scripts/package-jar --jar-only "$more" "$more/other"
+    truncate -s 1G "$more/photos-kit-imaging" # takes a while to extract
+    scripts/package-jar --jar-only "$more" "$more/slow"
+    cp "$JAR" "$more/wrong.jar" && tac "$BUILD/photos-kit-imaging" > "$more/$part"
+    jar --update --file "$more/wrong.jar" -C "$more" "$part" # no longer what the list says
 }
 
 setup() {
@@ -26,7 +24,8 @@ setup() {
     mine=(env -i "HOME=$home" "PATH=$PATH" LC_ALL=C.UTF-8)
     classes=$CLASSES/Load.class
     mkdir "$BATS_TEST_TMPDIR/classes" && cp "$classes" "$BATS_TEST_TMPDIR/classes/"
-    slow=$BATS_FILE_TMPDIR/slow.jar other=$BATS_FILE_TMPDIR/other.jar
+    more=$BATS_FILE_TMPDIR/more
+    slow=$(ls "$more"/slow/*.jar) other=$(ls "$more"/other/*.jar)
 }
 
 java_of() { # JAR WORD...
@@ -44,7 +43,7 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     umask 002
     loads
     [[ $output == *"loaded $(entry)/libphotos_kit.so"* ]]
-    [[ $(stat -c %a "$cache" "$(entry)" "$(entry)"/*) == $'700\n700\n600\n700\n700' ]]
+    [[ $(stat -c %a "$cache" "$(entry)" "$(entry)"/*) == $'700\n700\n600\n700\n700\n664' ]]
     cmp "$BUILD/libphotos_kit.so" "$(entry)/libphotos_kit.so"
     before=$(stat -c '%i %Y' "$(entry)"/*k*)
     touch -d '10 days ago' "$(entry)/in-use"
@@ -52,7 +51,7 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     [[ $before == "$(stat -c '%i %Y' "$(entry)"/*k*)" ]]
     [[ -n $(find "$(entry)/in-use" -mtime -1) && -z $(unfinished) ]]
 
-    "${mine[@]}" java -Djava.awt.headless=true -cp "$CLASSES" "$BATS_TEST_DIRNAME/Picture.java" "$home/a.jpg"
+    vips black "$home/a.jpg" 60 40
     run -0 "${mine[@]}" java -p "$JAR" -cp "$CLASSES" --add-modules com.morrowfen.lumatrice.photos TenThings "$home" "$home/a.jpg"
     [[ $output == *' bytes of JPEG'*'Best of it holds 0, the library 0'* ]]
 }
@@ -65,8 +64,7 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     refuses photos.kit.path "$home/libphotos_kit.so cannot be loaded"
     [[ ! -e $cache ]]
     options=("-Djava.library.path=/nonexistent:$BUILD"); loads; [[ $output == *"loaded $BUILD/"* ]]
-    cd "$home"; options=(-Djava.library.path=:.:); loads; [[ $output == *"loaded $cache/"* ]]
-    [[ $output != *"$home/libphotos_kit.so"* ]]
+    cd "$BUILD"; options=(-Djava.library.path=:.:); loads; [[ $output == *"loaded $cache/"* ]]
     options=("-Djava.library.path=$home"); loads; [[ $output == *"loaded $cache/"* ]]
     rm -r "$cache"; ln -s "$home" "$cache"; refuses "$cache, is a link" "An installed copy could not be loaded either: $home"
 }
@@ -75,16 +73,21 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     loads
     for file in libphotos_kit.so photos-kit-imaging; do
         cp -p "$(entry)/$file" "$home/kept"
-        printf X | dd of="$(entry)/$file" bs=1 seek=1000 conv=notrunc status=none; refuses "$(entry)/$file" 'Remove the folder'
+        printf X | dd of="$(entry)/$file" bs=1 seek=1000 conv=notrunc status=none
+        touch -r "$home/kept" "$(entry)/$file"; refuses "$(entry)/$file" 'Remove the folder'
         truncate -s 0 "$(entry)/$file"; refuses 'Remove the folder'
         rm "$(entry)/$file"; refuses 'Remove the folder'
         ln -s "$home/kept" "$(entry)/$file"; refuses 'Remove the folder'
         rm "$(entry)/$file"; cp -p "$home/kept" "$(entry)/$file"
     done
     loads
+    # What is as it was proven needs no lock, and is safe from sweeping without one.
+    rm "$cache/.lock"; mkdir "$cache/.lock"; touch -d '91 days ago' "$(entry)/in-use"
+    loads; [[ -n $(find "$(entry)/in-use" -mtime -1) ]]
+    : > "$(entry)/proven"; refuses 'cannot be extracted'
     rm -r "$cache"
-    run -3 java_of "$BATS_FILE_TMPDIR/wrong.jar"
-    [[ $output == *'filler'*'in the jar is missing or damaged'* && -z $(entry) && -z $(unfinished) ]]
+    run -3 java_of "$more/wrong.jar"
+    [[ $output == *'photos-kit-imaging'*'in the jar is missing or damaged'* && -z $(entry) && -z $(unfinished) ]]
 }
 
 @test "a folder that is a link, or that others own or can write to, is refused" {
@@ -94,12 +97,13 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     rm "$cache"; touch "$cache"; refuses 'no folder'; rm "$cache"
     mkdir "$cache"; for mode in 770 702; do chmod "$mode" "$cache"; refuses 'written to by others'; done
     chmod 755 "$cache"; loads
+    chmod 777 "$home/.cache"; refuses 'written to by everybody'; chmod 700 "$home/.cache"
     chmod 770 "$(entry)"; refuses "$(entry), can be written to by others"; chmod 700 "$(entry)"
     name=$(entry); mv "$name" "$home/moved"; ln -s "$home/moved" "$name"; refuses "$name, is a link"
-    chmod 777 "$home/.cache"; refuses 'written to by everybody'; chmod 700 "$home/.cache"
+    rm "$name"; mv "$home/moved" "$name"; loads
     [[ $UID == 0 ]] || skip 'only root can make folders of other users'
-    rm -r "$cache"; mkdir -m 700 "$cache"; chown 4711 "$cache"; refuses 'belongs to another user, 4711'
-    chown 0 "$cache"; chmod 755 "$home" "$home/.cache" "$cache" "$BATS_RUN_TMPDIR" "$BATS_FILE_TMPDIR" "$BATS_TEST_TMPDIR"
+    for folder in "$name" "$cache"; do chown 4711 "$folder"; refuses 'belongs to another user, 4711'; chown 0 "$folder"; done
+    chmod 755 "$home" "$home/.cache" "$cache" "$BATS_RUN_TMPDIR" "$BATS_FILE_TMPDIR" "$BATS_TEST_TMPDIR"
     cp "$JAR" "$BATS_TEST_TMPDIR/" && JAR=$BATS_TEST_TMPDIR/${JAR##*/} # where that user can read it
     mine=(setpriv --reuid 4711 --clear-groups "${mine[@]}"); refuses 'belongs to root' 'cannot be written to'
 }
@@ -113,7 +117,7 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
 
 @test "a kill in the middle leaves what the next start sweeps" {
     java_of "$slow" > "$home/out" & killed=$!
-    until [[ -n $(find "$cache"/.unfinished-*/filler 2> /dev/null) ]]; do kill -0 "$killed"; done
+    until [[ -n $(find "$cache"/.unfinished-*/photos-kit-imaging 2> /dev/null) ]]; do kill -0 "$killed"; done
     kill -9 "$(pgrep -P "$killed" -x java || echo "$killed")"
     wait "$killed" || true
     [[ ! -s $home/out && -z $(entry) && -n $(unfinished) ]]
@@ -138,8 +142,8 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
 @test "a process has one copy, whatever loads it" {
     run -3 java_of "$JAR" here "$BUILD/libphotos_kit.so"
     [[ $output == *'loaded the photo library already, from '* ]]
-    for words in twice "elsewhere $BUILD/libphotos_kit.so"; do
-        run -4 java_of "$JAR" $words
+    for folder in "$(entry)" "$BUILD"; do
+        run -4 java_of "$JAR" again "$folder/libphotos_kit.so"
         [[ $output == *PhotosLoadException*'loaded the photo library already, from '*'another class loader'* ]]
     done
     ln -s "$(entry)/libphotos_kit.so" "$home/link.so"; loads here "$home/link.so"
@@ -156,15 +160,27 @@ unfinished() { find "$cache" -mindepth 1 -maxdepth 1 -name '.unfinished-*'; }
     mine=(env -i "PATH=$PATH" "HOME=$home/ü" LC_ALL=C); options=(-Dsun.jnu.encoding=ANSI_X3.4-1968); refuses 'UTF-8 locale' photos.kit.path
 }
 
-mounted() { # OPTIONS: the home becomes a file system of its own, in a name space that ends with the test
+mounted() { # COMMAND: mounts something for this test alone; the home is $0
     unshare -m true 2> /dev/null || skip 'file systems cannot be mounted here'
-    # shellcheck disable=SC2016
-    mine=(unshare -m bash -c 'mount -t tmpfs -o "$0" tmpfs "$1" && shift && exec "$@"' "$1" "$home" "${mine[@]}")
+    mine=(unshare -m bash -c "$1"' && exec "$@"' "$home" "${mine[@]}")
 }
 
-@test "a read-only home" { mounted size=9m,ro; refuses 'cannot be extracted' XDG_CACHE_HOME photos.kit.path; }
-@test "a home mounted noexec" { mounted size=9m,noexec; refuses 'mounted noexec' XDG_CACHE_HOME photos.kit.path; }
-@test "a full disk" { mounted size=1m; refuses 'the disk is full' XDG_CACHE_HOME photos.kit.path; }
+@test "an installed copy comes before the jar's" {
+    [[ -d ${jni:=/usr/lib/$(uname -m)-linux-gnu/jni} ]] || skip 'this system has no folder for JNI libraries'
+    mounted "mount --bind '$BUILD' '$jni'"
+    loads; [[ $output == *"loaded $jni/libphotos_kit.so"* && ! -e $cache ]]
+}
+
+# shellcheck disable=SC2016
+@test "a read-only home, after and before the parts were extracted" {
+    loads
+    mounted 'mount --bind "$0" "$0" && mount -o remount,ro,bind "$0"'; loads
+    mounted 'mount -t tmpfs -o ro tmpfs "$0"'; refuses 'cannot be extracted' XDG_CACHE_HOME photos.kit.path
+}
+# shellcheck disable=SC2016
+@test "a home mounted noexec" { mounted 'mount -t tmpfs -o noexec tmpfs "$0"'; refuses 'mounted noexec' XDG_CACHE_HOME photos.kit.path; }
+# shellcheck disable=SC2016
+@test "a full disk" { mounted 'mount -t tmpfs -o size=1m tmpfs "$0"'; refuses 'the disk is full' XDG_CACHE_HOME photos.kit.path; }
 
 @test "a JVM that grants native access only where it is told to" {
     java --illegal-native-access=deny -version 2> /dev/null || skip 'this JVM is older than 24'

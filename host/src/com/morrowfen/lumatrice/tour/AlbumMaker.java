@@ -1,57 +1,52 @@
 package com.morrowfen.lumatrice.tour;
 
-import com.morrowfen.lumatrice.service.PhotosService;
-import java.util.List;
+import com.morrowfen.lumatrice.photos.PhotoLibrary;
+import com.morrowfen.lumatrice.photos.PhotosException;
+import java.util.Optional;
 
 /**
  * Makes albums and folders after the folders of the disk. One with sub-folders becomes a folder,
  * and its own pictures an album of the same title inside it; any other becomes an album.
  */
 final class AlbumMaker {
-    private final PhotosService photos;
+    private final PhotoLibrary library;
 
-    AlbumMaker(PhotosService photos) {
-        this.photos = photos;
+    AlbumMaker(PhotoLibrary library) {
+        this.library = library;
     }
 
     /** Below the folder; the pictures in the folder itself get no album. */
     void makeAll(PictureFolder folder) {
-        makeAll(folder, null);
+        makeAll(folder, Optional.empty());
     }
 
-    private void makeAll(PictureFolder folder, String parentId) {
-        folder.subfolders.forEach((title, subfolder) -> make(title, subfolder, parentId));
+    private void makeAll(PictureFolder folder, Optional<String> parentId) {
+        folder.subfolders.forEach((title, subfolder) -> {
+            try {
+                make(title, subfolder, parentId);
+            } catch (PhotosException | IllegalArgumentException problem) {
+                System.out.println("  " + Printable.line(
+                        "the album or folder " + title + ": " + problem.getMessage()));
+            }
+        });
     }
 
-    private void make(String title, PictureFolder pictures, String parentId) {
+    private void make(String title, PictureFolder pictures, Optional<String> parentId) {
         if (pictures.subfolders.isEmpty()) {
-            makeAlbum(title, pictures.assetIds, parentId);
+            makeAlbum(title, pictures, parentId);
             return;
         }
-        String folderId = photos.nativeCreateFolder(title, parentId);
-        if (folderId == null) {
-            report("the folder " + title + " could not be made");
-            return;
-        }
+        String folderId = parentId.map(parent -> library.createFolder(title, parent))
+                .orElseGet(() -> library.createFolder(title));
         if (!pictures.assetIds.isEmpty()) {
-            makeAlbum(title, pictures.assetIds, folderId);
+            makeAlbum(title, pictures, Optional.of(folderId));
         }
-        makeAll(pictures, folderId);
+        makeAll(pictures, Optional.of(folderId));
     }
 
-    private void makeAlbum(String title, List<String> assetIds, String parentId) {
-        String albumId = photos.nativeCreateAlbum(title, parentId);
-        if (albumId == null) {
-            report("the album " + title + " could not be made");
-            return;
-        }
-        int added = photos.nativeAddAssetsToAlbum(albumId, assetIds.toArray(String[]::new));
-        if (added != assetIds.size()) {
-            report("the album " + title + " could not be filled: " + added);
-        }
-    }
-
-    private static void report(String failure) {
-        System.out.println("  " + Printable.line(failure));
+    private void makeAlbum(String title, PictureFolder pictures, Optional<String> parentId) {
+        String albumId = parentId.map(parent -> library.createAlbum(title, parent))
+                .orElseGet(() -> library.createAlbum(title));
+        library.addToAlbum(albumId, pictures.assetIds);
     }
 }

@@ -1,6 +1,6 @@
 package com.morrowfen.lumatrice.tour;
 
-import java.time.Instant;
+import com.morrowfen.lumatrice.photos.Asset;
 import java.time.ZoneId;
 import java.time.format.DateTimeFormatter;
 import java.util.List;
@@ -21,16 +21,14 @@ final class Cell {
 
     /** Date and size. */
     static String details(Asset asset) {
-        String date = asset.createdMs() == 0
-                ? "no date"
-                : DATE.format(Instant.ofEpochMilli(asset.createdMs()));
+        String date = asset.created().map(DATE::format).orElse("no date");
         return date + " · " + asset.width() + " × " + asset.height();
     }
 
     /** How many of each kind. */
-    static String totals(List<Thumbnail> thumbnails) {
-        long videos = thumbnails.stream().filter(one -> one.asset().isVideo()).count();
-        long photos = thumbnails.size() - videos;
+    static String totals(List<Tile> tiles) {
+        long videos = tiles.stream().filter(tile -> tile.asset().isVideo()).count();
+        long photos = tiles.size() - videos;
         if (videos == 0) {
             return counted(photos, "photo");
         }

@@ -26,23 +26,23 @@ final class CellPainter {
 
     private CellPainter() {}
 
-    static void paint(Graphics2D graphics, Thumbnail thumbnail, int x, int y) throws IOException {
+    static void paint(Graphics2D graphics, Tile tile, int x, int y) throws IOException {
         Shape frame =
                 new RoundRectangle2D.Double(x, y, Cell.WIDTH, Cell.HEIGHT, CORNER, CORNER);
         graphics.setColor(EMPTY);
         graphics.fill(frame);
         BufferedImage picture =
-                thumbnail.hasPicture() ? ImageIO.read(thumbnail.file().toFile()) : null;
+                tile.hasPicture() ? ImageIO.read(tile.file().toFile()) : null;
         if (picture == null) {
             drawText(graphics, "no picture", DETAILS, MUTED, x + 16, y + Cell.HEIGHT / 2);
         } else {
             drawCovering(graphics, picture, frame, x, y);
         }
-        if (thumbnail.asset().isVideo()) {
+        if (tile.asset().isVideo()) {
             drawPlayBadge(graphics, x + 12, y + Cell.HEIGHT - BADGE - 12);
         }
-        drawText(graphics, thumbnail.asset().filename(), NAME, BRIGHT, x, y + Cell.HEIGHT + 26);
-        drawText(graphics, Cell.details(thumbnail.asset()), DETAILS, MUTED, x,
+        drawText(graphics, tile.name(), NAME, BRIGHT, x, y + Cell.HEIGHT + 26);
+        drawText(graphics, Cell.details(tile.asset()), DETAILS, MUTED, x,
                 y + Cell.HEIGHT + 49);
     }
 

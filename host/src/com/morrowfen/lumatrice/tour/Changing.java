@@ -1,22 +1,23 @@
 package com.morrowfen.lumatrice.tour;
 
-import com.morrowfen.lumatrice.service.PhotosService;
+import com.morrowfen.lumatrice.photos.Asset;
+import com.morrowfen.lumatrice.photos.PhotoLibrary;
+import com.morrowfen.lumatrice.photos.PhotosException;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.List;
 import java.util.Locale;
 import java.util.Optional;
+import java.util.concurrent.CompletionException;
 
 /** The tour's part with single assets: one is edited, handed out, deleted and brought back. */
 final class Changing {
-    private final PhotosService photos;
-    private final RestoringTool tool;
+    private final PhotoLibrary library;
     private final Path output;
 
-    Changing(PhotosService photos, RestoringTool tool, Path output) {
-        this.photos = photos;
-        this.tool = tool;
+    Changing(PhotoLibrary library, Path output) {
+        this.library = library;
         this.output = output;
     }
 
@@ -32,13 +33,11 @@ final class Changing {
             return Optional.empty();
         }
         Asset asset = chosen.get();
-        Path folder = Files.createDirectories(output.resolve("edited"));
-        Thumbnail before = shown(asset, "before", folder);
-        edit(asset, folder);
-        Thumbnail after = shown(asset, "after", folder);
+        Tile before = shown(asset, "before");
+        edit(asset);
+        Tile after = shown(asset, "after");
         export(asset);
-        photos.nativeSetFavorite(new String[] {asset.id()}, true);
-        deleteAndRestore(asset);
+        markDeleteAndRestore(asset);
         return Optional.of(new Section("Edited: before and after", List.of(before, after)));
     }
 
@@ -47,49 +46,48 @@ final class Changing {
         return name.endsWith(".jpg") || name.endsWith(".jpeg") || name.endsWith(".png");
     }
 
-    private Thumbnail shown(Asset asset, String when, Path folder) throws IOException {
-        byte[] jpeg = photos.nativeRequestThumbnail(asset.id(), Cell.WIDTH, Cell.HEIGHT);
-        Asset labelled = new Asset(asset.id(), when + ": " + asset.filename(), false,
-                asset.width(), asset.height(), asset.createdMs(), asset.isFavorite());
-        return new Thumbnail(
-                labelled, jpeg == null ? null : Files.write(folder.resolve(when + ".jpg"), jpeg));
+    private Tile shown(Asset asset, String when) throws IOException {
+        Path folder = Files.createDirectories(output.resolve("edited"));
+        return Tile.render(library, asset, when + ": " + asset.filename(),
+                folder.resolve(when + ".jpg"));
     }
 
-    private void edit(Asset asset, Path folder) throws IOException {
-        Path original = folder.resolve("original");
-        Path rendered = folder.resolve("rendered.jpg");
-        int handedOut = photos.nativeContentEditingImage(asset.id(), original.toString());
-        if (handedOut != 0) {
-            System.out.println("The picture was not handed out for editing: " + handedOut);
-            return;
+    private void edit(Asset asset) {
+        try {
+            library.edit(asset.id(), (original, rendered) ->
+                    Sepia.render(original, rendered, asset.width(), asset.height()));
+            System.out.println(Printable.line(
+                    "Edited " + asset.filename() + "; the original stays beside the edit"));
+        } catch (IOException | PhotosException problem) {
+            System.out.println(Printable.line("Not edited: " + problem.getMessage()));
         }
-        if (!Sepia.render(original, rendered, asset.width(), asset.height())) {
-            System.out.println("The picture lies on its side: a small host cannot edit it");
-            return;
-        }
-        int applied = photos.nativeApplyEdit(asset.id(), rendered.toString());
-        System.out.println(Printable.line(applied == 0
-                ? "Edited " + asset.filename() + "; the original stays beside the edit"
-                : "The edit was refused: " + applied));
     }
 
     private void export(Asset asset) throws IOException {
         Path destination = output.resolve("exported").resolve("edited-picture.jpg");
-        int result = photos.nativeExportToFile(asset.id(), destination.toString(), 1);
-        System.out.println(result == 0
-                ? String.format("Exported it to %s (%,d bytes)",
-                        output.relativize(destination), Files.size(destination))
-                : "The export failed: " + result);
+        try {
+            Path exported = library.export(asset.id(), destination).future().join();
+            System.out.printf("Exported it to %s (%,d bytes)%n", output.relativize(exported),
+                    Files.size(exported));
+        } catch (CompletionException problem) {
+            System.out.println("The export failed: " + problem.getCause().getMessage());
+        }
     }
 
-    private void deleteAndRestore(Asset asset) throws IOException, InterruptedException {
-        int before = photos.nativeAssetCount();
-        int deleted = photos.nativeDeleteAssets(new String[] {asset.id()});
-        int without = photos.nativeAssetCount();
-        boolean restored = tool.restore(asset.id());
-        System.out.printf("Deleted %d asset (%,d of %,d left), %s%n", deleted, without, before,
-                restored ? String.format("restored it from the trash (%,d)",
-                        photos.nativeAssetCount())
-                        : "and could not restore it");
+    private void markDeleteAndRestore(Asset asset) throws IOException, InterruptedException {
+        List<String> ids = List.of(asset.id());
+        try {
+            library.setFavorite(ids, true);
+            long before = library.assetCount();
+            int deleted = library.deleteAssets(ids);
+            System.out.printf("Deleted %d asset (%,d of %,d left), ", deleted,
+                    library.assetCount(), before);
+        } catch (PhotosException problem) {
+            System.out.println("Not deleted: " + problem.getMessage());
+            return;
+        }
+        System.out.println(RestoringTool.restore(asset.id())
+                ? String.format("restored it from the trash (%,d)", library.assetCount())
+                : "and could not restore it");
     }
 }

@@ -1,5 +1,6 @@
 package com.morrowfen.lumatrice.tour;
 
+import com.morrowfen.lumatrice.photos.Asset;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -32,15 +33,15 @@ final class ContactSheetPage {
 
     private ContactSheetPage() {}
 
-    /** @param thumbnails all that there are, in one section or more */
+    /** @param tiles all that there are, in one section or more */
     static Path write(
-            String title, List<Thumbnail> thumbnails, List<Section> sections, Path output)
+            String title, List<Tile> tiles, List<Section> sections, Path output)
             throws IOException {
         StringBuilder html = new StringBuilder();
         html.append("<!doctype html>\n<html lang=\"en\">\n<meta charset=\"utf-8\">\n<title>")
                 .append(escape(title)).append("</title>\n<style>\n").append(STYLE)
                 .append("</style>\n<header><h1>").append(escape(title)).append("</h1>\n<p>")
-                .append(Cell.totals(thumbnails))
+                .append(Cell.totals(tiles))
                 .append(" · newest first</p></header>\n<main>\n");
         for (Section section : sections) {
             appendSection(html, section, output);
@@ -55,23 +56,23 @@ final class ContactSheetPage {
         html.append("<section>");
         if (section.hasHeading()) {
             html.append("<h2>").append(escape(section.heading())).append(" <small>")
-                    .append(Cell.totals(section.thumbnails())).append("</small></h2>");
+                    .append(Cell.totals(section.tiles())).append("</small></h2>");
         }
         html.append("<div>\n");
-        for (Thumbnail thumbnail : section.thumbnails()) {
-            appendFigure(html, thumbnail, output);
+        for (Tile tile : section.tiles()) {
+            appendFigure(html, tile, output);
         }
         html.append("</div></section>\n");
     }
 
-    private static void appendFigure(StringBuilder html, Thumbnail thumbnail, Path output) {
-        Asset asset = thumbnail.asset();
-        String name = escape(asset.filename());
+    private static void appendFigure(StringBuilder html, Tile tile, Path output) {
+        Asset asset = tile.asset();
+        String name = escape(tile.name());
         html.append("<figure title=\"").append(name).append("\"><div class=\"picture")
                 .append(asset.isVideo() ? " video" : "").append("\">");
-        if (thumbnail.hasPicture()) {
+        if (tile.hasPicture()) {
             html.append("<img loading=\"lazy\" alt=\"\" src=\"")
-                    .append(output.relativize(thumbnail.file()).toString().replace('\\', '/'))
+                    .append(output.relativize(tile.file()).toString().replace('\\', '/'))
                     .append("\">");
         } else {
             html.append("no picture");

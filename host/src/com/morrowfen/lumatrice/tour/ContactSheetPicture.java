@@ -23,13 +23,13 @@ final class ContactSheetPicture {
 
     private ContactSheetPicture() {}
 
-    /** @param thumbnails all that there are, in one section or more */
+    /** @param tiles all that there are, in one section or more */
     static Path write(
-            String title, List<Thumbnail> thumbnails, List<Section> sections, Path output)
+            String title, List<Tile> tiles, List<Section> sections, Path output)
             throws IOException {
         Path file = output.resolve("contact-sheet.png");
         List<Section> shown = SheetLayout.fitting(sections);
-        String totals = Cell.totals(thumbnails) + " · newest first";
+        String totals = Cell.totals(tiles) + " · newest first";
         if (cells(shown) < cells(sections)) {
             totals += String.format(Locale.ROOT, " · the first %,d shown", cells(shown));
         }
@@ -40,7 +40,7 @@ final class ContactSheetPicture {
     }
 
     private static int cells(List<Section> sections) {
-        return sections.stream().mapToInt(section -> section.thumbnails().size()).sum();
+        return sections.stream().mapToInt(section -> section.tiles().size()).sum();
     }
 
     private static BufferedImage draw(String title, String totals, List<Section> sections)
@@ -78,14 +78,14 @@ final class ContactSheetPicture {
     private static void drawSection(Graphics2D graphics, Section section, int top)
             throws IOException {
         if (section.hasHeading()) {
-            String totals = Cell.totals(section.thumbnails());
+            String totals = Cell.totals(section.tiles());
             int room = graphics.getFontMetrics(TOTALS).stringWidth(totals) + 16;
             int end = drawText(graphics, section.heading(), SECTION, BRIGHT, SheetLayout.MARGIN,
                     top + 28, SheetLayout.CONTENT_WIDTH - room);
             drawText(graphics, totals, TOTALS, MUTED, end + 16, top + 28);
         }
-        for (int i = 0; i < section.thumbnails().size(); ++i) {
-            CellPainter.paint(graphics, section.thumbnails().get(i), SheetLayout.cellLeft(i),
+        for (int i = 0; i < section.tiles().size(); ++i) {
+            CellPainter.paint(graphics, section.tiles().get(i), SheetLayout.cellLeft(i),
                     top + SheetLayout.cellTop(section, i));
         }
     }

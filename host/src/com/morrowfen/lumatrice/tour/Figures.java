@@ -1,5 +1,6 @@
 package com.morrowfen.lumatrice.tour;
 
+import com.morrowfen.lumatrice.photos.ImportResult;
 import java.time.Duration;
 import java.util.List;
 import java.util.Locale;
@@ -8,15 +9,15 @@ import java.util.Locale;
 final class Figures {
     private Figures() {}
 
-    static String closingLine(
-            int files, ImportResult result, List<Thumbnail> thumbnails, Duration renderTime) {
-        long rendered = thumbnails.stream().filter(Thumbnail::hasPicture).count();
+    static String closingLine(List<ImportResult> results, Duration importTime, List<Tile> tiles,
+            Duration renderTime) {
+        long imported = results.stream().filter(ImportResult::isImported).count();
+        long rendered = tiles.stream().filter(Tile::hasPicture).count();
         return String.format(Locale.ROOT,
                 "%,d files: %,d imported, %,d failed in %.1f s; %,d thumbnails in %.1f s, "
                         + "%.0f a second",
-                files, result.imported(), result.failures().size(), seconds(result.time()),
-                rendered, seconds(renderTime),
-                renderTime.isZero() ? 0 : rendered / seconds(renderTime));
+                results.size(), imported, results.size() - imported, seconds(importTime), rendered,
+                seconds(renderTime), renderTime.isZero() ? 0 : rendered / seconds(renderTime));
     }
 
     private static double seconds(Duration duration) {

@@ -5,11 +5,10 @@ import java.io.RandomAccessFile;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Optional;
 
 /** Reads from the library's diagnostic log why a file was not imported. */
 final class ImportLog {
-    private static final String NO_REASON = "no reason was logged";
-
     private final Path file;
     private long position;
 
@@ -32,15 +31,17 @@ final class ImportLog {
         }
     }
 
-    /** What was logged since about a file of this name. */
-    String reasonFor(String filename) {
+    /** What was logged since about a file of this name; empty if nothing was. */
+    Optional<String> reasonFor(String filename) {
         String lines = newLines();
         String failed = "import failed for " + filename + ": ";
         int start = lines.indexOf(failed);
         if (start >= 0) {
-            return lines.substring(start + failed.length()).strip();
+            return Optional.of(lines.substring(start + failed.length()).strip());
         }
-        return lines.contains("import skipped (unreadable): ") ? "it cannot be read" : NO_REASON;
+        return lines.contains("import skipped (unreadable): ")
+                ? Optional.of("it cannot be read")
+                : Optional.empty();
     }
 
     private String newLines() {

@@ -1,45 +1,39 @@
 package com.morrowfen.lumatrice.tour;
 
-import com.morrowfen.lumatrice.service.PhotosService;
+import com.morrowfen.lumatrice.photos.ImportResult;
+import com.morrowfen.lumatrice.photos.PhotoLibrary;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
-import java.util.SortedMap;
-import java.util.TreeMap;
+import java.util.Optional;
 
-/** Imports files one call each, so that progress shows and each outcome has its file. */
+/** Imports files one call each, so that progress shows and each failure has its reason. */
 final class Importer {
-    private final PhotosService photos;
+    private final PhotoLibrary library;
     private final ImportLog log;
 
-    Importer(PhotosService photos, ImportLog log) {
-        this.photos = photos;
+    Importer(PhotoLibrary library, ImportLog log) {
+        this.library = library;
         this.log = log;
     }
 
-    ImportResult importAll(List<Path> files) {
-        Stopwatch stopwatch = new Stopwatch();
-        SortedMap<Path, String> assetIds = new TreeMap<>();
-        List<ImportResult.Failure> failures = new ArrayList<>();
+    /** One result a file, in their order. */
+    List<ImportResult> importAll(List<Path> files) {
+        List<ImportResult> results = new ArrayList<>();
         Progress progress = Progress.of("Importing", files.size());
         for (Path file : files) {
-            log.skipToEnd();
-            String[] results =
-                    photos.nativeImportAssets(new String[] {file.toAbsolutePath().toString()});
-            if (results != null && results[0] != null) {
-                assetIds.put(file, results[0]);
-            } else {
-                failures.add(new ImportResult.Failure(file, reasonOf(file, results)));
-            }
+            results.add(importOne(file));
             progress.step(file.getFileName().toString());
         }
         progress.end();
-        return new ImportResult(assetIds, failures, stopwatch.elapsed());
+        return results;
     }
 
-    private String reasonOf(Path file, String[] results) {
-        return results == null
-                ? "its path has a character that cannot cross to the library"
-                : log.reasonFor(file.getFileName().toString());
+    private ImportResult importOne(Path file) {
+        log.skipToEnd();
+        ImportResult result = library.importFile(file);
+        Optional<String> reason = result.isImported() ? Optional.empty()
+                : log.reasonFor(file.getFileName().toString()).or(result::problem);
+        return new ImportResult(file, result.assetId(), reason);
     }
 }

@@ -1,45 +1,54 @@
 package com.morrowfen.lumatrice.tour;
 
-import com.morrowfen.lumatrice.service.PhotosService;
+import com.morrowfen.lumatrice.photos.Collection;
+import com.morrowfen.lumatrice.photos.ImportResult;
+import com.morrowfen.lumatrice.photos.PhotoLibrary;
+import com.morrowfen.lumatrice.photos.PhotosException;
 import java.nio.file.Path;
 import java.util.List;
 import java.util.Optional;
 
 /** The tour's part with albums and folders. */
 final class Organising {
-    private final PhotosService photos;
+    private final PhotoLibrary library;
 
-    Organising(PhotosService photos) {
-        this.photos = photos;
+    Organising(PhotoLibrary library) {
+        this.library = library;
     }
 
     /**
      * Makes albums and folders of what was imported, copies one of them and prints all.
      *
-     * @return the tree as it was before the copy
+     * @return the copy's identifier
      */
-    List<CollectionTree.Node> organise(Path folder, ImportResult result) {
-        new AlbumMaker(photos).makeAll(PictureFolder.of(folder, result.assetIds()));
-        CollectionTree tree = new CollectionTree(photos);
-        List<CollectionTree.Node> made = tree.read();
-        toCopy(made).ifPresent(this::copy);
+    Optional<String> organise(Path folder, List<ImportResult> results) {
+        new AlbumMaker(library).makeAll(PictureFolder.of(folder, results));
+        Optional<String> copyId = toCopy(library.collections()).flatMap(this::copy);
         System.out.println("Albums and folders:");
-        new TreePrinter(System.out).print(tree.read());
-        return made;
+        new TreePrinter(library, System.out).print();
+        return copyId;
     }
 
     /** The first folder, because it has the most to copy; without one the first album. */
-    private static Optional<Collection> toCopy(List<CollectionTree.Node> topLevel) {
-        List<Collection> candidates =
-                topLevel.stream().map(CollectionTree.Node::collection).toList();
-        return candidates.stream().filter(Collection::isFolder).findFirst()
-                .or(() -> candidates.stream().filter(Collection::isUserAlbum).findFirst());
+    private static Optional<Collection> toCopy(List<Collection> topLevel) {
+        return firstOf(topLevel, Collection.Kind.FOLDER)
+                .or(() -> firstOf(topLevel, Collection.Kind.ALBUM));
     }
 
-    private void copy(Collection original) {
-        String copyId = photos.nativeDuplicateCollection(original.id());
-        System.out.println(Printable.line(copyId == null
-                ? original.title() + " could not be copied"
-                : "Copied " + original.title() + " to " + photos.nativeCollectionTitle(copyId)));
+    private static Optional<Collection> firstOf(List<Collection> all, Collection.Kind kind) {
+        return all.stream().filter(one -> one.kind() == kind).findFirst();
+    }
+
+    private Optional<String> copy(Collection original) {
+        try {
+            String copyId = library.duplicate(original.id());
+            System.out.println(Printable.line("Copied " + original.title() + " to "
+                    + library.titleOf(copyId).orElse("one that is gone")));
+            return Optional.of(copyId);
+        } catch (PhotosException problem) {
+            System.out.println(Printable.line(
+                    original.title() + " could not be copied: " + problem.getMessage()));
+            return Optional.empty();
+        }
     }
 }

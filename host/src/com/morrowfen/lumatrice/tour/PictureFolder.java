@@ -1,9 +1,9 @@
 package com.morrowfen.lumatrice.tour;
 
+import com.morrowfen.lumatrice.photos.ImportResult;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
-import java.util.Map;
 import java.util.SortedMap;
 import java.util.TreeMap;
 
@@ -19,13 +19,13 @@ final class PictureFolder {
 
     /**
      * @param root holds all of the files, directly or further below
-     * @param assetIds of the imported files
+     * @param results in the order of the files
      */
-    static PictureFolder of(Path root, SortedMap<Path, String> assetIds) {
+    static PictureFolder of(Path root, List<ImportResult> results) {
         PictureFolder top = new PictureFolder();
-        for (Map.Entry<Path, String> imported : assetIds.entrySet()) {
-            top.at(root.relativize(imported.getKey()).getParent())
-                    .assetIds.add(imported.getValue());
+        for (ImportResult result : results) {
+            result.assetId().ifPresent(id ->
+                    top.at(root.relativize(result.file()).getParent()).assetIds.add(id));
         }
         return top;
     }

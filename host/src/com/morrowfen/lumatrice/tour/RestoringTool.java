@@ -1,19 +1,14 @@
 package com.morrowfen.lumatrice.tour;
 
 import java.io.IOException;
-import java.nio.file.Path;
 import java.util.concurrent.TimeUnit;
 
-/** The command line tool beside the library: a host cannot empty or open the trash, its user can. */
+/** The command line tool on the path: a host cannot empty or open the trash, its user can. */
 final class RestoringTool {
-    private final Path program;
+    private RestoringTool() {}
 
-    RestoringTool(Path library) {
-        program = library.toAbsolutePath().resolveSibling("photos-kit");
-    }
-
-    boolean restore(String assetId) throws IOException, InterruptedException {
-        Process process = new ProcessBuilder(program.toString(), "trash", "restore", assetId)
+    static boolean restore(String assetId) throws IOException, InterruptedException {
+        Process process = new ProcessBuilder("photos-kit", "trash", "restore", assetId)
                 .redirectOutput(ProcessBuilder.Redirect.DISCARD)
                 .redirectError(ProcessBuilder.Redirect.INHERIT)
                 .start();

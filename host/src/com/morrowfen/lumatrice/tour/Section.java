@@ -7,12 +7,12 @@ import java.util.List;
  *
  * @param heading null when the sheet is not divided
  */
-record Section(String heading, List<Thumbnail> thumbnails) {
+record Section(String heading, List<Tile> tiles) {
     boolean hasHeading() {
         return heading != null;
     }
 
     Section first(int count) {
-        return new Section(heading, thumbnails.subList(0, Math.min(count, thumbnails.size())));
+        return new Section(heading, tiles.subList(0, Math.min(count, tiles.size())));
     }
 }

@@ -12,9 +12,9 @@ final class Sepia {
     /**
      * Renders the picture, of this size as it is displayed.
      *
-     * @return false when the file's pixels lie otherwise, which only its metadata could tell
+     * @throws IOException also when the file's pixels lie otherwise, which only its metadata tells
      */
-    static boolean render(Path original, Path rendered, int displayedWidth, int displayedHeight)
+    static void render(Path original, Path rendered, int displayedWidth, int displayedHeight)
             throws IOException {
         BufferedImage source = ImageIO.read(original.toFile());
         if (source == null) {
@@ -23,7 +23,7 @@ final class Sepia {
         int width = source.getWidth();
         int height = source.getHeight();
         if (width != displayedWidth || height != displayedHeight) {
-            return false;
+            throw new IOException("The picture lies on its side: a small host cannot edit it");
         }
         BufferedImage result = new BufferedImage(width, height, BufferedImage.TYPE_INT_RGB);
         for (int y = 0; y < height; ++y) {
@@ -37,7 +37,6 @@ final class Sepia {
         if (!ImageIO.write(result, "jpg", rendered.toFile())) {
             throw new IOException("The edit could not be written: " + rendered);
         }
-        return true;
     }
 
     private static int toned(int rgb, double light) {

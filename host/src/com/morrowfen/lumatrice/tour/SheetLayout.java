@@ -64,6 +64,6 @@ final class SheetLayout {
     }
 
     private static int rowsOf(Section section) {
-        return (section.thumbnails().size() + COLUMNS - 1) / COLUMNS;
+        return (section.tiles().size() + COLUMNS - 1) / COLUMNS;
     }
 }

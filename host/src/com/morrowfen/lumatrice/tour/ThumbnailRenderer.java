@@ -1,11 +1,13 @@
 package com.morrowfen.lumatrice.tour;
 
-import com.morrowfen.lumatrice.service.PhotosService;
+import com.morrowfen.lumatrice.photos.Asset;
+import com.morrowfen.lumatrice.photos.PhotoLibrary;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.concurrent.Callable;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.ExecutorService;
 import java.util.concurrent.Executors;
@@ -13,47 +15,36 @@ import java.util.concurrent.Future;
 
 /** Renders thumbnails to files, several at a time. */
 final class ThumbnailRenderer {
-    private final PhotosService photos;
-    private final int threads;
+    private static final int THREADS = 4;
 
-    ThumbnailRenderer(PhotosService photos, int threads) {
-        this.photos = photos;
-        this.threads = threads;
-    }
+    private ThumbnailRenderer() {}
 
     /** One for each asset, in their order. */
-    List<Thumbnail> renderAll(List<Asset> assets, Path folder)
+    static List<Tile> renderAll(PhotoLibrary library, List<Asset> assets, Path folder)
             throws IOException, InterruptedException {
         Files.createDirectories(folder);
         Progress progress = Progress.of("Rendering", assets.size());
-        ExecutorService executor = Executors.newFixedThreadPool(threads);
+        List<Callable<Tile>> work = new ArrayList<>();
+        for (Asset asset : assets) {
+            Path file = folder.resolve(String.format("%05d.jpg", work.size() + 1));
+            work.add(() -> {
+                Tile tile = Tile.render(library, asset, asset.filename(), file);
+                progress.step(asset.filename());
+                return tile;
+            });
+        }
+        ExecutorService executor = Executors.newFixedThreadPool(THREADS);
         try {
-            List<Future<Thumbnail>> pending = new ArrayList<>();
-            for (int i = 0; i < assets.size(); ++i) {
-                Asset asset = assets.get(i);
-                Path file = folder.resolve(String.format("%05d.jpg", i + 1));
-                pending.add(executor.submit(() -> render(asset, file, progress)));
+            List<Tile> tiles = new ArrayList<>();
+            for (Future<Tile> done : executor.invokeAll(work)) {
+                tiles.add(done.get());
             }
-            List<Thumbnail> thumbnails = new ArrayList<>();
-            for (Future<Thumbnail> thumbnail : pending) {
-                thumbnails.add(thumbnail.get());
-            }
-            return thumbnails;
+            return tiles;
         } catch (ExecutionException failed) {
             throw new IOException("A thumbnail could not be written", failed.getCause());
         } finally {
             executor.shutdownNow();
             progress.end();
         }
-    }
-
-    private Thumbnail render(Asset asset, Path file, Progress progress) throws IOException {
-        byte[] jpeg = photos.nativeRequestThumbnail(asset.id(), Cell.WIDTH, Cell.HEIGHT);
-        progress.step(asset.filename());
-        if (jpeg == null) {
-            return new Thumbnail(asset, null);
-        }
-        Files.write(file, jpeg);
-        return new Thumbnail(asset, file);
     }
 }

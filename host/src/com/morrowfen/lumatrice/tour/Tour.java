@@ -1,6 +1,8 @@
 package com.morrowfen.lumatrice.tour;
 
-import com.morrowfen.lumatrice.service.PhotosService;
+import com.morrowfen.lumatrice.photos.Asset;
+import com.morrowfen.lumatrice.photos.ImportResult;
+import com.morrowfen.lumatrice.photos.PhotoLibrary;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -15,75 +17,70 @@ import java.util.Optional;
  * it, renders thumbnails on several threads and draws a contact sheet, album by album, as a web page
  * and as one picture.
  *
- * <p>The photo library and the diagnostic log are those of {@code HOME}. Ends with 1 when nothing
- * could be imported, with 2 when it is called wrongly.
+ * <p>The photo library and the diagnostic log are those of {@code HOME}; the tool {@code photos-kit}
+ * is found on {@code PATH}. Ends with 1 when nothing could be imported, with 2 when it is called
+ * wrongly.
  */
 public final class Tour {
-    private static final int THUMBNAIL_THREADS = 4;
-
     private Tour() {}
 
     public static void main(String[] arguments) throws IOException, InterruptedException {
-        if (arguments.length != 3) {
-            System.err.println("Usage: Tour LIBRARY FOLDER OUTPUT_FOLDER");
+        if (arguments.length != 2) {
+            System.err.println("Usage: Tour FOLDER OUTPUT_FOLDER");
             System.exit(2);
         }
-        boolean imported =
-                run(Path.of(arguments[0]), Path.of(arguments[1]), Path.of(arguments[2]));
+        boolean imported = run(Path.of(arguments[0]), Path.of(arguments[1]));
         System.exit(imported ? 0 : 1);
     }
 
-    private static boolean run(Path library, Path folder, Path output)
-            throws IOException, InterruptedException {
-        PhotosService photos = new PhotosService(library);
-        int access = photos.nativeAuthorize();
-        System.out.println("Access to the photo library: " + describeAccess(access));
+    private static boolean run(Path folder, Path output) throws IOException, InterruptedException {
+        PhotoLibrary library = PhotoLibrary.open();
+        System.out.println("Access to the photo library: " + describeAccess(library));
 
         List<Path> files = FolderFiles.below(folder);
         System.out.printf("Importing %,d files from %s%n", files.size(), folder);
-        ImportResult result = new Importer(photos, ImportLog.ofHome()).importAll(files);
-        result.failures().forEach(failure ->
-                System.out.println("  not imported: " + Printable.line(
-                        folder.relativize(failure.file()) + ": " + failure.reason())));
+        Stopwatch importing = new Stopwatch();
+        List<ImportResult> results = new Importer(library, ImportLog.ofHome()).importAll(files);
+        Duration importTime = importing.elapsed();
+        for (ImportResult result : results) {
+            result.problem().ifPresent(reason -> System.out.println("  not imported: "
+                    + Printable.line(folder.relativize(result.file()) + ": " + reason)));
+        }
 
-        List<CollectionTree.Node> tree = new Organising(photos).organise(folder, result);
-
-        Listing listing = new Listing(photos);
+        Optional<String> copyId = new Organising(library).organise(folder, results);
         Optional<Section> edited =
-                new Changing(photos, new RestoringTool(library), output).change(listing.all());
-        int count = photos.nativeAssetCount();
-        List<Asset> assets = listing.all();
-        System.out.printf("The library holds %,d assets; %,d listed.%n", count, assets.size());
+                new Changing(library, output).change(library.assets().toList());
+        List<Asset> assets = library.assets().toList();
+        System.out.printf("The library holds %,d assets; %,d listed.%n", library.assetCount(),
+                assets.size());
 
-        Files.createDirectories(output);
         Stopwatch rendering = new Stopwatch();
-        List<Thumbnail> thumbnails =
-                new ThumbnailRenderer(photos, THUMBNAIL_THREADS)
-                        .renderAll(assets, output.resolve("thumbnails"));
+        List<Tile> tiles =
+                ThumbnailRenderer.renderAll(library, assets, output.resolve("thumbnails"));
         Duration renderTime = rendering.elapsed();
 
-        String title = titleOf(folder);
-        List<Section> sections = new ArrayList<>(Sections.of(tree, listing, thumbnails));
+        List<Section> sections = new ArrayList<>(Sections.of(library, tiles, copyId));
         edited.ifPresent(section -> sections.add(0, section));
-        Path page = ContactSheetPage.write(title, thumbnails, sections, output);
-        Path picture = ContactSheetPicture.write(title, thumbnails, sections, output);
-        System.out.println("Contact sheet: " + page);
-        System.out.println("               " + picture);
-        System.out.println(
-                Figures.closingLine(files.size(), result, thumbnails, renderTime));
-        return result.imported() > 0;
+        writeContactSheets(folder, tiles, sections, output);
+        System.out.println(Figures.closingLine(results, importTime, tiles, renderTime));
+        return results.stream().anyMatch(ImportResult::isImported);
     }
 
-    private static String titleOf(Path folder) throws IOException {
+    private static void writeContactSheets(
+            Path folder, List<Tile> tiles, List<Section> sections, Path output) throws IOException {
         Path name = folder.toRealPath().getFileName();
-        return name == null ? folder.toString() : name.toString();
+        String title = name == null ? folder.toString() : name.toString();
+        System.out.println(
+                "Contact sheet: " + ContactSheetPage.write(title, tiles, sections, output));
+        System.out.println(
+                "               " + ContactSheetPicture.write(title, tiles, sections, output));
     }
 
-    private static String describeAccess(int access) {
-        return switch (access) {
-            case 1 -> "full";
-            case 2 -> "limited to chosen assets";
-            default -> "none";
+    private static String describeAccess(PhotoLibrary library) {
+        return switch (library.authorize()) {
+            case FULL -> "full";
+            case LIMITED -> "limited to chosen assets";
+            case NONE -> "none";
         };
     }
 }

@@ -6,14 +6,11 @@ import java.util.concurrent.Executor;
  * What exports run on unless the host chooses: platform threads, as {@link
  * PhotoLibrary#withExportsOn} explains.
  */
-final class ExportThreads {
-    private ExportThreads() {}
-
-    static Executor usual() {
-        return task -> {
-            Thread thread = new Thread(task, "photos-kit-export");
-            thread.setDaemon(true);
-            thread.start();
-        };
+final class ExportThreads implements Executor {
+    @Override
+    public void execute(Runnable task) {
+        Thread thread = new Thread(task, "photos-kit-export");
+        thread.setDaemon(true);
+        thread.start();
     }
 }

@@ -9,6 +9,8 @@ final class JsonReader {
     private static final int NOT_LOOKED_FOR = -1;
 
     private final String text;
+    private final char[] units; // the same; a look at one is cheaper, above all before it is compiled
+    private final int length;
     private int at;
     private int nextBackslash = NOT_LOOKED_FOR;
     private String escapedKey;
@@ -17,6 +19,8 @@ final class JsonReader {
 
     JsonReader(String text) {
         this.text = text;
+        units = text.toCharArray();
+        length = units.length;
     }
 
     /** Steps into an array; true if it has an element. */
@@ -58,7 +62,7 @@ final class JsonReader {
 
     void end() {
         skipSpace();
-        if (at != text.length()) {
+        if (at != length) {
             throw unexpected();
         }
     }
@@ -77,16 +81,16 @@ final class JsonReader {
     /** An integer; one that is out of range gives the nearest end of the range. */
     long readLong() {
         skipSpace();
-        boolean negative = at < text.length() && text.charAt(at) == '-';
+        boolean negative = at < length && units[at] == '-';
         int first = negative ? ++at : at;
         long value = 0; // negative, as that side of the range is the longer one
         boolean over = false;
-        for (; at < text.length() && isDigit(text.charAt(at)); ++at) {
-            int digit = text.charAt(at) - '0';
+        for (; at < length && isDigit(units[at]); ++at) {
+            int digit = units[at] - '0';
             over |= value < (Long.MIN_VALUE + digit) / 10;
             value = over ? value : value * 10 - digit;
         }
-        boolean leadingZero = at - first > 1 && text.charAt(first) == '0';
+        boolean leadingZero = at - first > 1 && units[first] == '0';
         if (at == first || leadingZero || startsFraction()) {
             throw unexpected();
         }
@@ -123,10 +127,10 @@ final class JsonReader {
         StringBuilder open = null; // the closing brackets that are due, made when there is one
         do {
             skipSpace();
-            if (at == text.length()) {
+            if (at == length) {
                 throw unexpected();
             }
-            char first = text.charAt(at);
+            char first = units[at];
             boolean nested = first == '[' && beginArray() || first == '{' && beginObject();
             if (nested) {
                 open = open == null ? new StringBuilder() : open;
@@ -155,7 +159,7 @@ final class JsonReader {
             return;
         }
         int start = at;
-        while (at < text.length() && "+-.0123456789Ee".indexOf(text.charAt(at)) >= 0) {
+        while (at < length && "+-.0123456789Ee".indexOf(units[at]) >= 0) {
             ++at;
         }
         if (start == at) {
@@ -190,8 +194,8 @@ final class JsonReader {
 
     private String readEscaped() {
         StringBuilder plain = new StringBuilder();
-        while (at < text.length()) {
-            char next = text.charAt(at++);
+        while (at < length) {
+            char next = units[at++];
             if (next == '"') {
                 return plain.toString();
             }
@@ -201,10 +205,10 @@ final class JsonReader {
     }
 
     private char readEscape() {
-        if (at == text.length()) {
+        if (at == length) {
             throw unexpected();
         }
-        char kind = text.charAt(at++);
+        char kind = units[at++];
         return switch (kind) {
             case '"', '\\', '/' -> kind;
             case 'b' -> '\b';
@@ -220,7 +224,7 @@ final class JsonReader {
     private char readUnit() {
         int unit = 0;
         for (int end = at + 4; at < end; ++at) {
-            char next = at < text.length() ? text.charAt(at) : 0;
+            char next = at < length ? units[at] : 0;
             int digit = next < 128 ? Character.digit(next, 16) : -1;
             if (digit < 0) {
                 throw unexpected("no hexadecimal digit", at);
@@ -239,7 +243,7 @@ final class JsonReader {
     }
 
     private boolean startsFraction() {
-        return at < text.length() && ".eE".indexOf(text.charAt(at)) >= 0;
+        return at < length && ".eE".indexOf(units[at]) >= 0;
     }
 
     private static boolean isDigit(char unit) {
@@ -256,7 +260,7 @@ final class JsonReader {
 
     private boolean skipIf(char wanted) {
         skipSpace();
-        if (at == text.length() || text.charAt(at) != wanted) {
+        if (at == length || units[at] != wanted) {
             return false;
         }
         ++at;
@@ -270,7 +274,7 @@ final class JsonReader {
     }
 
     private void skipSpace() {
-        while (at < text.length() && isSpace(text.charAt(at))) {
+        while (at < length && units[at] <= ' ' && isSpace(units[at])) {
             ++at;
         }
     }
@@ -280,7 +284,7 @@ final class JsonReader {
     }
 
     private IllegalArgumentException unexpected() {
-        return at < text.length()
+        return at < length
                 ? unexpected("unexpected text", at)
                 : unexpected("the text ends too early", at);
     }

@@ -3,33 +3,42 @@ package com.morrowfen.lumatrice.photos;
 import java.util.ArrayList;
 import java.util.Collections;
 import java.util.List;
-import java.util.function.Function;
 
 /** The listings that the native methods write, read straight into records. */
 final class Listings {
     private Listings() {}
 
     static List<Asset> assets(String method, String json) {
-        return records(method, json, Listings::asset);
+        List<Asset> all = new ArrayList<>();
+        try {
+            JsonReader in = new JsonReader(json);
+            for (boolean more = in.beginArray(); more; more = in.nextElement()) {
+                all.add(asset(in));
+            }
+            in.end();
+        } catch (IllegalArgumentException malformed) {
+            throw damaged(method, malformed);
+        }
+        return Collections.unmodifiableList(all);
     }
 
     static List<Collection> collections(String method, String json) {
-        return records(method, json, Listings::collection);
+        List<Collection> all = new ArrayList<>();
+        try {
+            JsonReader in = new JsonReader(json);
+            for (boolean more = in.beginArray(); more; more = in.nextElement()) {
+                all.add(collection(in));
+            }
+            in.end();
+        } catch (IllegalArgumentException malformed) {
+            throw damaged(method, malformed);
+        }
+        return Collections.unmodifiableList(all);
     }
 
-    private static <T> List<T> records(String method, String json, Function<JsonReader, T> record) {
-        try {
-            JsonReader reader = new JsonReader(json);
-            List<T> all = new ArrayList<>();
-            for (boolean more = reader.beginArray(); more; more = reader.nextElement()) {
-                all.add(record.apply(reader));
-            }
-            reader.end();
-            return Collections.unmodifiableList(all);
-        } catch (IllegalArgumentException malformed) {
-            throw new PhotosException(method, null,
-                    "The listing is damaged: " + malformed.getMessage() + ".");
-        }
+    private static PhotosException damaged(String method, IllegalArgumentException malformed) {
+        return new PhotosException(method, null,
+                "The listing is damaged: " + malformed.getMessage() + ".");
     }
 
     private static Asset asset(JsonReader in) {

@@ -20,6 +20,10 @@ import java.util.stream.Stream;
 /**
  * The user's photo library, with types: records for what is listed, exceptions for what fails.
  *
+ * <p>A host calls {@link #open} and keeps what it gets; a host with a {@link PhotosService} of its
+ * own calls {@link #over}. Opening loads the native library, once in a process, and asks nobody
+ * for anything: the user may be asked by {@link #authorize}, which comes next.
+ *
  * <p>Every method may be called from any thread, several at once, and blocks its caller until the
  * photo library has answered; keep them off a user interface's thread. There is nothing to close,
  * and a second object is the same library.
@@ -61,7 +65,7 @@ public final class PhotoLibrary {
      * @return the library
      */
     public static PhotoLibrary over(PhotosService photos) {
-        return new PhotoLibrary(photos, ExportThreads.usual());
+        return new PhotoLibrary(photos, new ExportThreads());
     }
 
     /**

@@ -37,7 +37,8 @@ import java.util.Set;
  *
  * <p>Only the holder of the lock writes. So whatever has an unfinished name while somebody else
  * takes the lock was left by a process that died. A folder that is in use is held by a shared
- * lock on the file {@code in-use} in it, for as long as the process lives.
+ * lock on the file {@code in-use} in it, for as long as the process lives; until a process that
+ * starts has that lock, the file's new time keeps the folder from being swept.
  */
 final class CacheFolder implements Closeable {
     /** How long a folder of other content is kept after it was last loaded from. */
@@ -45,10 +46,7 @@ final class CacheFolder implements Closeable {
 
     private static final String UNFINISHED = ".unfinished-";
     private static final String LOCK = ".lock";
-    private static final String IN_USE = "in-use";
-    private static final int WRITABLE_BY_OTHERS = 022;
-    private static final int WRITABLE_BY_ALL = 02;
-    private static final int STICKY = 01000;
+    static final String IN_USE = "in-use";
 
     /** Never closed: that would drop the locks that this process holds on the same file. */
     private static final List<FileChannel> HELD = new ArrayList<>();
@@ -73,7 +71,10 @@ final class CacheFolder implements Closeable {
     static CacheFolder open() {
         Path root = null;
         try {
-            root = location().resolve("photos-kit");
+            root = CacheLocation.ofParts();
+            if (root == null) {
+                throw noLocation();
+            }
             makeFolders(root);
             return new CacheFolder(root);
         } catch (IOException problem) {
@@ -98,7 +99,7 @@ final class CacheFolder implements Closeable {
     /** A new folder that is swept if it does not get another name. */
     Path makeUnfinished() throws IOException {
         try {
-            return Files.createTempDirectory(root, UNFINISHED, forOwner("rwx------"));
+            return Files.createDirectory(newName(), forOwner("rwx------"));
         } catch (IOException problem) {
             throw unwritable(problem);
         }
@@ -106,13 +107,14 @@ final class CacheFolder implements Closeable {
 
     /** Complains of a folder that others than this user could have written to. */
     void checkFolder(Path folder) throws IOException {
-        if (!Files.isDirectory(folder, LinkOption.NOFOLLOW_LINKS)) {
+        FileFacts facts = FileFacts.of(folder);
+        if (!facts.isFolder()) {
             throw unsafe(folder, "is a link, or no folder");
         }
-        if ((mode(folder) & WRITABLE_BY_OTHERS) != 0) {
+        if (facts.isWritableByOthers()) {
             throw unsafe(folder, "can be written to by others than its owner");
         }
-        if (!Files.getAttribute(folder, "unix:uid", LinkOption.NOFOLLOW_LINKS).equals(userId())) {
+        if (facts.owner() != userId()) {
             throw unsafe(folder, "belongs to another user, " + Files.getOwner(folder));
         }
     }
@@ -166,7 +168,11 @@ final class CacheFolder implements Closeable {
             // Under an unfinished name, so that half of it is never taken for the whole.
             Path goes = root.resolve(UNFINISHED + folder.getFileName());
             Files.move(folder, goes, StandardCopyOption.ATOMIC_MOVE);
-            removeQuietly(goes);
+            if (isOld(goes.resolve(IN_USE))) {
+                removeQuietly(goes);
+            } else { // a process has begun to use it meanwhile
+                Files.move(goes, folder, StandardCopyOption.ATOMIC_MOVE);
+            }
         }
     }
 
@@ -187,12 +193,12 @@ final class CacheFolder implements Closeable {
         }
     }
 
-    /** So that a power cut leaves all or nothing; where it cannot be, the hashes tell. */
+    /** So that a power cut leaves all or nothing; where that can be had. */
     static void sync(Path folder) {
         try (FileChannel channel = FileChannel.open(folder, READ)) {
             channel.force(true);
         } catch (IOException notOnThisFileSystem) {
-            // What is damaged is found before it is loaded.
+            // Nor do renames have to be durable there.
         }
     }
 
@@ -249,17 +255,8 @@ final class CacheFolder implements Closeable {
                 + NativeLoader.PATH_PROPERTY + " name an installed copy.");
     }
 
-    /** Where the user's caches are; relative values do not count. */
-    private static Path location() {
-        String cache = System.getenv("XDG_CACHE_HOME");
-        if (cache != null && cache.startsWith("/")) {
-            return Path.of(cache);
-        }
-        String home = System.getenv("HOME");
-        if (home != null && home.startsWith("/")) {
-            return Path.of(home, ".cache");
-        }
-        throw new PhotosLoadException("There is no folder to extract the photo library's native"
+    private static PhotosLoadException noLocation() {
+        return new PhotosLoadException("There is no folder to extract the photo library's native"
                 + " parts to: the environment variables XDG_CACHE_HOME and HOME are unset. Set one"
                 + " of them, or let the system property " + NativeLoader.PATH_PROPERTY
                 + " name an installed copy.");
@@ -269,8 +266,7 @@ final class CacheFolder implements Closeable {
         if (!Files.isDirectory(root.getParent())) { // a link to one is as good
             Files.createDirectories(root.getParent(), forOwner("rwx------"));
         }
-        int mode = mode(root.getParent().toRealPath());
-        if ((mode & WRITABLE_BY_ALL) != 0 && (mode & STICKY) == 0) {
+        if (FileFacts.behindLinks(root.getParent()).isFreeForAll()) {
             throw unsafe(root.getParent(), "can be written to by everybody");
         }
         if (!Files.exists(root, LinkOption.NOFOLLOW_LINKS)) {
@@ -286,16 +282,12 @@ final class CacheFolder implements Closeable {
         }
     }
 
-    private static int mode(Path file) throws IOException {
-        return (Integer) Files.getAttribute(file, "unix:mode", LinkOption.NOFOLLOW_LINKS);
-    }
-
     /** This process's user, as the file system sees it: the owner of what it makes. */
-    private Integer userId() throws IOException {
+    private int userId() throws IOException {
         while (true) {
             Path mine = newFile();
             try {
-                return (Integer) Files.getAttribute(mine, "unix:uid", LinkOption.NOFOLLOW_LINKS);
+                return FileFacts.of(mine).owner();
             } catch (NoSuchFileException sweptByTheHolderOfTheLock) {
                 // Made before we hold it ourselves; the next one may stay.
             } finally {
@@ -304,9 +296,14 @@ final class CacheFolder implements Closeable {
         }
     }
 
+    /** Only this user can write here, so that nobody guesses names to be in the way. */
+    private Path newName() {
+        return root.resolve(UNFINISHED + ProcessHandle.current().pid() + "-" + System.nanoTime());
+    }
+
     private Path newFile() throws IOException {
         try {
-            return Files.createTempFile(root, UNFINISHED, "", forOwner("rw-------"));
+            return Files.createFile(newName(), forOwner("rw-------"));
         } catch (AccessDeniedException denied) {
             throw unsafe(root, "belongs to " + Files.getOwner(root)
                     + " and cannot be written to by this user");

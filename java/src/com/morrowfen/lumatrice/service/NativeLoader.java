@@ -41,7 +41,7 @@ final class NativeLoader {
     }
 
     /** One object for all class loaders: literals are interned by the JVM. */
-    private static Object processWideLock() {
+    static Object processWideLock() {
         return MARK.intern();
     }
 
@@ -62,10 +62,20 @@ final class NativeLoader {
             }
         }
         try {
-            loadAndExplain(Extraction.library(platform));
+            loadAndExplain(packedLibrary(platform));
         } catch (PhotosLoadException problem) {
             throw failures.isEmpty() ? problem : afterInstalledOnes(failures, problem);
         }
+    }
+
+    private static Path packedLibrary(Platform platform) {
+        String entry = PackedParts.entry(platform);
+        Path folder = entry == null ? null : ProvenParts.find(entry);
+        if (folder == null) {
+            return Extraction.library(platform);
+        }
+        new CacheKeeper(folder).start();
+        return folder.resolve(platform.library());
     }
 
     private static PhotosLoadException afterInstalledOnes(
@@ -94,23 +104,24 @@ final class NativeLoader {
     }
 
     private static List<Path> installedFiles(Platform platform) {
-        List<Path> folders = new ArrayList<>();
+        List<Path> files = new ArrayList<>();
         for (String folder : System.getProperty("java.library.path", "").split(File.pathSeparator)) {
             // A relative one would load from wherever the program happens to stand.
             if (folder.startsWith("/")) {
-                addFolder(folders, folder);
+                addFile(files, folder, platform);
             }
         }
-        folders.addAll(platform.installed());
-        return folders.stream().map(folder -> folder.resolve(platform.library())).distinct()
-                .filter(Files::isRegularFile).toList();
+        for (String folder : platform.installed()) {
+            addFile(files, folder, platform);
+        }
+        return files;
     }
 
-    private static void addFolder(List<Path> folders, String folder) {
-        try {
-            folders.add(Path.of(folder));
-        } catch (InvalidPathException cannotHoldTheLibrary) {
-            // Not a path in this locale.
+    private static void addFile(List<Path> files, String folder, Platform platform) {
+        File file = new File(folder, platform.library());
+        // To a File every text is a path, even one that this locale has no bytes for.
+        if (file.isFile() && !files.contains(file.toPath())) {
+            files.add(file.toPath());
         }
     }
 

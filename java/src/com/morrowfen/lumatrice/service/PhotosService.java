@@ -37,12 +37,13 @@ public final class PhotosService {
      *   <li>the file, or the folder that holds it, that the system property
      *       {@code photos.kit.path} names; if it is set, no other place is looked at;
      *   <li>the absolute folders of {@code java.library.path};
-     *   <li>the folders of the installed package, {@code /usr/lib/<architecture>-linux-gnu} and
-     *       {@code photos-kit} in it;
+     *   <li>the folders of an installed package: {@code jni} in
+     *       {@code /usr/lib/<architecture>-linux-gnu}, that folder itself, {@code photos-kit} in
+     *       it;
      *   <li>the native parts in the jar. They are extracted once, to
      *       {@code $XDG_CACHE_HOME/photos-kit} or else {@code $HOME/.cache/photos-kit}, a folder
-     *       that must be this user's alone, and checked against the jar's list of SHA-256 sums
-     *       whenever they are loaded. What no process has used for 90 days goes.
+     *       that must be this user's alone, and checked against the jar then, and again whenever
+     *       they do not look as they did. What no process has used for 90 days goes.
      * </ol>
      *
      * <p>From JDK 24 on, {@code --enable-native-access=com.morrowfen.lumatrice.photos} on the

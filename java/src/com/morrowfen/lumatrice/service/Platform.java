@@ -1,14 +1,10 @@
 package com.morrowfen.lumatrice.service;
 
 import java.io.InputStream;
-import java.nio.file.Path;
-import java.util.List;
 import java.util.Locale;
 
 /** The system that this JVM runs on, by the names of our files and folders. */
-record Platform(String folder, String library, List<Path> installed) {
-    static final String LIST = "SHA256SUMS";
-
+record Platform(String folder, String library, String... installed) {
     static Platform current() {
         return of(System.getProperty("os.name", ""), System.getProperty("os.arch", ""));
     }
@@ -26,11 +22,12 @@ record Platform(String folder, String library, List<Path> installed) {
                     + " arm64.");
         }
         if (isMac) {
-            return new Platform("osx-universal", "libphotos_kit.dylib", List.of());
+            return new Platform("osx-universal", "libphotos_kit.dylib");
         }
-        Path libraries = Path.of("/usr/lib", kind + "-linux-gnu");
-        return new Platform("linux-" + kind, "libphotos_kit.so",
-                List.of(libraries, libraries.resolve("photos-kit")));
+        String libraries = "/usr/lib/" + kind + "-linux-gnu";
+        // Debian's place for JNI libraries comes first: not every JDK has it in java.library.path.
+        return new Platform("linux-" + kind, "libphotos_kit.so", libraries + "/jni",
+                libraries, libraries + "/photos-kit");
     }
 
     /** One of the native parts that came with these classes; null if there is none of this name. */

@@ -1,10 +1,6 @@
 package com.morrowfen.lumatrice.photos;
 
-import static org.junit.jupiter.api.Assertions.assertArrayEquals;
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertThrows;
-import static org.junit.jupiter.api.Assertions.assertTrue;
+import static org.junit.jupiter.api.Assertions.*;
 
 import com.morrowfen.lumatrice.service.PhotosService;
 import java.awt.image.BufferedImage;
@@ -166,7 +162,10 @@ class PhotoLibraryTest {
         never.cancel();
         Export cancelledThroughItsFuture = patient.export(id, out);
         cancelledThroughItsFuture.future().cancel(false);
+        Export late = patient.export(id, folder.resolve("taken"));
+        Files.createDirectory(folder.resolve("taken"));
         later.forEach(Runnable::run);
+        assertThrows(CompletionException.class, late.future()::join);
         cancelledThroughItsFuture.awaitEnd();
         assertThrows(CancellationException.class, never.future()::join);
         assertEquals("before", Files.readString(out));
@@ -182,7 +181,7 @@ class PhotoLibraryTest {
         }));
         LIBRARY.export(id, out).future().join();
         assertEquals(-1, Files.mismatch(folder.resolve("b.jpg"), out));
-        assertFolderHolds("a.jpg", "b.jpg", out.getFileName().toString());
+        assertFolderHolds("a.jpg", "b.jpg", out.getFileName().toString(), "taken");
     }
 
     /** How far a transfer is when the cancellation comes is chance; what is left must not be. */
