@@ -256,7 +256,10 @@ void Library::prepareCatalogue(const std::string& path) {
     // In this order: another process may be making the library at this moment, and makes its
     // catalogue before its first original.
     bool exists = catalogueExists(folder_.get());
-    if (!exists && files_.holdsOriginals() && !(exists = catalogueExists(folder_.get())))
+    const bool hasOriginals = !exists && files_.holdsOriginals();
+    if (hasOriginals)
+        exists = catalogueExists(folder_.get());
+    if (hasOriginals && !exists)
         throw LibraryError(posixErrorDomain, ENOENT,
                            "The photo library " + path +
                                " holds originals but no catalogue; nothing was changed.");
