@@ -14,10 +14,9 @@ namespace {
 struct State {
     std::recursive_mutex mutex;
     Plan plan;
+    Trace* trace = nullptr; // null where nothing goes wrong
     std::string folder;
-    Trace* trace = nullptr;
     pid_t owner = 0;
-    bool faulty = false;
 };
 
 State& state() {
@@ -33,7 +32,9 @@ int errorAt(State& now, const Operation& operation, const std::string& path) {
         const unsigned befalls = kind.later == ENOSPC ? needsSpace : kind.befalls; // full for all
         return (operation.does & befalls) != 0 ? kind.later : 0;
     }
-    if ((operation.does & kind.befalls) == 0 || ++trace.counted != now.plan.point)
+    for (const Kind& each : kinds)
+        trace.counted[&each - kinds] += (operation.does & each.befalls) != 0 ? 1 : 0;
+    if ((operation.does & kind.befalls) == 0 || trace.counted[&kind - kinds] != now.plan.point)
         return 0;
     trace.fired = true;
     std::snprintf(trace.operation, sizeof trace.operation, "%s %s", operation.name,
@@ -49,19 +50,20 @@ std::recursive_mutex& oneAtATime() {
     return state().mutex;
 }
 
-void arm(const Plan& plan, const std::string& folder, const std::string& shadow, Trace& trace) {
-    State& now = state();
-    now.plan = plan;
-    now.folder = folder;
-    now.trace = &trace;
-    now.owner = getpid();
-    now.faulty = true;
-    powerCut().begin(folder, shadow);
+void watch(const std::string& folder, const std::string& shadow) {
+    state().folder = folder;
+    state().owner = getpid();
+    beginNoting(shadow);
+}
+
+void arm(const Plan& plan, Trace& trace) {
+    state().plan = plan;
+    state().trace = &trace;
 }
 
 void disarm() {
     const std::scoped_lock lock(state().mutex);
-    state().faulty = false;
+    state().trace = nullptr;
 }
 
 void endByPlan() {
@@ -70,7 +72,7 @@ void endByPlan() {
     now.owner = 0;    // what is put back is not watched
     const Loss loss = now.plan.kind->loss;
     if (loss != Loss::none)
-        powerCut().fail(loss == Loss::someUnsynced, now.plan.seed);
+        failPower(loss == Loss::someUnsynced, now.plan.seed);
     kill(getpid(), SIGKILL);
     for (;;)
         pause();
@@ -88,7 +90,7 @@ bool watches(std::string_view path) {
 bool fails(const Operation& operation, const std::string& path) {
     State& now = state();
     const std::scoped_lock lock(now.mutex);
-    const int error = now.faulty && watches(path) ? errorAt(now, operation, path) : 0;
+    const int error = now.trace && watches(path) ? errorAt(now, operation, path) : 0;
     if (error != 0)
         errno = error;
     return error != 0;

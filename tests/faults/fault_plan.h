@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <iterator>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@ namespace faults {
 
 // What an operation does; several may hold.
 enum Does : unsigned {
+    neverFails = 0,
     reads = 1,        // and nothing else
     needsSpace = 2,   // may find the disk full
     namesPath = 4,    // may be denied
@@ -48,7 +50,8 @@ struct Kind {
     bool beside = false;  // another process has the library open and outlives this one
 
     bool kills() const { return error == 0; }
-    bool isOver() const { return later == 0 && !kills() && !retries; } // once it has happened
+    bool dies() const { return kills() || retries; }
+    bool isOver() const { return later == 0 && !dies(); } // once it has happened
 };
 
 inline constexpr Kind kinds[] = {
@@ -66,25 +69,27 @@ inline constexpr Kind kinds[] = {
     {"kill-torn", changes, 0, 0, Loss::someUnsynced},
     {.name = "kill-beside", .befalls = changes, .error = 0, .beside = true},
 };
-inline constexpr Kind nothing{"none", anything, EIO}; // counts, as no point is chosen
 
 struct Plan {
-    const Kind* kind = &nothing;
-    std::uint64_t point = 0; // counted from 1
+    const Kind* kind = kinds;
+    std::uint64_t point = 0; // counted from 1; 0: nothing goes wrong
     std::uint64_t seed = 0;  // of what is torn
 };
 
 // What the parent of the process sees of it.
 struct Trace {
-    std::uint64_t counted = 0; // until something went wrong
+    std::uint64_t counted[std::size(kinds)] = {}; // for each kind, until something went wrong
     bool fired = false;
     char operation[200] = {}; // that went wrong first: its name, and path below what is watched
 };
 
 // From here on operations on files below `folder` (a real path), and on the folder above it, are
-// counted into `trace`. Changes are noted from here on, so that the power can fail; `shadow` is a
-// folder elsewhere for files that lost their names.
-void arm(const Plan& plan, const std::string& folder, const std::string& shadow, Trace& trace);
+// noted, so that the power can fail; `shadow` is a folder elsewhere for files that lost their
+// names.
+void watch(const std::string& folder, const std::string& shadow);
+
+// From here on they are counted into `trace` and go wrong as planned.
+void arm(const Plan& plan, Trace& trace);
 
 // No more faults; what is written is still noted.
 void disarm();

@@ -1,20 +1,20 @@
 #include "tests/faults/library_state.h"
 
 #include "platform/asset.h"
-#include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/library/library.h"
 #include "platform/local/maintenance/verification.h"
 #include "tests/faults/prepared_libraries.h"
 
 #include <algorithm>
-#include <regex>
+#include <numeric>
+#include <set>
 
 namespace faults {
 
 namespace {
 
 // The first column says what a line is about, so that the order is that of the queries.
-// Identifiers are in capital letters, as hosts write them, and hashes are not.
+// Identifiers are in capital letters, and hashes are not.
 constexpr const char* descriptionQueries[] = {
     "SELECT 'library', access, confirm_deletions FROM library",
     "SELECT 'asset', hex(uuid), filename, a.created, media, width, height, hidden, "
@@ -44,26 +44,23 @@ int appendRow(void* description, int count, char** values, char** names) {
     return SQLITE_OK;
 }
 
-} // namespace
-
 std::string describeLibrary() {
     const local::ConnectionLease connection = local::Library::open()->connection();
-    std::string rows;
+    std::string description;
     for (const char* query : descriptionQueries) {
         char* error = nullptr;
-        if (sqlite3_exec(connection->handle(), query, appendRow, &rows, &error) != SQLITE_OK)
+        if (sqlite3_exec(connection->handle(), query, appendRow, &description, &error) != SQLITE_OK)
             throw local::LibraryError(local::sqliteErrorDomain, SQLITE_ERROR, error);
     }
-    static const std::regex plain(
-        "([0-9A-F]{8})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{12})");
-    std::string description = std::regex_replace(rows, plain, "$1-$2-$3-$4-$5");
     // The listing comes from markers that this process keeps beside the catalogue.
     platform::PHFetchOptions newestFirst;
     newestFirst.sortDescriptors.push_back({"creationDate", false});
     const auto listed = platform::fetchAssetsWithOptions(newestFirst);
     for (std::size_t i = 0; i < listed.count(); ++i) {
         const auto asset = listed.objectAtIndex(i);
-        description += "listed " + (asset ? asset->localIdentifier : "nothing") + "\n";
+        std::string identifier = asset ? asset->localIdentifier : "nothing";
+        std::erase(identifier, '-');
+        description += "listed " + identifier + "\n";
     }
     return description;
 }
@@ -71,55 +68,60 @@ std::string describeLibrary() {
 std::string describeBackup() {
     if (!fs::exists(backup()))
         return "";
-    const local::Verification verification = local::verifyLibrary(backup().string(), {});
+    const local::Verification verification = local::verifyLibrary(backup(), {});
     std::string description = "backup of " + std::to_string(verification.files) + " files\n";
     for (const local::Finding& finding : verification.findings) {
         if (finding.kind != local::Finding::Kind::unnamed) // on its way into the next one
-            description += "backup: " + finding.sentence + "\n";
+            description += findingMark + ("in the backup: " + finding.sentence) + "\n";
     }
     return description;
 }
 
-std::set<std::string> identifiersIn(const std::string& description) {
-    static const std::regex identifier("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
-    std::set<std::string> found;
-    const std::sregex_iterator end;
-    for (std::sregex_iterator at(description.begin(), description.end(), identifier); at != end;
-         ++at)
-        found.insert(at->str());
-    return found;
-}
-
-std::string withoutNewIdentifiers(std::string text, const std::set<std::string>& known) {
-    for (const std::string& identifier : identifiersIn(text)) {
-        if (!known.contains(identifier))
-            text = std::regex_replace(text, std::regex(identifier), "NEW");
-    }
-    return text;
-}
-
-std::vector<std::string> faultsOfLibrary(bool strangers) {
-    std::vector<std::string> found;
-    const local::ConnectionLease connection = local::Library::open()->connection();
-    for (const local::CatalogueRule& rule : local::catalogueRules()) {
-        if (connection->integer(rule.count) != 0)
-            found.emplace_back(rule.violation);
-    }
-    if (!strangers)
-        return found;
-    // Beside what verification looks at: the places where files are on their way in.
+std::string findings() {
+    std::string found;
+    const auto add = [&](const std::string& text) { found += findingMark + text + "\n"; };
+    const local::Verification verification = local::verifyLibrary(library(), {});
+    for (const local::Finding& finding : verification.findings)
+        add(finding.sentence);
+    // Beside what verification looks at: the places where files are on their way.
     for (const auto& entry : fs::directory_iterator(library() / "incoming")) {
         if (entry.path().filename() != ".photos-kit")
-            found.emplace_back("left behind among what is on its way in");
+            add("left behind among what is on its way in");
     }
+    const local::ConnectionLease connection = local::Library::open()->connection();
     if (connection->integer("SELECT count(*) FROM discarded_file") != 0)
-        found.emplace_back("discarded files are not forgotten");
-    const local::Verification verification = local::verifyLibrary(library().string(), {});
-    for (const local::Finding& finding : verification.findings)
-        found.push_back(finding.sentence);
+        add("discarded files are not forgotten");
     if (verification.leftOver != 0 || !verification.complete)
-        found.emplace_back("files are left over, or verification stopped");
+        add("files are left over, or verification stopped");
     return found;
+}
+
+} // namespace
+
+std::string describe(bool verified) {
+    try {
+        std::string description = describeLibrary();
+        description += describeBackup();
+        return description + (verified ? findings() : "");
+    } catch (const std::exception& error) {
+        std::set<std::string> files; // in order
+        for (const auto& entry : fs::recursive_directory_iterator(library()))
+            files.insert(entry.path().string() + "\n");
+        return std::accumulate(files.begin(), files.end(),
+                               findingMark + std::string(error.what()) + "\n");
+    }
+}
+
+std::string withoutNewIdentifiers(std::string text, const std::string& old) {
+    constexpr const char* digits = "0123456789ABCDEF";
+    for (std::size_t at = 0; (at = text.find_first_of(digits, at)) != std::string::npos;) {
+        const std::size_t end = std::min(text.find_first_not_of(digits, at), text.size());
+        const std::string word = text.substr(at, end - at);
+        const bool isNew = word.size() == 32 && old.find(word) == std::string::npos;
+        text.replace(at, word.size(), isNew ? "NEW" : word);
+        at += isNew ? 3 : word.size();
+    }
+    return text;
 }
 
 } // namespace faults

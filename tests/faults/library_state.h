@@ -1,26 +1,22 @@
-// What the library at HOME holds, as text to compare, and what is wrong with it.
+// What the library at HOME holds, as text to compare.
 #pragma once
 
-#include <set>
 #include <string>
-#include <vector>
 
 namespace faults {
 
-// All that an owner can tell of the library: assets with their marks, hashes, edits and trash;
-// albums and folders as a tree, in order, with their members in order; access and settings. One
-// line each, without row numbers and times. Opens the library; throws LibraryError.
-std::string describeLibrary();
+// What begins the line of something that must not be.
+inline constexpr const char* findingMark = "found ";
 
-// What a backup holds that is in force, with what is wrong with it; nothing where there is none.
-std::string describeBackup();
+// All that an owner can tell of the library and of a backup beside it: assets with their marks,
+// hashes, edits and trash; albums and folders as a tree, in order, with their members in order;
+// access and settings. One line each, without row numbers and times, identifiers as 32 capital
+// digits. Opens the library; what does not open is a finding, with the files that are there.
+// `verified` adds what verification finds, and what must not be once the library was opened anew:
+// files that no row names, files on their way in or out.
+std::string describe(bool verified);
 
-// Puts NEW for each identifier that is not among `known`.
-std::string withoutNewIdentifiers(std::string description, const std::set<std::string>& known);
-std::set<std::string> identifiersIn(const std::string& description);
-
-// What must never be: what is kept twice does not agree. `strangers` adds what must not be once the
-// library was opened anew: files missing or changed, files that no row names, places of edits.
-std::vector<std::string> faultsOfLibrary(bool strangers);
+// Puts NEW for each identifier that the old description does not have.
+std::string withoutNewIdentifiers(std::string description, const std::string& old);
 
 } // namespace faults

@@ -1,6 +1,7 @@
 // Lets every file operation of the embedded library fail, and kills the process there; prints what
 // came of it as a table, method by method.
-#include "tests/faults/run.h"
+#include "tests/faults/fault_plan.h"
+#include "tests/faults/sweep.h"
 #include "tests/support/home.h"
 
 #include <CLI/CLI.hpp>
@@ -16,47 +17,52 @@ namespace {
 
 using namespace faults;
 
-// Shared by the processes that sweep.
-struct Board {
-    std::atomic<std::size_t> next = 0;
-    std::array<Tally, 64> tallies{};
-};
+using Sum = std::array<std::atomic<std::uint64_t>, columns>;
 
-void work(Board& board, const fs::path& folder, const std::vector<Method>& methods,
-          const SweepOptions& options) {
+void printRow(const std::string& name, const auto& tally) {
+    std::string row = "| " + name + " |";
+    for (const std::uint64_t number : tally)
+        row += " " + std::to_string(number) + " |";
+    std::puts(row.c_str());
+}
+
+// In a process of its own; false when something bad was found.
+bool sweepBelow(const fs::path& folder, const Method& method, const SweepOptions& options,
+                Sum& sum) {
     fs::create_directory(folder);
     setenv("HOME", (folder / "home").c_str(), 1);
     setenv("TZ", "UTC", 1);
-    for (std::size_t i = 0; (i = board.next++) < methods.size();)
-        board.tallies.at(i) = sweep(methods[i], options);
-    std::fflush(stdout);
+    const Tally tally = sweep(method, options);
+    printRow(method.name, tally);
+    for (std::size_t column = 0; column < columns; ++column)
+        sum.at(column) += tally.at(column);
+    fs::remove_all(folder);
+    return tally[bad] == 0;
 }
 
-void printRow(const std::string& name, const Tally& tally) {
-    std::printf("| %s |", name.c_str());
-    for (const std::uint64_t number : tally)
-        std::printf(" %lu |", number);
-    std::puts("");
-}
-
-// Whether all was swept and nothing bad found.
-bool print(const Board& board, const std::vector<Method>& methods) {
-    Tally sum{};
+// At most so many methods at the same time.
+bool sweepAll(const std::vector<Method>& methods, const SweepOptions& options,
+              const fs::path& folder, unsigned jobs) {
+    auto* const sum =
+        new (mmap(nullptr, sizeof(Sum), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
+            Sum{};
+    const support::ScratchHome base(fs::canonical(folder));
     bool good = true;
-    std::puts(
-        "| method | operations | runs | of them in recovery | old | between | new | success | "
-        "failure | killed | failure, yet new | bad |\n"
-        "|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|");
-    for (std::size_t i = 0; i < methods.size(); ++i) {
-        const Tally& tally = board.tallies.at(i);
-        printRow(methods[i].name, tally);
-        for (std::size_t column = 0; column < sum.size(); ++column)
-            sum.at(column) += tally.at(column);
-        if (tally[runs] == 0)
-            std::puts("the process that swept it ended early");
-        good = good && tally[runs] > 0 && tally[bad] == 0;
+    unsigned running = 0;
+    for (std::size_t i = 0; i < methods.size() || running > 0;) {
+        int status = 0;
+        if (running == jobs || i == methods.size()) {
+            wait(&status);
+            --running;
+        } else if (fork() == 0) {
+            _exit(sweepBelow(base / methods[i].name, methods[i], options, *sum) ? 0 : 1);
+        } else {
+            ++running;
+            ++i;
+        }
+        good = good && status == 0;
     }
-    printRow("all", sum);
+    printRow("all", *sum);
     return good;
 }
 
@@ -66,10 +72,9 @@ bool print(const Board& board, const std::vector<Method>& methods) {
 int main(int count, char** arguments) {
     CLI::App app{"Fails and kills the embedded library at every file operation."};
     std::vector<Method> methods = allMethods();
-    std::vector<std::string> known, only;
+    std::vector<std::string> known, knownKinds, only;
     for (const Method& method : methods)
         known.push_back(method.name);
-    std::vector<std::string> knownKinds;
     for (const Kind& kind : kinds)
         knownKinds.emplace_back(kind.name);
     SweepOptions options;
@@ -81,21 +86,13 @@ int main(int count, char** arguments) {
     app.add_option("--point", options.point, "This operation, counted from 1");
     app.add_option("--seed", options.seed, "What is torn, and which points --short takes");
     app.add_option("--folder", folder, "Where the libraries are made")->capture_default_str();
-    app.add_option("--jobs", jobs, "Processes that sweep")->capture_default_str();
+    app.add_option("--jobs", jobs, "Methods swept at the same time")->capture_default_str();
     CLI11_PARSE(app, count, arguments);
     std::erase_if(methods, [&](const Method& method) {
         return !only.empty() && std::ranges::find(only, method.name) == only.end();
     });
-    auto* const board = new (mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE,
-                                  MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Board;
-    const support::ScratchHome base(fs::canonical(folder));
-    for (unsigned job = 0; job < jobs; ++job) {
-        if (fork() == 0) {
-            work(*board, base / std::to_string(job), methods, options);
-            _exit(0);
-        }
-    }
-    while (wait(nullptr) > 0) {
-    }
-    return print(*board, methods) ? 0 : 1;
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // processes print whole lines, each of them once
+    std::puts("| method | operations | runs | of them in recovery | old | between | new | failure, "
+              "yet new | bad |\n|---|--:|--:|--:|--:|--:|--:|--:|--:|");
+    return sweepAll(methods, options, folder, jobs) ? 0 : 1;
 }

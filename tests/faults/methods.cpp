@@ -54,12 +54,6 @@ std::string copyFolderAndAlbum() {
     return HOST(AddAssetsToAlbum, HOST(CreateAlbum, "Inner", nullptr), {id("favorite")});
 }
 
-// Processes had made shelves and died before syncing their names.
-std::string editBesideTheDead() {
-    makeShelves(library() / "renders");
-    return HOST(ApplyEdit, id("plain"), picture("rendered"));
-}
-
 // What the thread that folds the log into the catalogue does.
 bool foldLog() {
     const auto connection = local::Library::open()->connection();
@@ -104,7 +98,7 @@ std::string openLibrary() {
 
 std::vector<Method> allMethods() {
     return {
-        {.name = "import", .run = ASK(ImportAssets, {picture("import")}), .emptyShelves = true},
+        {.name = "import", .run = ASK(ImportAssets, {picture("import")}), .prepare = prepareNew},
         {.name = "import-two",
          .run = ASK(ImportAssets, {picture("import"), picture("second")}),
          .between = {ASK(ImportAssets, {picture("import")}),
@@ -135,7 +129,10 @@ std::vector<Method> allMethods() {
          .partialSuccess = true},
         {"edit", ASK(ApplyEdit, id("plain"), picture("rendered")), "0"},
         {"edit-again", ASK(ApplyEdit, id("edited"), picture("again")), "0"},
-        {"edit-beside-the-dead", editBesideTheDead, "0"},
+        {.name = "edit-beside-the-dead",
+         .run = ASK(ApplyEdit, id("plain"), picture("rendered")),
+         .wanted = "0",
+         .before = makeShelves},
         {"revert", command(CALL(local::revertEdits({id("edited")}), true)), done},
         {"restore", command(CALL(local::restoreFromTrash({id("trashed")}), true)), done},
         {"empty-trash",
@@ -152,8 +149,16 @@ std::vector<Method> allMethods() {
          .run = ASK(ImportAssets, {picture("import")}),
          .prepare = prepareNothing,
          .opensFirst = false},
-        {"create-library", openLibrary, done, {}, prepareNothing, false},
-        {"open-after-crash", openLibrary, done, {}, prepareLeftBehind, false},
+        {.name = "create-library",
+         .run = openLibrary,
+         .wanted = done,
+         .prepare = prepareNothing,
+         .opensFirst = false},
+        {.name = "open-after-crash",
+         .run = openLibrary,
+         .wanted = done,
+         .prepare = prepareLeftBehind,
+         .opensFirst = false},
         {.name = "migrate-1",
          .run = openLibrary,
          .wanted = done,

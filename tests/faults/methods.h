@@ -22,6 +22,8 @@ struct Method {
     std::vector<std::function<void()>> between{};
     // Makes the library at HOME; runs in a process of its own.
     std::function<void()> prepare = prepareUsual;
+    // What others did just before, and did not sync. Nothing goes wrong in it.
+    std::function<void()> before = [] {};
 
     bool opensFirst = true;      // the library is opened, untouched, before faults begin
     bool partialSuccess = false; // success may leave a part undone, as the contract has it
@@ -29,9 +31,6 @@ struct Method {
     bool damaged = false;        // to begin with: what is found is part of the library's state
     bool mustReachNew = true;    // when it reports success
     bool mayFailLate = false;    // with all of it in force already
-    // A library has 256 shelves for originals from the start; runs are shorter without the empty
-    // ones, as in a library whose owner has tidied up.
-    bool emptyShelves = false;
 
     bool makes() const { return wanted.empty(); }
     bool isSuccess(const std::string& answer) const {

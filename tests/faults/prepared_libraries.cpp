@@ -14,12 +14,6 @@ namespace faults {
 
 namespace {
 
-// In 2021, so that a capture date does not change from run to run.
-fs::file_time_type atSecond(unsigned second) {
-    return std::chrono::file_clock::from_sys(
-        std::chrono::sys_seconds(std::chrono::seconds(1614834367 + second)));
-}
-
 std::string newName() {
     return local::uppercaseText(local::randomUuid()) + ".jpg";
 }
@@ -40,19 +34,18 @@ void leave(const std::string& nameInIncoming) {
 } // namespace
 
 std::string id(const std::string& name) {
-    std::string identifier = support::readBytes(besideHome("ids") / name);
+    std::string identifier = support::readBytes(besideHome("id of " + name));
     if (identifier.empty() || identifier == "(null)")
         throw std::logic_error("a prepared library lacks " + name);
     return identifier;
 }
 
 void keepId(const std::string& name, const std::string& identifier) {
-    fs::create_directories(besideHome("ids"));
-    support::writeText(besideHome("ids") / name, identifier);
+    support::writeText(besideHome("id of " + name), identifier);
 }
 
 std::string picture(const std::string& name) {
-    return home() / (name + ".jpg");
+    return besideHome(name + ".jpg");
 }
 
 void writePictures() {
@@ -64,22 +57,22 @@ void writePictures() {
         for (std::size_t i = 0; i < pixels.rgb.size(); ++i)
             pixels.rgb[i] = static_cast<std::uint8_t>(i * 7 + i / 91 * number);
         const auto jpeg = local::encodeJpeg(pixels, 90).value();
-        support::writeText(picture(name),
-                           {reinterpret_cast<const char*>(jpeg.data()), jpeg.size()});
-        fs::last_write_time(picture(name), atSecond(number));
+        support::writeText(picture(name), std::string(jpeg.begin(), jpeg.end()));
+        // In 2021, so that a capture date does not change from run to run.
+        const std::chrono::sys_seconds taken(std::chrono::seconds(1614834367 + number));
+        fs::last_write_time(picture(name), std::chrono::file_clock::from_sys(taken));
     }
 }
 
-void makeShelves(const fs::path& folder) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::error_code ignored; // when the fault strikes here
-    for (const char high : digits) {
-        for (const char low : digits)
-            fs::create_directory(folder / std::string{high, low}, ignored);
+void makeShelves() {
+    for (int shelf = 0; shelf < 256; ++shelf) {
+        char name[3];
+        std::snprintf(name, sizeof name, "%02X", static_cast<unsigned>(shelf));
+        fs::create_directory(library() / "renders" / name);
     }
 }
 
-void prepareUsual() {
+void prepareNew() {
     for (const char* name : {"plain", "favorite", "hidden", "edited", "trashed"})
         keepId(name, HOST(ImportAssets, {picture(name)}));
     keepId("Album", HOST(CreateAlbum, "Album", nullptr));
@@ -99,6 +92,14 @@ void prepareUsual() {
         answers += answer;
     if (answers != "1111111001")
         throw std::logic_error("a library could not be prepared: " + answers);
+}
+
+void prepareUsual() {
+    prepareNew();
+    for (const auto& shelf : fs::directory_iterator(library() / "originals")) {
+        if (shelf.is_directory() && fs::is_empty(shelf))
+            fs::remove(shelf);
+    }
 }
 
 void prepareLeftBehind() {
@@ -122,8 +123,6 @@ void prepareLeftBehind() {
 void prepareDamaged() {
     prepareUsual();
     keepId("stray", smuggle("originals"));
-    // A young one may belong to an import at work.
-    fs::last_write_time(library() / id("stray"), atSecond(0));
     correctCount(5);
 }
 

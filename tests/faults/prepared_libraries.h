@@ -19,18 +19,18 @@ namespace fs = std::filesystem;
 inline fs::path home() {
     return std::getenv("HOME");
 }
-inline fs::path pictures() { // what is watched
+// A file or folder that stays when HOME is made anew.
+inline fs::path besideHome(const std::string& name) {
+    return home().parent_path() / name;
+}
+inline fs::path watched() {
     return home() / "Pictures";
 }
 inline fs::path library() {
-    return pictures() / "Lumatrice Library";
+    return watched() / "Lumatrice Library";
 }
 inline fs::path backup() {
-    return pictures() / "Backup";
-}
-// A folder that stays when HOME is made anew.
-inline fs::path besideHome(const char* name) {
-    return home().parent_path() / name;
+    return watched() / "Backup";
 }
 
 // The identifier (or the path) of what a prepared library holds, by its name below.
@@ -41,11 +41,14 @@ void keepId(const std::string& name, const std::string& identifier);
 std::string picture(const std::string& name);
 void writePictures();
 
-// As processes make folders, or die before they do: all places of originals or renders.
-void makeShelves(const fs::path& folder);
+// As processes make folders, or die before they do: all places of renders.
+void makeShelves();
 
 // Five assets: "plain", "favorite", "hidden", "edited", "trashed"; the album "Album" with three of
 // them, "Other" with one, the folder "Folder" with the album "Inner".
+void prepareNew();
+// The same without the empty ones of the 256 shelves that a new library has for originals, as one
+// whose owner has tidied up: runs are shorter.
 void prepareUsual();
 // The same as a process left it that died: a placed original and a render without rows, an edit
 // in progress, a file that no row names any longer.

@@ -1,8 +1,10 @@
+#include "tests/faults/sweep.h"
+
 #include "tests/faults/run.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <limits>
+#include <numeric>
 #include <span>
 
 namespace faults {
@@ -21,27 +23,23 @@ public:
         : options_(options), trial_(prepare(method)) {}
 
     Tally sweep() {
-        tally_[operations] = runAndJudge(trial_, {}, "").trace.counted;
+        const Trace whole = runAndJudge(trial_, {}).trace;
+        tally_[operations] = whole.counted[0];
         for (const Kind& kind : kinds) {
             if (options_.kind.empty() || options_.kind == kind.name)
-                sweepKind(kind);
+                sweepKind(kind, whole.counted[&kind - kinds]);
         }
         return tally_;
     }
 
 private:
-    Outcome runAndJudge(const Trial& trial, const Plan& plan, const std::string& origin) {
-        Outcome outcome = run(trial, plan);
+    Outcome runAndJudge(const Trial& trial, const Plan& plan, const std::string& origin = "",
+                        const fs::path& left = {}) {
+        Outcome outcome = run(trial, plan, left);
         count(outcome, !origin.empty());
         if (!outcome.bad.empty())
             print(outcome, plan, origin);
         return outcome;
-    }
-
-    // The run that the fault does not reach is the last one: how many operations it could befall.
-    std::uint64_t pointsOf(const Kind& kind, const Trial& trial, const std::string& origin) {
-        const Plan beyond{&kind, std::numeric_limits<std::uint64_t>::max(), options_.seed};
-        return runAndJudge(trial, beyond, origin).trace.counted;
     }
 
     // What a brief sweep looks at whole: every fault of a small change, and the power failing
@@ -53,42 +51,55 @@ private:
                (placesAndRemoves && kind.loss == Loss::unsynced);
     }
 
-    void sweepKind(const Kind& kind) {
-        const std::uint64_t points = pointsOf(kind, trial_, "");
-        const std::uint64_t step = isWhole(kind) ? 1 : points + 1;
-        const std::uint64_t recoveryStep = points / step / (isWhole(kind) ? mostRecoveries : 1) + 1;
-        // A background thread may add to what was counted: a run beyond the end does no harm.
-        for (std::uint64_t point = 1 + options_.seed % step; point <= points + step;
-             point += step) {
-            if (options_.point != 0 && point != options_.point)
-                continue;
-            const Plan plan{&kind, point, options_.seed + point};
-            const bool good = runAndJudge(trial_, plan, "").bad.empty();
-            const bool recovers = kind.kills() && !kind.beside && good &&
-                                  (!options_.brief || kind.loss == Loss::unsynced) &&
-                                  (point / step % recoveryStep == 0 || options_.point != 0);
-            if (recovers)
-                sweepRecovery(plan);
+    // Counted to one beyond the end: a process that has answered is killed, too, and a background
+    // thread may add to what was counted. A brief sweep takes another point for each method and
+    // kind, and looks at what was answered before the power fails.
+    std::vector<std::uint64_t> pointsOf(const Kind& kind, std::uint64_t count) const {
+        if (options_.point != 0)
+            return {options_.point};
+        std::vector<std::uint64_t> points(count + 1);
+        std::iota(points.begin(), points.end(), 1);
+        if (isWhole(kind) || count == 0)
+            return points;
+        const std::size_t any = std::hash<std::string>()(trial_.method.name + kind.name);
+        const std::uint64_t one = 1 + (any + options_.seed) % count;
+        return failsPower(kind) ? std::vector{one, count + 1} : std::vector{one};
+    }
+
+    static bool failsPower(const Kind& kind) { return kind.kills() && kind.loss == Loss::unsynced; }
+
+    void sweepKind(const Kind& kind, std::uint64_t count) {
+        const std::vector<std::uint64_t> points = pointsOf(kind, count);
+        const std::size_t recoveryStep = points.size() / mostRecoveries + 1;
+        const bool mayRecover =
+            kind.kills() && !kind.beside && (!options_.brief || failsPower(kind));
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            const Plan plan{&kind, points[i], options_.seed + points[i]};
+            const bool recovers = mayRecover && (i + 1) % recoveryStep == 0;
+            const fs::path left = recovers ? besideHome("left") : "";
+            if (runAndJudge(trial_, plan, "", left).bad.empty() && recovers)
+                sweepRecovery(plan, left);
         }
     }
 
     // The library as the kill left it is opened, and that fails or is killed in its turn.
-    void sweepRecovery(const Plan& first) {
-        // What was judged has been opened already: the run is made once more.
+    void sweepRecovery(const Plan& first, const fs::path& left) {
         Trial recovery = trial_;
-        recovery.original = leftBy(trial_, first);
+        recovery.original = left;
         recovery.method.run = openLibrary;
         recovery.method.wanted = done;
+        recovery.method.before = [] {};
         recovery.method.opensFirst = false;
         recovery.method.mustReachNew = false;
         const std::string origin =
             std::string(" after ") + first.kind->name + " " + std::to_string(first.point);
+        const Trace whole = runAndJudge(recovery, {}, origin).trace;
         for (const std::string_view name :
-             std::span(kindsInRecovery).first(options_.brief ? 2 : 7)) {
+             std::span(kindsInRecovery).first(options_.brief ? 2 : std::size(kindsInRecovery))) {
             const Kind& kind = *std::ranges::find(kinds, name, &Kind::name);
-            const std::uint64_t points = pointsOf(kind, recovery, origin);
-            const std::uint64_t step = points / (options_.brief ? 1 : mostPointsInRecovery) + 1;
-            for (std::uint64_t point = 1 + first.point % step; point <= points; point += step)
+            const std::uint64_t count = whole.counted[&kind - kinds];
+            const std::uint64_t step = count / (options_.brief ? 1 : mostPointsInRecovery) + 1;
+            for (std::uint64_t point = 1 + first.point % step; point <= count; point += step)
                 runAndJudge(recovery, {&kind, point, options_.seed + point}, origin);
         }
     }
@@ -97,10 +108,9 @@ private:
         const bool isNew = outcome.state == trial_.newest();
         const bool failed = outcome.answered && !outcome.success;
         ++tally_[runs];
-        ++tally_[isNew ? newState : outcome.state == 0 ? oldState : between];
-        ++tally_[failed ? failure : outcome.success ? success : killed];
+        ++tally_[isNew ? renewed : outcome.state == 0 ? old : between];
         tally_[recoveries] += inRecovery;
-        tally_[newThoughFailure] += failed && isNew && trial_.changes() && !inRecovery;
+        tally_[belied] += failed && isNew && trial_.changes() && !inRecovery;
         tally_[bad] += !outcome.bad.empty();
     }
 
@@ -110,7 +120,6 @@ private:
                     origin.c_str(), outcome.trace.operation);
         for (const std::string& fault : outcome.bad)
             std::printf("    %s\n", fault.c_str());
-        std::fflush(stdout);
     }
 
     const SweepOptions& options_;
