@@ -52,6 +52,7 @@ struct Kind {
     bool kills() const { return error == 0; }
     bool dies() const { return kills() || retries; }
     bool isOver() const { return later == 0 && !dies(); } // once it has happened
+    bool failsPower() const { return kills() && loss == Loss::unsynced; }
 };
 
 inline constexpr Kind kinds[] = {
@@ -84,16 +85,12 @@ struct Trace {
 };
 
 // From here on operations on files below `folder` (a real path), and on the folder above it, are
-// noted, so that the power can fail; `shadow` is a folder elsewhere for files that lost their
-// names.
-void watch(const std::string& folder, const std::string& shadow);
-
+// noted, so that the power can fail.
+void watch(const std::string& folder);
 // From here on they are counted into `trace` and go wrong as planned.
 void arm(const Plan& plan, Trace& trace);
-
 // No more faults; what is written is still noted.
 void disarm();
-
 // Ends the process now, and what the plan's kind loses is lost.
 [[noreturn]] void endByPlan();
 
@@ -101,10 +98,8 @@ void disarm();
 
 // Held over an operation that changes something, and over what is noted about it.
 std::recursive_mutex& oneAtATime();
-
 // Whether operations on this path are watched now.
 bool watches(std::string_view path);
-
 // Whether the operation is to fail, with errno set (or `halved` in it); never returns where the
 // process is to die.
 bool fails(const Operation& operation, const std::string& path);

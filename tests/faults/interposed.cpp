@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <dlfcn.h>
-#include <linux/fs.h>
 #include <sys/file.h>
 
 namespace faults {
@@ -38,18 +37,13 @@ long attempt(const Operation& operation, int file, auto... arguments) {
     return attempt(operation, raw::pathOf(file), file, arguments...);
 }
 
-struct Names {
-    std::string path;
-    std::string from{}; // of a rename
-};
-
-long changeName(const Operation& operation, const Names& names, auto... arguments) {
+long changeName(const Operation& operation, const std::string& path, const std::string& from,
+                auto... arguments) {
     const std::scoped_lock lock(oneAtATime());
-    if (fails(operation, names.path))
+    if (fails(operation, path))
         return -1;
     const auto change = [&] { return raw::call(operation.call, arguments...); };
-    const bool isNoted = watches(names.path) || watches(names.from);
-    return isNoted ? noteName(names.path, names.from, change) : change();
+    return watches(path) || watches(from) ? noteName(path, from, change) : change();
 }
 
 long writeAt(const Operation& operation, int file, const void* bytes, std::size_t size,
@@ -94,7 +88,7 @@ long openAt(int folder, const char* name, int flags, mode_t mode) {
     const std::scoped_lock lock(oneAtATime());
     const std::string path = meant(folder, name);
     if ((flags & O_CREAT) != 0 && raw::status(path).st_ino == 0)
-        return changeName({"open", makesName, SYS_openat}, {path}, folder, name, flags, mode);
+        return changeName({"open", makesName, SYS_openat}, path, "", folder, name, flags, mode);
     if ((flags & O_TRUNC) != 0 && watches(path))
         std::abort(); // nothing in the library does this, and its noting is not written
     return attempt({"open", namesPath, SYS_openat}, path, folder, name, flags, mode);
@@ -107,15 +101,15 @@ SAME(open, openPath);
 SAME(open64, openPath);
 
 CALL(int, mkdirat, makesName, (int folder, const char* path, mode_t mode) noexcept,
-     changeName(operation, {meant(folder, path)}, folder, path, mode))
+     changeName(operation, meant(folder, path), "", folder, path, mode))
 CALL(int, unlinkat, namesPath | changes, (int folder, const char* path, int flags) noexcept,
-     changeName(operation, {meant(folder, path)}, folder, path, flags))
+     changeName(operation, meant(folder, path), "", folder, path, flags))
 CALL(int, linkat, makesName,
      (int folder, const char* from, int other, const char* to, int flags) noexcept,
-     changeName(operation, {meant(other, to)}, folder, from, other, to, flags))
+     changeName(operation, meant(other, to), "", folder, from, other, to, flags))
 CALL(int, renameat2, makesName,
      (int folder, const char* from, int other, const char* to, unsigned flags) noexcept,
-     changeName(operation, {meant(other, to), meant(folder, from)}, folder, from, other, to, flags))
+     changeName(operation, meant(other, to), meant(folder, from), folder, from, other, to, flags))
 PART(mkdir(const char* path, mode_t mode), mkdirat(AT_FDCWD, path, mode))
 PART(unlink(const char* path), unlinkat(AT_FDCWD, path, 0))
 PART(rmdir(const char* path), unlinkat(AT_FDCWD, path, AT_REMOVEDIR))
@@ -201,14 +195,6 @@ long mapFile(void* where, std::size_t length, int protection, int flags, int fil
 }
 SAME(mmap, mapFile);
 SAME(mmap64, mapFile);
-
-long controlDevice(int file, unsigned long request, void* argument) {
-    if (request != FICLONE || !watches(raw::pathOf(file)))
-        return raw::call(SYS_ioctl, file, request, argument);
-    errno = EOPNOTSUPP; // so that a copy goes through write, wherever the sweep is run
-    return -1;
-}
-SAME(ioctl, controlDevice);
 
 // The system hands over many names at once: it is asked for the first one, and after the last.
 dirent* readdir(DIR* folder) {

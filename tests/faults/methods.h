@@ -1,13 +1,70 @@
-// The changing methods and commands, each on a library prepared for it.
+// The changing methods and commands, each on a small library prepared for it at HOME.
 #pragma once
 
-#include "tests/faults/prepared_libraries.h"
+#include "tests/support/jni_double.h"
 
+#include "bridge/entry_points.h"
+
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
+// A method of the host's class; its answer is text.
+#define HOST(name, ...) jni::Environment().call(METHOD(name), __VA_ARGS__)
+
 namespace faults {
+
+namespace fs = std::filesystem;
+
+inline fs::path home() {
+    return std::getenv("HOME");
+}
+// A file or folder that stays when HOME is made anew.
+inline fs::path besideHome(const std::string& name) {
+    return home().parent_path() / name;
+}
+inline fs::path watched() {
+    return home() / "Pictures";
+}
+inline fs::path library() {
+    return watched() / "Lumatrice Library";
+}
+inline fs::path backup() {
+    return watched() / "Backup";
+}
+
+// The identifier of what a prepared library holds, by its name below.
+std::string id(const std::string& name);
+void keepId(const std::string& name, const std::string& identifier);
+
+// The pictures that methods import, by their names without ending.
+std::string picture(const std::string& name);
+void writePictures();
+
+// As processes make folders, or die before they do: all places of renders.
+void makeShelves();
+
+// Five assets: "plain", "favorite", "hidden", "edited", "trashed"; the album "Album" with three of
+// them, the folder "Folder" with the album "Inner" and one.
+void prepareNew();
+// The same without the empty ones of the 256 shelves that a new library has for originals, as one
+// whose owner has tidied up: runs are shorter.
+void prepareUsual();
+// The same as a process left it that died: a placed original and a render without rows, an edit
+// in progress, a file that no row names any longer.
+void prepareLeftBehind();
+// Originals whose catalogue is gone.
+void prepareWithoutCatalogue();
+// The usual one with a count of five too many, and a file that no row names.
+void prepareDamaged();
+std::string stray(); // its path in the library
+void changeRows(const std::string& sql);
+// Three assets in a catalogue of an earlier version.
+void prepareOlder(std::size_t version);
+
+// --- methods ---
 
 inline constexpr const char* done = "done"; // what a command answers
 
@@ -27,7 +84,6 @@ struct Method {
 
     bool opensFirst = true;      // the library is opened, untouched, before faults begin
     bool partialSuccess = false; // success may leave a part undone, as the contract has it
-    bool refused = false;        // the library must not open, and nothing in it may change
     bool damaged = false;        // to begin with: what is found is part of the library's state
     bool mustReachNew = true;    // when it reports success
     bool mayFailLate = false;    // with all of it in force already
@@ -40,7 +96,8 @@ struct Method {
 
 std::vector<Method> allMethods();
 
-// The next opening of a library, whatever was done to it.
-std::string openLibrary();
+// The next opening of a library, and what it is to answer: "refused" where it must not come off.
+Method opening(const std::string& name, const std::function<void()>& prepare,
+               const std::string& wanted, bool damaged = false);
 
 } // namespace faults

@@ -33,10 +33,9 @@ struct NameChange {
 };
 
 struct Noted {
-    std::string shadow;
-    std::uint64_t asides = 0;
     std::map<ino_t, WrittenFile> files;
     std::vector<NameChange> names;
+    std::uint64_t asides = 0;
 };
 
 Noted& noted() {
@@ -78,10 +77,6 @@ void undo(const NameChange& change) {
 
 } // namespace
 
-void beginNoting(const std::string& shadow) {
-    noted().shadow = shadow;
-}
-
 void noteWrite(int file, off_t from, off_t end) {
     const struct stat found = raw::status(file);
     if (!S_ISREG(found.st_mode))
@@ -121,7 +116,9 @@ void noteSync(int file, bool good) {
 
 long noteName(const std::string& path, const std::string& from,
               const std::function<long()>& change) {
-    NameChange name{path, from, noted().shadow + "/" + std::to_string(++noted().asides)};
+    const std::string number = std::to_string(getpid()) + "-" + std::to_string(++noted().asides);
+    NameChange name{path, from,
+                    std::string(std::getenv("HOME")) + "/" + asideFolder + "/" + number};
     if (raw::call(SYS_linkat, AT_FDCWD, path.c_str(), AT_FDCWD, name.aside.c_str(), 0) != 0)
         name.aside.clear();
     name.wasFolder = S_ISDIR(raw::status(path).st_mode);

@@ -1,13 +1,5 @@
-// What a power failure would leave of the files that this process has changed.
-//
-// The model. A file's bytes and length are durable once fsync or fdatasync of that file has
-// succeeded; until then each 512-byte sector may be on the disk or not, in any order. After a sync
-// that failed, nothing that it covered becomes durable by a later one; it has to be written again.
-// A name (made, removed or renamed) is durable once fsync of its folder has succeeded; until then
-// it may be on the disk or not, in the order of the changes within one folder, but independently of
-// other folders and of the files' bytes. A rename between folders happens as a whole, has its place
-// in the order of both, and is durable once either was synced. This is what POSIX grants, less than
-// what ext4, XFS and Btrfs do: their journals keep the order of changes between folders as well.
+// What a power failure would leave of the files that this process has changed, as the model in
+// docs/reliability.md has it.
 //
 // Not thread-safe: the caller holds one lock over an operation and what it notes here.
 #pragma once
@@ -20,8 +12,8 @@
 
 namespace faults {
 
-// `shadow` is a folder for files that lose their names.
-void beginNoting(const std::string& shadow);
+// In HOME, for files that lose their names. Is to be there.
+inline constexpr const char* asideFolder = "aside";
 
 // Before these bytes of an open file are overwritten or cut off.
 void noteWrite(int file, off_t from, off_t end);

@@ -1,4 +1,4 @@
-#include "tests/faults/prepared_libraries.h"
+#include "tests/faults/methods.h"
 
 #include "platform/local/catalogue/catalogue_schema.h"
 #include "platform/local/imaging/imaging.h"
@@ -14,21 +14,15 @@ namespace faults {
 
 namespace {
 
-std::string newName() {
-    return local::uppercaseText(local::randomUuid()) + ".jpg";
-}
-
-// Puts a picture into the library past all that keeps it right; answers its path there.
-std::string smuggle(const std::string& folder) {
-    const std::string name = newName();
-    const std::string path = folder + "/" + name.substr(0, 2) + "/" + name;
+// Puts a picture into the library past all that keeps it right.
+void smuggle(const fs::path& path) {
     fs::create_directories((library() / path).parent_path());
     fs::copy_file(picture("import"), library() / path);
-    return path;
 }
 
-void leave(const std::string& nameInIncoming) {
-    support::writeText(library() / "incoming" / nameInIncoming, "");
+// A name as those of stored files, beginning with these two digits.
+std::string nameOf(const std::string& shelf) {
+    return shelf + "000000-0000-4000-8000-000000000000";
 }
 
 } // namespace
@@ -65,10 +59,10 @@ void writePictures() {
 }
 
 void makeShelves() {
-    for (int shelf = 0; shelf < 256; ++shelf) {
-        char name[3];
-        std::snprintf(name, sizeof name, "%02X", static_cast<unsigned>(shelf));
-        fs::create_directory(library() / "renders" / name);
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    for (const char first : digits) {
+        for (const char second : digits)
+            fs::create_directory(library() / "renders" / std::string{first, second});
     }
 }
 
@@ -76,21 +70,17 @@ void prepareNew() {
     for (const char* name : {"plain", "favorite", "hidden", "edited", "trashed"})
         keepId(name, HOST(ImportAssets, {picture(name)}));
     keepId("Album", HOST(CreateAlbum, "Album", nullptr));
-    keepId("Other", HOST(CreateAlbum, "Other", nullptr));
     keepId("Folder", HOST(CreateFolder, "Folder", nullptr));
     keepId("Inner", HOST(CreateAlbum, "Inner", id("Folder")));
     std::string answers;
     for (const std::string& answer :
-         {HOST(AddAssetsToAlbum, id("Album"), {id("edited")}),
-          HOST(AddAssetsToAlbum, id("Album"), {id("plain")}),
-          HOST(AddAssetsToAlbum, id("Album"), {id("trashed")}),
-          HOST(AddAssetsToAlbum, id("Other"), {id("favorite")}),
+         {HOST(AddAssetsToAlbum, id("Album"), {id("edited"), id("plain"), id("trashed")}),
           HOST(AddAssetsToAlbum, id("Inner"), {id("favorite")}),
           HOST(SetFavorite, {id("favorite")}, JNI_TRUE), HOST(SetHidden, {id("hidden")}, JNI_TRUE),
           HOST(ApplyEdit, id("edited"), picture("rendered")),
           HOST(ApplyEdit, id("trashed"), picture("again")), HOST(DeleteAssets, {id("trashed")})})
         answers += answer;
-    if (answers != "1111111001")
+    if (answers != "3111001")
         throw std::logic_error("a library could not be prepared: " + answers);
 }
 
@@ -104,34 +94,29 @@ void prepareUsual() {
 
 void prepareLeftBehind() {
     prepareUsual();
-    leave(fs::path(smuggle("originals")).filename().string() + ".importing");
-    leave(fs::path(smuggle("renders")).filename().string() + ".editing");
-    const std::string part = newName();
-    fs::copy_file(picture("import"), library() / "incoming" / part);
-    leave(part + ".importing");
-    const fs::path edit =
-        library() / "incoming" / (local::uppercaseText(local::randomUuid()) + ".edit");
-    fs::create_directory(edit);
-    fs::copy_file(picture("import"), edit / "rendered.jpg");
-    local::Library::open()
-        ->connectionForChanges()
-        ->statement("INSERT INTO discarded_file VALUES (?1)")
-        .bind(1, smuggle("originals"))
-        .run();
+    smuggle("originals/AA/" + nameOf("AA") + ".jpg");
+    smuggle("renders/BB/" + nameOf("BB") + ".jpg");
+    smuggle("incoming/" + nameOf("CC") + ".jpg");
+    smuggle("incoming/" + nameOf("DD") + ".edit/rendered.jpg");
+    for (const std::string& lock : {nameOf("AA") + ".jpg.importing", nameOf("BB") + ".jpg.editing",
+                                    nameOf("CC") + ".jpg.importing"})
+        support::writeText(library() / "incoming" / lock, "");
+    smuggle(stray());
+    changeRows("INSERT INTO discarded_file VALUES ('" + stray() + "')");
+}
+
+std::string stray() {
+    return "originals/EE/" + nameOf("EE") + ".jpg";
 }
 
 void prepareDamaged() {
     prepareUsual();
-    keepId("stray", smuggle("originals"));
-    correctCount(5);
+    smuggle(stray());
+    changeRows("UPDATE library SET listed = listed + 5");
 }
 
-void correctCount(int by) {
-    local::Library::open()
-        ->connectionForChanges()
-        ->statement("UPDATE library SET listed = listed + ?1")
-        .bind(1, std::int64_t{by})
-        .run();
+void changeRows(const std::string& sql) {
+    local::Library::open()->connectionForChanges()->execute(sql.c_str());
 }
 
 void prepareWithoutCatalogue() {

@@ -1,6 +1,7 @@
 #include "tests/faults/run.h"
 
 #include "tests/faults/library_state.h"
+#include "tests/faults/power_cut.h"
 
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -33,32 +34,23 @@ void tell(auto& memory, const std::string& text) {
     memory[text.copy(memory, sizeof memory - 1)] = '\0';
 }
 
-// The lines of one description that another one lacks.
-std::string linesBeyond(const std::string& description, const std::string& other,
-                        const std::string& mark) {
-    std::istringstream stream(description);
-    std::string text;
-    for (std::string line; std::getline(stream, line);)
-        text += other.find(line + "\n") == std::string::npos ? "\n      " + mark + line : "";
-    return text;
-}
-
+// How it differs from the new state.
 std::string difference(const Trial& trial, const std::string& description) {
     const std::string& wanted = trial.states.back();
     const std::string found = withoutNewIdentifiers(description, trial.states.front());
-    return ", beside the new one:" + linesBeyond(found, wanted, "+ ") +
-           linesBeyond(wanted, found, "- ");
+    std::istringstream both(found + wanted);
+    std::string text;
+    for (std::string line; std::getline(both, line);) {
+        const bool isWanted = wanted.find(line + "\n") != std::string::npos;
+        if (!isWanted || found.find(line + "\n") == std::string::npos)
+            text += (isWanted ? "\n      - " : "\n      + ") + line;
+    }
+    return text;
 }
 
 void copyHome(const fs::path& from, const fs::path& to) {
     fs::remove_all(to);
     fs::copy(from, to, fs::copy_options::recursive);
-}
-
-void renew(const fs::path& original) {
-    copyHome(original, home());
-    fs::remove_all(besideHome("shadow"));
-    fs::create_directory(besideHome("shadow"));
 }
 
 // --- within a run's own processes ---
@@ -72,7 +64,7 @@ bool attempt(const Method& method) {
 void runMethod(const Method& method, const Plan& plan) {
     if (method.opensFirst)
         describe(false);
-    watch(watched(), besideHome("shadow"));
+    watch(watched());
     method.before();
     arm(plan, shared().trace);
     const bool succeeded = attempt(method);
@@ -121,24 +113,13 @@ std::string describeFresh() {
     return shared().description;
 }
 
-bool isWhole(const std::string& description) {
-    return !description.empty() && description.find(findingMark) == std::string::npos;
-}
-
 // Nothing may go wrong where nothing is made to.
-void require(bool good, const Method& method, const std::string& what) {
-    if (good)
-        return;
-    std::fprintf(stderr, "%s without any fault: %s\n", method.name.c_str(), what.c_str());
-    std::abort();
-}
-
 std::string describeAfter(const Trial& trial, const std::function<void()>& action) {
-    renew(trial.original);
-    require(inProcess(action) == 0, trial.method, "a process ended");
+    copyHome(trial.original, home());
+    const int status = inProcess(action);
     std::string description = describeFresh();
-    require(isWhole(description) || trial.method.damaged || trial.method.refused, trial.method,
-            description);
+    if (status != 0 || !(isWhole(description) || trial.method.damaged))
+        throw std::logic_error(trial.method.name + " without any fault:\n" + description);
     return description;
 }
 
@@ -152,13 +133,11 @@ bool isBelied(const Trial& trial, const Plan& plan, const Outcome& outcome) {
 void judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome) {
     const Method& method = trial.method;
     const Kind& kind = *plan.kind;
-    const auto require = [&](bool good, const std::string& text) {
-        if (!good)
-            outcome.bad.push_back(text);
-    };
-    require(status == (kind.dies() ? SIGKILL : 0), "ended with status " + std::to_string(status));
-    require(!kind.retries || outcome.success || method.refused,
-            "called again, it fails without a fault");
+    const auto complain = [&](const std::string& text) { outcome.bad.push_back(text); };
+    if (status != (kind.dies() ? SIGKILL : 0))
+        complain("ended with status " + std::to_string(status));
+    if (kind.retries && !outcome.success)
+        complain("called again, it fails without a fault");
 
     const bool partial = method.partialSuccess && outcome.trace.fired && !kind.kills();
     const bool reachesNew = outcome.success && method.mustReachNew && !partial;
@@ -168,18 +147,19 @@ void judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome) {
     std::string identifier(shared().answer, method.makes() && outcome.success ? 36 : 0);
     std::erase(identifier, '-');
     const std::string here = shared().description;
-    require(kind.dies() || fits(trial.stateOf(here)),
-            "in the same process" + difference(trial, here));
+    if (!kind.dies() && !fits(trial.stateOf(here)))
+        complain("in the same process:" + difference(trial, here));
 
     const std::string after = describeFresh();
     outcome.state = trial.stateOf(after);
     // Several transactions, some of them made twice, leave what they leave, but whole.
     const bool isRepeated = kind.retries && trial.states.size() > 2;
-    require(isRepeated ? isWhole(after) : fits(outcome.state),
-            "afterwards" + difference(trial, after));
-    require(!isBelied(trial, plan, outcome), "it is in force although a failure was reported");
-    require(after.find(identifier) != std::string::npos,
-            "the identifier that was returned is gone: " + identifier);
+    if (isRepeated ? !isWhole(after) : !fits(outcome.state))
+        complain("afterwards:" + difference(trial, after));
+    if (isBelied(trial, plan, outcome))
+        complain("it is in force although a failure was reported");
+    if (after.find(identifier) == std::string::npos)
+        complain("the identifier that was returned is gone: " + identifier);
 }
 
 } // namespace
@@ -193,31 +173,27 @@ std::size_t Trial::stateOf(const std::string& description) const {
 
 Trial prepare(const Method& method) {
     Trial trial{method, besideHome("original")};
-    fs::remove_all(home());
-    fs::create_directories(home());
-    const int status = inProcess([&] {
+    fs::create_directories(home() / asideFolder);
+    inProcess([&] {
         writePictures();
         method.prepare();
     });
-    require(status == 0, method, "its library could not be prepared");
-    copyHome(home(), trial.original);
+    fs::rename(home(), trial.original);
 
-    trial.states = {describeAfter(trial, [] {})};
+    const std::string old = describeAfter(trial, [] {});
+    trial.states.push_back(old);
     auto actions = method.between;
-    if (!method.refused)
-        actions.emplace_back([&] { method.isSuccess(method.run()) ? void() : std::abort(); });
-    for (const auto& action : actions) {
-        const std::string description = describeAfter(trial, action);
-        trial.states.push_back(withoutNewIdentifiers(description, trial.states.front()));
-    }
+    actions.emplace_back([&] { method.isSuccess(method.run()) ? void() : std::abort(); });
+    for (const auto& action : actions)
+        trial.states.push_back(withoutNewIdentifiers(describeAfter(trial, action), old));
     return trial;
 }
 
 Outcome run(const Trial& trial, const Plan& plan, const fs::path& left) {
     const Method& method = trial.method;
-    renew(trial.original);
+    copyHome(trial.original, home());
     shared().trace = {};
-    const pid_t neighbour = plan.kind->beside && method.opensFirst ? startNeighbour() : 0;
+    const pid_t neighbour = plan.kind->beside ? startNeighbour() : 0;
     const int status = inProcess([&] { runMethod(method, plan); });
     const bool answered = shared().answer[0] != '\0';
     Outcome outcome{.answered = answered,
@@ -234,7 +210,7 @@ Outcome run(const Trial& trial, const Plan& plan, const fs::path& left) {
     waitpid(neighbour, nullptr, 0);
     const std::string last = describeFresh();
     if (trial.stateOf(last) > trial.newest())
-        outcome.bad.push_back("in the end" + difference(trial, last));
+        outcome.bad.push_back("in the end:" + difference(trial, last));
     return outcome;
 }
 

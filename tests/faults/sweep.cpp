@@ -1,15 +1,28 @@
-#include "tests/faults/sweep.h"
-
+// Lets every file operation of the embedded library fail, and kills the process there, and again
+// while the next process recovers; prints what came of it as a table, method by method.
 #include "tests/faults/run.h"
+#include "tests/support/home.h"
+
+#include <CLI/CLI.hpp>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <numeric>
 #include <span>
 
-namespace faults {
-
 namespace {
+
+using namespace faults;
+
+struct SweepOptions {
+    bool brief = false;      // only some points of each kind, and little of the recovery
+    std::string kind;        // empty: all
+    std::uint64_t point = 0; // 0: all
+    std::uint64_t seed = 1;
+};
 
 constexpr std::uint64_t mostRecoveries = 3;       // of a method and a kind of kill
 constexpr std::uint64_t mostPointsInRecovery = 8; // for each kind of fault
@@ -22,14 +35,17 @@ public:
     MethodSweep(const Method& method, const SweepOptions& options)
         : options_(options), trial_(prepare(method)) {}
 
-    Tally sweep() {
+    // False when something bad was found.
+    bool sweep() {
         const Trace whole = runAndJudge(trial_, {}).trace;
-        tally_[operations] = whole.counted[0];
         for (const Kind& kind : kinds) {
             if (options_.kind.empty() || options_.kind == kind.name)
                 sweepKind(kind, whole.counted[&kind - kinds]);
         }
-        return tally_;
+        std::printf("| %s | %lu | %lu | %lu | %lu | %lu | %lu | %lu | %lu |\n",
+                    trial_.method.name.c_str(), whole.counted[0], runs_, recoveries_, old_,
+                    runs_ - old_ - new_, new_, belied_, bad_);
+        return bad_ == 0;
     }
 
 private:
@@ -84,12 +100,8 @@ private:
 
     // The library as the kill left it is opened, and that fails or is killed in its turn.
     void sweepRecovery(const Plan& first, const fs::path& left) {
-        Trial recovery = trial_;
-        recovery.original = left;
-        recovery.method.run = openLibrary;
-        recovery.method.wanted = done;
-        recovery.method.before = [] {};
-        recovery.method.opensFirst = false;
+        Trial recovery{opening(trial_.method.name, {}, done, trial_.method.damaged), left,
+                       trial_.states};
         recovery.method.mustReachNew = false;
         const std::string origin =
             std::string(" after ") + first.kind->name + " " + std::to_string(first.point);
@@ -107,11 +119,12 @@ private:
     void count(const Outcome& outcome, bool inRecovery) {
         const bool isNew = outcome.state == trial_.newest();
         const bool failed = outcome.answered && !outcome.success;
-        ++tally_[runs];
-        ++tally_[isNew ? renewed : outcome.state == 0 ? old : between];
-        tally_[recoveries] += inRecovery;
-        tally_[belied] += failed && isNew && trial_.changes() && !inRecovery;
-        tally_[bad] += !outcome.bad.empty();
+        ++runs_;
+        recoveries_ += inRecovery;
+        new_ += isNew;
+        old_ += !isNew && outcome.state == 0;
+        belied_ += failed && isNew && trial_.changes() && !inRecovery;
+        bad_ += !outcome.bad.empty();
     }
 
     void print(const Outcome& outcome, const Plan& plan, const std::string& origin) const {
@@ -124,13 +137,67 @@ private:
 
     const SweepOptions& options_;
     Trial trial_;
-    Tally tally_{};
+    std::uint64_t runs_ = 0, recoveries_ = 0, old_ = 0, new_ = 0, belied_ = 0, bad_ = 0;
 };
 
-} // namespace
-
-Tally sweep(const Method& method, const SweepOptions& options) {
+// For a process of its own.
+bool sweepBelow(const fs::path& folder, const Method& method, const SweepOptions& options) {
+    fs::create_directory(folder);
+    setenv("HOME", (folder / "home").c_str(), 1);
+    setenv("TZ", "UTC", 1);
     return MethodSweep(method, options).sweep();
 }
 
-} // namespace faults
+// At most `jobs` methods at the same time. Libraries are made in memory: it cannot clone blocks,
+// which would go past what is noted for power failing.
+bool sweepAll(const std::vector<Method>& methods, const SweepOptions& options, unsigned jobs) {
+    const support::ScratchHome base("/dev/shm");
+    bool good = true;
+    unsigned running = 0;
+    for (std::size_t i = 0; i < methods.size() || running > 0;) {
+        int status = 0;
+        if (running == jobs || i == methods.size()) {
+            wait(&status);
+            --running;
+        } else if (fork() == 0) {
+            _exit(sweepBelow(base / methods[i].name, methods[i], options) ? 0 : 1);
+        } else {
+            ++running;
+            ++i;
+        }
+        good = good && status == 0;
+    }
+    return good;
+}
+
+} // namespace
+
+// NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the program, as it should
+int main(int count, char** arguments) {
+    CLI::App app{"Fails and kills the embedded library at every file operation."};
+    std::vector<Method> methods = allMethods();
+    const auto namesOf = [](const auto& all) {
+        std::vector<std::string> names;
+        for (const auto& one : all)
+            names.emplace_back(one.name);
+        return names;
+    };
+    SweepOptions options;
+    std::vector<std::string> only = namesOf(methods);
+    unsigned jobs = 2;
+    app.add_flag("--short", options.brief, "Only some points of each method");
+    app.add_option("--only", only, "These methods")->check(CLI::IsMember(only));
+    app.add_option("--kind", options.kind, "This fault")->check(CLI::IsMember(namesOf(kinds)));
+    app.add_option("--point", options.point, "This operation, counted from 1");
+    app.add_option("--seed", options.seed, "What is torn, and which points --short takes");
+    app.add_option("--jobs", jobs, "Methods swept at the same time")->capture_default_str();
+    CLI11_PARSE(app, count, arguments);
+    std::erase_if(methods, [&](const Method& method) {
+        return std::ranges::find(only, method.name) == only.end();
+    });
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // lines of several processes, each of them whole
+    std::puts("| method | operations | runs | of them in recovery | old | between | new | failure, "
+              "yet new "
+              "| bad |\n|---|--:|--:|--:|--:|--:|--:|--:|--:|");
+    return sweepAll(methods, options, jobs) ? 0 : 1;
+}
