@@ -68,9 +68,8 @@ void disarm() {
 void endByPlan() {
     now().mutex.lock(); // for ever: no other thread changes a file any more
     now().owner = 0;    // what is put back is not watched
-    const Loss loss = now().plan.kind->loss;
-    if (loss != Loss::none)
-        failPower(loss == Loss::someUnsynced, now().plan.seed);
+    if (now().plan.kind->loss != 0)
+        failPower(now().plan.kind->loss, now().plan.seed);
     kill(getpid(), SIGKILL);
     for (;;)
         pause();

@@ -33,26 +33,22 @@ struct Operation {
     long call; // of the system
 };
 
-// What is lost when the process ends.
-enum class Loss { none, unsynced, someUnsynced };
-
 constexpr int halved = -1; // instead of an error: half of a write is written
 
 // What happens at the chosen operation. Each counts only the operations that it can befall: a disk
 // that is full reads well, and a process that dies between two reads dies as between two changes.
 struct Kind {
     const char* name;
-    unsigned befalls; // operations that do one of these
-    int error;        // of the chosen one; 0: the process is killed before it
-    int later = 0;    // error of every later one
-    Loss loss = Loss::none;
+    unsigned befalls;     // operations that do one of these
+    int error;            // of the chosen one; 0: the process is killed before it
+    int later = 0;        // error of every later one
+    unsigned loss = 0;    // when the process ends: per cent of what was not synced
     bool retries = false; // the method is repeated; then the process is killed
     bool beside = false;  // another process has the library open and outlives this one
 
     bool kills() const { return error == 0; }
     bool dies() const { return kills() || retries; }
     bool isOver() const { return later == 0 && !dies(); } // once it has happened
-    bool failsPower() const { return kills() && loss == Loss::unsynced; }
 };
 
 inline constexpr Kind kinds[] = {
@@ -64,10 +60,10 @@ inline constexpr Kind kinds[] = {
     {"denied-once", namesPath, EACCES},
     {"denied-on", namesPath, EACCES, EACCES},
     {"lock-on", locks, ENOLCK, ENOLCK},
-    {.name = "retry", .befalls = anything, .error = EIO, .loss = Loss::unsynced, .retries = true},
+    {.name = "retry", .befalls = anything, .error = EIO, .loss = 100, .retries = true},
     {"kill-kept", changes, 0},
-    {"kill-dropped", changes, 0, 0, Loss::unsynced},
-    {"kill-torn", changes, 0, 0, Loss::someUnsynced},
+    {"kill-dropped", changes, 0, 0, 100},
+    {"kill-torn", changes, 0, 0, 30},
     {.name = "kill-beside", .befalls = changes, .error = 0, .beside = true},
 };
 
@@ -77,7 +73,7 @@ struct Plan {
     std::uint64_t seed = 0;  // of what is torn
 };
 
-// What the parent of the process sees of it.
+// What its parent sees of it.
 struct Trace {
     std::uint64_t counted[std::size(kinds)] = {}; // for each kind, until something went wrong
     bool fired = false;

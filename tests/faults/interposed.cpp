@@ -112,7 +112,6 @@ CALL(int, renameat2, makesName,
      changeName(operation, meant(other, to), meant(folder, from), folder, from, other, to, flags))
 PART(mkdir(const char* path, mode_t mode), mkdirat(AT_FDCWD, path, mode))
 PART(unlink(const char* path), unlinkat(AT_FDCWD, path, 0))
-PART(rmdir(const char* path), unlinkat(AT_FDCWD, path, AT_REMOVEDIR))
 PART(renameat(int folder, const char* from, int other, const char* to),
      renameat2(folder, from, other, to, 0))
 PART(rename(const char* from, const char* to), renameat2(AT_FDCWD, from, AT_FDCWD, to, 0))
@@ -168,14 +167,6 @@ long syncFile(int file) {
 }
 SAME(fsync, syncFile);
 SAME(fdatasync, syncFile);
-
-// A file is closed whatever is reported.
-long closeFile(int file) {
-    const std::string path = raw::pathOf(file);
-    const long done = raw::call(SYS_close, file);
-    return fails({"close", reads, SYS_close}, path) ? -1 : done;
-}
-SAME(close, closeFile);
 
 // To unlock is never refused.
 CALL(int, flock, (command & LOCK_UN) != 0 ? neverFails : locks, (int file, int command) noexcept,

@@ -16,30 +16,22 @@ namespace {
 // They are in capital letters, and hashes are not.
 constexpr const char* linesQuery = R"(
     WITH RECURSIVE tree (n, path) AS (
-        SELECT n, '/' || title FROM collection WHERE parent IS NULL
-        UNION ALL
+        SELECT n, '/' || title FROM collection WHERE parent IS NULL UNION ALL
         SELECT c.n, path || '/' || title FROM tree JOIN collection AS c ON parent = tree.n)
-    SELECT json_array('library', access, confirm_deletions) AS line FROM library
-    UNION ALL
+    SELECT json_array('library', access, confirm_deletions) AS line FROM library UNION ALL
     SELECT json_array('asset', a.created, filename, media, width, height, hidden,
                       trashed_at IS NOT NULL, f.asset IS NOT NULL, content_type, lower(hex(hash)),
                       size, edited, traits, hex(uuid))
-    FROM asset AS a LEFT JOIN favorite AS f ON f.asset = a.n
-    UNION ALL
+    FROM asset AS a LEFT JOIN favorite AS f ON f.asset = a.n UNION ALL
     SELECT json_array('edit', lower(hex(e.hash)), e.size, original_width, original_height,
                       format_identifier, format_version, lower(hex(data)), hex(uuid))
-    FROM edit AS e JOIN asset AS a ON a.n = e.asset
-    UNION ALL
-    SELECT json_array('collection', path, kind,
-                      (SELECT count(*) FROM collection AS o
-                       WHERE o.parent IS c.parent AND o.position < c.position), hex(uuid))
-    FROM tree JOIN collection AS c USING (n)
-    UNION ALL
-    SELECT json_array('member', path,
-                      (SELECT count(*) FROM album_member AS o
-                       WHERE o.album = m.album AND o.position < m.position), hex(uuid))
-    FROM album_member AS m JOIN tree ON tree.n = m.album JOIN asset AS a ON a.n = m.asset
-    UNION ALL
+    FROM edit AS e JOIN asset AS a ON a.n = e.asset UNION ALL
+    SELECT json_array('collection', path, kind, (SELECT count(*) FROM collection AS o
+                      WHERE o.parent IS c.parent AND o.position < c.position), hex(uuid))
+    FROM tree JOIN collection AS c USING (n) UNION ALL
+    SELECT json_array('member', path, (SELECT count(*) FROM album_member AS o
+                      WHERE o.album = m.album AND o.position < m.position), hex(uuid))
+    FROM album_member AS m JOIN tree ON tree.n = m.album JOIN asset AS a ON a.n = m.asset UNION ALL
     SELECT json_array('chosen', hex(uuid)) FROM limited_choice JOIN asset ON n = asset
     ORDER BY line)";
 

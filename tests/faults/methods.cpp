@@ -1,21 +1,34 @@
 #include "tests/faults/methods.h"
 
+#include "bridge/entry_points.h"
+#include "platform/local/catalogue/catalogue_schema.h"
 #include "platform/local/change/revert.h"
 #include "platform/local/change/settings.h"
 #include "platform/local/change/trash.h"
+#include "platform/local/imaging/imaging.h"
 #include "platform/local/library/library.h"
 #include "platform/local/maintenance/backup.h"
 #include "platform/local/maintenance/repair.h"
+#include "tests/support/files.h"
+#include "tests/support/jni_double.h"
+
+#include <fcntl.h>
 
 #include <algorithm>
+#include <chrono>
 #include <limits>
+#include <stdexcept>
 
-#define CALL(...) [] { return __VA_ARGS__; }
-#define ASK(name, ...) CALL(HOST(name, __VA_ARGS__))
+// A method of the host's class; its answer is text.
+#define HOST(name, ...) jni::Environment().call(METHOD(name), __VA_ARGS__)
+#define DO(...) [] { return __VA_ARGS__; }
+#define ASK(name, ...) DO(HOST(name, __VA_ARGS__))
 
 namespace faults {
 
 namespace {
+
+constexpr const char* done = "done";
 
 // As a command of the tool reports.
 std::function<std::string()> command(const std::function<bool()>& action) {
@@ -27,6 +40,125 @@ std::function<std::string()> command(const std::function<bool()>& action) {
         }
     };
 }
+
+// --- libraries ---
+
+// The identifier of what a library holds, by its name.
+std::string id(const std::string& name) {
+    std::string identifier = support::readBytes(besideHome("id of " + name));
+    if (identifier.empty() || identifier == "(null)")
+        throw std::logic_error("a prepared library lacks " + name);
+    return identifier;
+}
+void keepId(const std::string& name, const std::string& identifier) {
+    support::writeText(besideHome("id of " + name), identifier);
+}
+
+std::string picture(const std::string& name) {
+    return besideHome(name + ".jpg");
+}
+
+void writePictures() {
+    unsigned number = 0;
+    for (const char* name : {"import", "second", "plain", "favorite", "hidden", "edited", "trashed",
+                             "rendered", "again"}) {
+        ++number;
+        local::Pixels pixels{64, 48, std::vector<std::uint8_t>(64 * 48 * 3)};
+        for (std::size_t i = 0; i < pixels.rgb.size(); ++i)
+            pixels.rgb[i] = static_cast<std::uint8_t>(i * 7 + i / 91 * number);
+        const auto jpeg = local::encodeJpeg(pixels, 90).value();
+        support::writeText(picture(name), std::string(jpeg.begin(), jpeg.end()));
+        // In 2021, so that a capture date does not change from run to run.
+        const std::chrono::sys_seconds taken(std::chrono::seconds(1614834367 + number));
+        fs::last_write_time(picture(name), std::chrono::file_clock::from_sys(taken));
+    }
+}
+
+void prepareNothing() {
+    writePictures();
+}
+
+// With all 256 shelves.
+void prepareNew() {
+    writePictures();
+    for (const char* name : {"plain", "favorite", "hidden", "edited", "trashed"})
+        keepId(name, HOST(ImportAssets, {picture(name)}));
+    keepId("Album", HOST(CreateAlbum, "Album", nullptr));
+    keepId("Folder", HOST(CreateFolder, "Folder", nullptr));
+    keepId("Inner", HOST(CreateAlbum, "Inner", id("Folder")));
+    std::string answers;
+    for (const std::string& answer :
+         {HOST(AddAssetsToAlbum, id("Album"), {id("edited"), id("plain"), id("trashed")}),
+          HOST(AddAssetsToAlbum, id("Inner"), {id("favorite")}),
+          HOST(SetFavorite, {id("favorite")}, JNI_TRUE), HOST(SetHidden, {id("hidden")}, JNI_TRUE),
+          HOST(ApplyEdit, id("edited"), picture("rendered")),
+          HOST(ApplyEdit, id("trashed"), picture("again")), HOST(DeleteAssets, {id("trashed")})})
+        answers += answer;
+    if (answers != "3111001")
+        throw std::logic_error("a library could not be prepared: " + answers);
+}
+
+constexpr const char* stray = "originals/EE/EE000000-0000-4000-8000-000000000000.jpg";
+
+// Puts a picture into the library past all that keeps it right.
+void smuggle(const fs::path& path) {
+    fs::create_directories((library() / path).parent_path());
+    fs::copy_file(picture("import"), library() / path);
+}
+
+void changeRows(const std::string& sql) {
+    local::Library::open()->connectionForChanges()->execute(sql.c_str());
+}
+
+// As a process left it that died: a placed original and a render without rows, a file on its way
+// in, an edit in progress, a file that no row names any longer.
+void prepareLeftBehind() {
+    prepareUsual();
+    const std::string rest = "000000-0000-4000-8000-000000000000";
+    smuggle("originals/AA/AA" + rest + ".jpg");
+    smuggle("renders/BB/BB" + rest + ".jpg");
+    smuggle("incoming/CC" + rest + ".jpg");
+    smuggle("incoming/DD" + rest + ".edit/rendered.jpg");
+    for (const std::string& lock : {"AA" + rest + ".jpg.importing", "BB" + rest + ".jpg.editing",
+                                    "CC" + rest + ".jpg.importing"})
+        support::writeText(library() / "incoming" / lock, "");
+    smuggle(stray);
+    changeRows("INSERT INTO discarded_file VALUES ('" + std::string(stray) + "')");
+}
+
+// A count of five too many, and a file that no row names.
+void prepareDamaged() {
+    prepareUsual();
+    smuggle(stray);
+    changeRows("UPDATE library SET listed = listed + 5");
+}
+
+void prepareWithoutCatalogue() {
+    prepareUsual();
+    for (const char* name : {"library.db", "library.db-wal", "library.db-shm"})
+        fs::remove(library() / name);
+}
+
+// Three assets in a catalogue of an earlier version; their files are not there, which is part of
+// the library's state.
+void prepareOlder(std::size_t version) {
+    for (const char* folder : {"originals", "renders", "incoming", "derivatives"})
+        fs::create_directories(library() / folder);
+    const local::UniqueFd folder(::open(library().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    local::CatalogueConnection connection(folder.get(), local::CatalogueConnection::Mode::readWrite,
+                                          true);
+    connection.execute("PRAGMA journal_mode=WAL");
+    local::prepareSchema(connection, local::schemaSteps().first(version));
+    connection.execute(R"(
+        INSERT INTO asset (uuid, created, media, width, height, hidden, filename, content_type,
+                           stored_as, hash, size, added)
+        SELECT randomblob(16), 1600000000000 + column1, 1, 64, 48, column1 % 2, 'old.jpg',
+               'public.jpeg', hex(randomblob(16)) || '.jpg', zeroblob(16), 9, 1600000000000
+        FROM (VALUES (0), (1), (2));
+        INSERT INTO favorite SELECT created, n FROM asset WHERE n < 3)");
+}
+
+// --- what methods do ---
 
 // The first transaction of a duplicated folder: the folder alone; the second: its album, which is
 // filed by the third.
@@ -66,9 +198,15 @@ void prepareBackedUp() {
         std::abort();
 }
 
-void nothing() {}
-
 } // namespace
+
+void prepareUsual() {
+    prepareNew();
+    for (const auto& shelf : fs::directory_iterator(library() / "originals")) {
+        if (shelf.is_directory() && fs::is_empty(shelf))
+            fs::remove(shelf);
+    }
+}
 
 Method opening(const std::string& name, const std::function<void()>& prepare,
                const std::string& wanted, bool damaged) {
@@ -117,13 +255,17 @@ std::vector<Method> allMethods() {
         {.name = "edit-beside-the-dead",
          .run = ASK(ApplyEdit, id("plain"), picture("rendered")),
          .wanted = "0",
-         .before = makeShelves},
-        {"revert", command(CALL(local::revertEdits({id("edited")}), true)), done},
-        {"restore", command(CALL(local::restoreFromTrash({id("trashed")}), true)), done},
+         .prepare = prepareNew,
+         .before =
+             [] {
+                 fs::copy(library() / "originals", library() / "renders",
+                          fs::copy_options::recursive | fs::copy_options::directories_only);
+             }},
+        {"revert", command(DO(local::revertEdits({id("edited")}), true)), done},
+        {"restore", command(DO(local::restoreFromTrash({id("trashed")}), true)), done},
         {"empty-trash",
-         command(CALL(local::emptyTrash(std::numeric_limits<std::int64_t>::max()), true)), done},
-        {"limit-access", command(CALL(local::limitAccess({id("plain"), id("edited")}), true)),
-         done},
+         command(DO(local::emptyTrash(std::numeric_limits<std::int64_t>::max()), true)), done},
+        {"limit-access", command(DO(local::limitAccess({id("plain"), id("edited")}), true)), done},
         {"fold-log", command(foldLog), done},
         {.name = "backup",
          .run = command(backUp),
@@ -132,18 +274,18 @@ std::vector<Method> allMethods() {
          .mayFailLate = true},
         {.name = "first-import",
          .run = ASK(ImportAssets, {picture("import")}),
-         .prepare = nothing,
+         .prepare = prepareNothing,
          .opensFirst = false},
-        opening("create-library", nothing, done),
-        opening("open-after-crash", prepareLeftBehind, done),
-        opening("migrate-1", CALL(prepareOlder(1)), done, true),
-        opening("migrate-2", CALL(prepareOlder(2)), done, true),
+        opening("create-library", prepareNothing),
+        opening("open-after-crash", prepareLeftBehind),
+        opening("migrate-1", DO(prepareOlder(1)), done, true),
+        opening("migrate-2", DO(prepareOlder(2)), done, true),
         opening("catalogue-lost", prepareWithoutCatalogue, "refused", true),
         {.name = "repair",
          .run = command(repair),
          .wanted = done,
          .between = {[] { changeRows("UPDATE library SET listed = listed - 5"); },
-                     [] { fs::remove(library() / stray()); }},
+                     [] { fs::remove(library() / stray); }},
          .prepare = prepareDamaged,
          .damaged = true},
     };

@@ -1,18 +1,11 @@
 // The changing methods and commands, each on a small library prepared for it at HOME.
 #pragma once
 
-#include "tests/support/jni_double.h"
-
-#include "bridge/entry_points.h"
-
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
-
-// A method of the host's class; its answer is text.
-#define HOST(name, ...) jni::Environment().call(METHOD(name), __VA_ARGS__)
 
 namespace faults {
 
@@ -35,38 +28,10 @@ inline fs::path backup() {
     return watched() / "Backup";
 }
 
-// The identifier of what a prepared library holds, by its name below.
-std::string id(const std::string& name);
-void keepId(const std::string& name, const std::string& identifier);
-
-// The pictures that methods import, by their names without ending.
-std::string picture(const std::string& name);
-void writePictures();
-
-// As processes make folders, or die before they do: all places of renders.
-void makeShelves();
-
 // Five assets: "plain", "favorite", "hidden", "edited", "trashed"; the album "Album" with three of
-// them, the folder "Folder" with the album "Inner" and one.
-void prepareNew();
-// The same without the empty ones of the 256 shelves that a new library has for originals, as one
-// whose owner has tidied up: runs are shorter.
+// them, the folder "Folder" with the album "Inner" and one. Without the empty ones of the 256
+// shelves that a new library has, as one whose owner has tidied up: runs are shorter.
 void prepareUsual();
-// The same as a process left it that died: a placed original and a render without rows, an edit
-// in progress, a file that no row names any longer.
-void prepareLeftBehind();
-// Originals whose catalogue is gone.
-void prepareWithoutCatalogue();
-// The usual one with a count of five too many, and a file that no row names.
-void prepareDamaged();
-std::string stray(); // its path in the library
-void changeRows(const std::string& sql);
-// Three assets in a catalogue of an earlier version.
-void prepareOlder(std::size_t version);
-
-// --- methods ---
-
-inline constexpr const char* done = "done"; // what a command answers
 
 // The library's states, in the order in which a method that consists of several transactions
 // brings them about. Most have one: old, then new.
@@ -77,7 +42,7 @@ struct Method {
     std::string wanted{}; // the answer of a success; empty: identifiers of what was made
     // Bring about the states between the old and the new one, each from the old one.
     std::vector<std::function<void()>> between{};
-    // Makes the library at HOME; runs in a process of its own.
+    // Makes the library; runs in a process of its own.
     std::function<void()> prepare = prepareUsual;
     // What others did just before, and did not sync. Nothing goes wrong in it.
     std::function<void()> before = [] {};
@@ -96,8 +61,8 @@ struct Method {
 
 std::vector<Method> allMethods();
 
-// The next opening of a library, and what it is to answer: "refused" where it must not come off.
+// The next opening of a library, and what it is to answer.
 Method opening(const std::string& name, const std::function<void()>& prepare,
-               const std::string& wanted, bool damaged = false);
+               const std::string& wanted = "done", bool damaged = false);
 
 } // namespace faults

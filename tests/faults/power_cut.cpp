@@ -32,16 +32,8 @@ struct NameChange {
     std::set<ino_t> folders{}; // that it is a change of
 };
 
-struct Noted {
-    std::map<ino_t, WrittenFile> files;
-    std::vector<NameChange> names;
-    std::uint64_t asides = 0;
-};
-
-Noted& noted() {
-    static Noted* const all = new Noted;
-    return *all;
-}
+std::map<ino_t, WrittenFile> files;
+std::vector<NameChange> names;
 
 std::string bytesOf(int file) {
     std::string bytes(static_cast<std::size_t>(raw::status(file).st_size), '\0');
@@ -81,7 +73,7 @@ void noteWrite(int file, off_t from, off_t end) {
     const struct stat found = raw::status(file);
     if (!S_ISREG(found.st_mode))
         return;
-    WrittenFile& kept = noted().files[found.st_ino];
+    WrittenFile& kept = files[found.st_ino];
     if (kept.descriptor < 0) {
         const std::string same = "/proc/self/fd/" + std::to_string(file);
         kept.descriptor =
@@ -96,10 +88,9 @@ void noteWrite(int file, off_t from, off_t end) {
 void noteSync(int file, bool good) {
     const ino_t inode = raw::status(file).st_ino;
     if (good)
-        std::erase_if(noted().names,
-                      [&](const auto& name) { return name.folders.contains(inode); });
-    const auto found = noted().files.find(inode);
-    if (found == noted().files.end())
+        std::erase_if(names, [&](const auto& name) { return name.folders.contains(inode); });
+    const auto found = files.find(inode);
+    if (found == files.end())
         return;
     WrittenFile& kept = found->second;
     std::string bytes = bytesOf(kept.descriptor);
@@ -116,9 +107,9 @@ void noteSync(int file, bool good) {
 
 long noteName(const std::string& path, const std::string& from,
               const std::function<long()>& change) {
-    const std::string number = std::to_string(getpid()) + "-" + std::to_string(++noted().asides);
-    NameChange name{path, from,
-                    std::string(std::getenv("HOME")) + "/" + asideFolder + "/" + number};
+    static std::uint64_t asides = 0;
+    NameChange name{path, from, std::string(std::getenv("HOME")) + "/" + asideFolder};
+    name.aside += "/" + std::to_string(getpid()) + "-" + std::to_string(++asides);
     if (raw::call(SYS_linkat, AT_FDCWD, path.c_str(), AT_FDCWD, name.aside.c_str(), 0) != 0)
         name.aside.clear();
     name.wasFolder = S_ISDIR(raw::status(path).st_mode);
@@ -130,17 +121,17 @@ long noteName(const std::string& path, const std::string& from,
         if (!changed.empty())
             name.folders.insert(raw::status(fs::path(changed).parent_path()).st_ino);
     }
-    noted().names.push_back(std::move(name));
+    names.push_back(std::move(name));
     return done;
 }
 
-void failPower(bool torn, std::uint64_t seed) {
+void failPower(unsigned loss, std::uint64_t seed) {
     std::mt19937_64 random(seed);
-    const auto isLost = [&](std::uint64_t oneOf) { return !torn || random() % oneOf == 0; };
-    for (auto& [inode, file] : noted().files) {
+    const auto isLost = [&](std::size_t = 0) { return random() % 100 < loss; };
+    for (auto& [inode, file] : files) {
         std::string bytes = bytesOf(file.descriptor);
-        const std::size_t size = isLost(2) ? file.durable.size() : bytes.size();
-        mix(bytes, file.durable, [&](std::size_t) { return isLost(2); });
+        const std::size_t size = isLost() ? file.durable.size() : bytes.size();
+        mix(bytes, file.durable, isLost);
         bytes.resize(size);
         raw::call(SYS_pwrite64, file.descriptor, bytes.data(), size, 0);
         raw::call(SYS_ftruncate, file.descriptor, size);
@@ -149,9 +140,9 @@ void failPower(bool torn, std::uint64_t seed) {
     // both its folders.
     std::set<ino_t> undoneFrom;
     std::vector<NameChange> undone;
-    for (const NameChange& name : noted().names) {
+    for (const NameChange& name : names) {
         const auto isUndone = [&](ino_t folder) { return undoneFrom.contains(folder); };
-        if (!std::ranges::any_of(name.folders, isUndone) && !isLost(4))
+        if (!std::ranges::any_of(name.folders, isUndone) && !isLost())
             continue;
         undoneFrom.insert(name.folders.begin(), name.folders.end());
         undone.push_back(name);

@@ -24,7 +24,7 @@ void noteSync(int file, bool good);
 long noteName(const std::string& path, const std::string& from,
               const std::function<long()>& change);
 
-// Back to what is durable; or, torn, to that and a random part of the rest.
-void failPower(bool torn, std::uint64_t seed);
+// Back to what is durable, and to what remains when so many per cent of the rest are lost.
+void failPower(unsigned loss, std::uint64_t seed);
 
 } // namespace faults

@@ -174,10 +174,7 @@ std::size_t Trial::stateOf(const std::string& description) const {
 Trial prepare(const Method& method) {
     Trial trial{method, besideHome("original")};
     fs::create_directories(home() / asideFolder);
-    inProcess([&] {
-        writePictures();
-        method.prepare();
-    });
+    inProcess(method.prepare);
     fs::rename(home(), trial.original);
 
     const std::string old = describeAfter(trial, [] {});

@@ -10,8 +10,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <numeric>
 #include <span>
+#include <thread>
 
 namespace {
 
@@ -51,10 +51,19 @@ public:
 private:
     Outcome runAndJudge(const Trial& trial, const Plan& plan, const std::string& origin = "",
                         const fs::path& left = {}) {
-        Outcome outcome = run(trial, plan, left);
-        count(outcome, !origin.empty());
-        if (!outcome.bad.empty())
-            print(outcome, plan, origin);
+        const Outcome outcome = run(trial, plan, left);
+        const bool isNew = outcome.state == trial.newest();
+        const bool belied = outcome.answered && !outcome.success && isNew && trial.changes();
+        ++runs_;
+        recoveries_ += !origin.empty();
+        new_ += isNew;
+        old_ += !isNew && outcome.state == 0;
+        belied_ += belied && origin.empty();
+        bad_ += !outcome.bad.empty();
+        for (const std::string& fault : outcome.bad)
+            std::printf("--only %s --kind %s --point %lu --seed %lu%s: %s: %s\n",
+                        trial.method.name.c_str(), plan.kind->name, plan.point, options_.seed,
+                        origin.c_str(), outcome.trace.operation, fault.c_str());
         return outcome;
     }
 
@@ -63,44 +72,35 @@ private:
     bool isWhole(const Kind& kind) const {
         const std::string& name = trial_.method.name;
         const bool placesAndRemoves = name == "import" || name == "edit-again";
-        return !options_.brief || name == "favorite" ||
-               (placesAndRemoves && kind.loss == Loss::unsynced);
+        return !options_.brief || name == "favorite" || (placesAndRemoves && kind.loss == 100);
     }
-
-    // Counted to one beyond the end: a process that has answered is killed, too, and a background
-    // thread may add to what was counted. A brief sweep takes another point for each method and
-    // kind, and looks at what was answered before the power fails.
-    std::vector<std::uint64_t> pointsOf(const Kind& kind, std::uint64_t count) const {
-        if (options_.point != 0)
-            return {options_.point};
-        std::vector<std::uint64_t> points(count + 1);
-        std::iota(points.begin(), points.end(), 1);
-        if (isWhole(kind) || count == 0)
-            return points;
-        const std::size_t any = std::hash<std::string>()(trial_.method.name + kind.name);
-        const std::uint64_t one = 1 + (any + options_.seed) % count;
-        return failsPower(kind) ? std::vector{one, count + 1} : std::vector{one};
-    }
-
-    static bool failsPower(const Kind& kind) { return kind.kills() && kind.loss == Loss::unsynced; }
 
     void sweepKind(const Kind& kind, std::uint64_t count) {
-        const std::vector<std::uint64_t> points = pointsOf(kind, count);
-        const std::size_t recoveryStep = points.size() / mostRecoveries + 1;
+        // One beyond the end: a process that has answered is killed, too, and a background thread
+        // may add to what was counted. A brief sweep takes another point for each method and kind.
+        const std::uint64_t end = count + 1;
+        const std::size_t any = std::hash<std::string>()(trial_.method.name + kind.name);
+        const std::uint64_t first = isWhole(kind) ? 1 : 1 + (any + options_.seed) % end;
+        const std::uint64_t step = isWhole(kind) ? 1 : end;
+        const std::uint64_t recoveryStep = end / step / mostRecoveries + 1;
         const bool mayRecover =
-            kind.kills() && !kind.beside && (!options_.brief || failsPower(kind));
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            const Plan plan{&kind, points[i], options_.seed + points[i]};
-            const bool recovers = mayRecover && (i + 1) % recoveryStep == 0;
-            const fs::path left = recovers ? besideHome("left") : "";
-            if (runAndJudge(trial_, plan, "", left).bad.empty() && recovers)
-                sweepRecovery(plan, left);
+            kind.kills() && !kind.beside && (!options_.brief || kind.loss == 100);
+        for (std::uint64_t point = first; point <= end; point += step) {
+            const bool recovers = mayRecover && (point / step + 1) % recoveryStep == 0;
+            if (options_.point == 0 || options_.point == point)
+                sweepPoint({&kind, point, options_.seed + point}, recovers);
         }
+    }
+
+    void sweepPoint(const Plan& plan, bool recovers) {
+        const fs::path left = recovers ? besideHome("left") : "";
+        if (runAndJudge(trial_, plan, "", left).bad.empty() && recovers)
+            sweepRecovery(plan, left);
     }
 
     // The library as the kill left it is opened, and that fails or is killed in its turn.
     void sweepRecovery(const Plan& first, const fs::path& left) {
-        Trial recovery{opening(trial_.method.name, {}, done, trial_.method.damaged), left,
+        Trial recovery{opening(trial_.method.name, {}, "done", trial_.method.damaged), left,
                        trial_.states};
         recovery.method.mustReachNew = false;
         const std::string origin =
@@ -116,57 +116,30 @@ private:
         }
     }
 
-    void count(const Outcome& outcome, bool inRecovery) {
-        const bool isNew = outcome.state == trial_.newest();
-        const bool failed = outcome.answered && !outcome.success;
-        ++runs_;
-        recoveries_ += inRecovery;
-        new_ += isNew;
-        old_ += !isNew && outcome.state == 0;
-        belied_ += failed && isNew && trial_.changes() && !inRecovery;
-        bad_ += !outcome.bad.empty();
-    }
-
-    void print(const Outcome& outcome, const Plan& plan, const std::string& origin) const {
-        std::printf("--only %s --kind %s --point %lu --seed %lu%s: %s\n",
-                    trial_.method.name.c_str(), plan.kind->name, plan.point, options_.seed,
-                    origin.c_str(), outcome.trace.operation);
-        for (const std::string& fault : outcome.bad)
-            std::printf("    %s\n", fault.c_str());
-    }
-
     const SweepOptions& options_;
     Trial trial_;
     std::uint64_t runs_ = 0, recoveries_ = 0, old_ = 0, new_ = 0, belied_ = 0, bad_ = 0;
 };
 
-// For a process of its own.
-bool sweepBelow(const fs::path& folder, const Method& method, const SweepOptions& options) {
-    fs::create_directory(folder);
-    setenv("HOME", (folder / "home").c_str(), 1);
-    setenv("TZ", "UTC", 1);
-    return MethodSweep(method, options).sweep();
-}
-
-// At most `jobs` methods at the same time. Libraries are made in memory: it cannot clone blocks,
-// which would go past what is noted for power failing.
-bool sweepAll(const std::vector<Method>& methods, const SweepOptions& options, unsigned jobs) {
+// As many processes as there are processors, each with methods of its own. Libraries are made in
+// memory: it cannot clone blocks, which would go past what is noted for power failing.
+bool sweepAll(const std::vector<Method>& methods, const SweepOptions& options) {
     const support::ScratchHome base("/dev/shm");
-    bool good = true;
-    unsigned running = 0;
-    for (std::size_t i = 0; i < methods.size() || running > 0;) {
-        int status = 0;
-        if (running == jobs || i == methods.size()) {
-            wait(&status);
-            --running;
-        } else if (fork() == 0) {
-            _exit(sweepBelow(base / methods[i].name, methods[i], options) ? 0 : 1);
-        } else {
-            ++running;
-            ++i;
+    setenv("TZ", "UTC", 1);
+    const std::size_t jobs = std::thread::hardware_concurrency();
+    for (std::size_t job = 0; job < jobs; ++job) {
+        if (fork() != 0)
+            continue;
+        bool good = true;
+        for (std::size_t i = job; i < methods.size(); i += jobs) {
+            setenv("HOME", (base / methods[i].name / "home").c_str(), 1);
+            good = MethodSweep(methods[i], options).sweep() && good;
         }
-        good = good && status == 0;
+        _exit(good ? 0 : 1);
     }
+    bool good = true;
+    for (int status = 0; wait(&status) > 0;)
+        good = good && status == 0;
     return good;
 }
 
@@ -175,29 +148,21 @@ bool sweepAll(const std::vector<Method>& methods, const SweepOptions& options, u
 // NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the program, as it should
 int main(int count, char** arguments) {
     CLI::App app{"Fails and kills the embedded library at every file operation."};
-    std::vector<Method> methods = allMethods();
-    const auto namesOf = [](const auto& all) {
-        std::vector<std::string> names;
-        for (const auto& one : all)
-            names.emplace_back(one.name);
-        return names;
-    };
     SweepOptions options;
-    std::vector<std::string> only = namesOf(methods);
-    unsigned jobs = 2;
+    std::vector<std::string> only;
     app.add_flag("--short", options.brief, "Only some points of each method");
-    app.add_option("--only", only, "These methods")->check(CLI::IsMember(only));
-    app.add_option("--kind", options.kind, "This fault")->check(CLI::IsMember(namesOf(kinds)));
+    app.add_option("--only", only, "These methods");
+    app.add_option("--kind", options.kind, "This kind of fault");
     app.add_option("--point", options.point, "This operation, counted from 1");
     app.add_option("--seed", options.seed, "What is torn, and which points --short takes");
-    app.add_option("--jobs", jobs, "Methods swept at the same time")->capture_default_str();
     CLI11_PARSE(app, count, arguments);
+    std::vector<Method> methods = allMethods();
     std::erase_if(methods, [&](const Method& method) {
-        return std::ranges::find(only, method.name) == only.end();
+        return !only.empty() && std::ranges::find(only, method.name) == only.end();
     });
     std::setvbuf(stdout, nullptr, _IOLBF, 0); // lines of several processes, each of them whole
     std::puts("| method | operations | runs | of them in recovery | old | between | new | failure, "
               "yet new "
               "| bad |\n|---|--:|--:|--:|--:|--:|--:|--:|--:|");
-    return sweepAll(methods, options, jobs) ? 0 : 1;
+    return !methods.empty() && sweepAll(methods, options) ? 0 : 1;
 }
