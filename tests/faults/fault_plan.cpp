@@ -1,8 +1,5 @@
 #include "tests/faults/fault_plan.h"
 
-#include "tests/faults/power_cut.h"
-
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
@@ -37,8 +34,7 @@ int errorAt(const Operation& operation, const std::string& path) {
     if (!isAmong(kind.befalls) || trace.counted[&kind - kinds] != now().plan.point)
         return 0;
     trace.fired = true;
-    std::snprintf(trace.operation, sizeof trace.operation, "%s %s", operation.name,
-                  path.substr(std::min(path.size(), now().folder.size())).c_str());
+    std::snprintf(trace.operation, sizeof trace.operation, "%s %s", operation.name, path.c_str());
     if (kind.kills())
         endByPlan();
     return kind.error;
@@ -68,8 +64,7 @@ void disarm() {
 void endByPlan() {
     now().mutex.lock(); // for ever: no other thread changes a file any more
     now().owner = 0;    // what is put back is not watched
-    if (now().plan.kind->loss != 0)
-        failPower(now().plan.kind->loss, now().plan.seed);
+    failPower(now().plan.kind->loss, now().plan.seed);
     kill(getpid(), SIGKILL);
     for (;;)
         pause();

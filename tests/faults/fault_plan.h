@@ -5,8 +5,11 @@
 // operation passes untouched and uncounted.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cerrno>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <mutex>
 #include <string>
@@ -77,7 +80,7 @@ struct Plan {
 struct Trace {
     std::uint64_t counted[std::size(kinds)] = {}; // for each kind, until something went wrong
     bool fired = false;
-    char operation[200] = {}; // that went wrong first: its name, and path below what is watched
+    char operation[200] = {}; // that went wrong first: its name and path
 };
 
 // From here on operations on files below `folder` (a real path), and on the folder above it, are
@@ -99,5 +102,22 @@ bool watches(std::string_view path);
 // Whether the operation is to fail, with errno set (or `halved` in it); never returns where the
 // process is to die.
 bool fails(const Operation& operation, const std::string& path);
+
+// --- power_cut.cpp: what a power failure would leave of the files that this process has changed,
+// as docs/reliability.md has it. oneAtATime() is held over an operation and what is noted of it.
+
+inline constexpr const char* asideFolder = "aside"; // in HOME, for files that lose their names
+
+// Before these bytes of an open file are overwritten or cut off.
+void noteWrite(int file, off_t from, off_t end);
+// After a sync of an open file or folder.
+void noteSync(int file, bool good);
+// Over a change by which `path` is made, removed, or what was at `from` before; a system call's
+// answer.
+long noteName(const std::string& path, const std::string& from,
+              const std::function<long()>& change);
+
+// Back to what is durable, and to what remains when so many per cent of the rest are lost.
+void failPower(unsigned loss, std::uint64_t seed);
 
 } // namespace faults

@@ -2,7 +2,6 @@
 // stand before those of libc for everything that is linked with it: the embedded library, SQLite,
 // libstdc++.
 #include "tests/faults/fault_plan.h"
-#include "tests/faults/power_cut.h"
 #include "tests/faults/raw_calls.h"
 
 #include <cerrno>
@@ -31,7 +30,7 @@ std::string meant(int folder, const char* path) {
 
 // The system's answer, or -1 where the operation is to fail.
 long attempt(const Operation& operation, const std::string& path, auto... arguments) {
-    return fails(operation, path) ? -1 : raw::call(operation.call, arguments...);
+    return fails(operation, path) ? -1 : syscall(operation.call, arguments...);
 }
 long attempt(const Operation& operation, int file, auto... arguments) {
     return attempt(operation, raw::pathOf(file), file, arguments...);
@@ -42,7 +41,7 @@ long changeName(const Operation& operation, const std::string& path, const std::
     const std::scoped_lock lock(oneAtATime());
     if (fails(operation, path))
         return -1;
-    const auto change = [&] { return raw::call(operation.call, arguments...); };
+    const auto change = [&] { return syscall(operation.call, arguments...); };
     return watches(path) || watches(from) ? noteName(path, from, change) : change();
 }
 
@@ -57,7 +56,7 @@ long writeAt(const Operation& operation, int file, const void* bytes, std::size_
     }
     if (watches(path))
         noteWrite(file, offset, offset + static_cast<off_t>(size));
-    return raw::call(operation.call, file, bytes, size, offset);
+    return syscall(operation.call, file, bytes, size, offset);
 }
 
 } // namespace
@@ -136,7 +135,7 @@ CALL(ssize_t, pread64, reads, (int file, void* bytes, std::size_t size, off_t of
      attempt(operation, file, bytes, size, offset))
 CALL(ssize_t, write, needsSpace | writesBytes | changes,
      (int file, const void* bytes, std::size_t size),
-     writeAt(operation, file, bytes, size, raw::call(SYS_lseek, file, 0, SEEK_CUR)))
+     writeAt(operation, file, bytes, size, syscall(SYS_lseek, file, 0, SEEK_CUR)))
 CALL(ssize_t, pwrite64, needsSpace | writesBytes | changes,
      (int file, const void* bytes, std::size_t size, off_t offset),
      writeAt(operation, file, bytes, size, offset))
@@ -150,7 +149,7 @@ long setLength(int file, off_t size) {
         return -1;
     if (watches(path))
         noteWrite(file, size, raw::status(file).st_size);
-    return raw::call(SYS_ftruncate, file, size);
+    return syscall(SYS_ftruncate, file, size);
 }
 SAME(ftruncate, setLength);
 SAME(ftruncate64, setLength);
@@ -160,7 +159,7 @@ long syncFile(int file) {
     const std::scoped_lock lock(oneAtATime());
     const std::string path = raw::pathOf(file);
     if (!watches(path))
-        return raw::call(SYS_fsync, file);
+        return syscall(SYS_fsync, file);
     const bool failed = fails({"sync", needsSpace | changes, SYS_fsync}, path);
     noteSync(file, !failed);
     return failed ? -1 : 0;
@@ -174,18 +173,11 @@ CALL(int, flock, (command & LOCK_UN) != 0 ? neverFails : locks, (int file, int c
 long controlFile(int file, int command, void* argument) {
     const bool isLock = command == F_SETLK || command == F_SETLKW;
     const bool unlocks = isLock && static_cast<const struct flock*>(argument)->l_type == F_UNLCK;
-    const unsigned does = unlocks ? neverFails : isLock ? locks : reads;
+    const unsigned does = isLock && !unlocks ? locks : neverFails;
     return attempt({"fcntl", does, SYS_fcntl}, file, command, argument);
 }
 SAME(fcntl, controlFile);
 SAME(fcntl64, controlFile);
-
-long mapFile(void* where, std::size_t length, int protection, int flags, int file, off_t offset) {
-    const bool failed = file >= 0 && fails({"mmap", reads, SYS_mmap}, raw::pathOf(file));
-    return failed ? -1 : raw::call(SYS_mmap, where, length, protection, flags, file, offset);
-}
-SAME(mmap, mapFile);
-SAME(mmap64, mapFile);
 
 // The system hands over many names at once: it is asked for the first one, and after the last.
 dirent* readdir(DIR* folder) {

@@ -1,9 +1,7 @@
-#include "tests/faults/library_state.h"
-
 #include "platform/asset.h"
 #include "platform/local/library/library.h"
 #include "platform/local/maintenance/verification.h"
-#include "tests/faults/methods.h"
+#include "tests/faults/run.h"
 
 #include <algorithm>
 #include <set>
@@ -78,9 +76,6 @@ std::string findings() {
         description += finding(found.sentence);
     if (verification.leftOver != 0 || !verification.complete)
         description += finding("files left over, or verification stopped");
-    // Beside what verification looks at: the places where files are on their way.
-    for (const fs::path& path : fs::directory_iterator(library() / "incoming"))
-        description += path.filename() == ".photos-kit" ? "" : finding(path);
     const local::ConnectionLease connection = local::Library::open()->connection();
     const bool remembers = connection->integer("SELECT count(*) FROM discarded_file") != 0;
     return description + (remembers ? finding("discarded files that are not forgotten") : "");

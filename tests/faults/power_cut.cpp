@@ -1,5 +1,4 @@
-#include "tests/faults/power_cut.h"
-
+#include "tests/faults/fault_plan.h"
 #include "tests/faults/raw_calls.h"
 
 #include <algorithm>
@@ -7,7 +6,6 @@
 #include <map>
 #include <random>
 #include <set>
-#include <utility>
 #include <vector>
 
 namespace faults {
@@ -37,7 +35,7 @@ std::vector<NameChange> names;
 
 std::string bytesOf(int file) {
     std::string bytes(static_cast<std::size_t>(raw::status(file).st_size), '\0');
-    raw::call(SYS_pread64, file, bytes.data(), bytes.size(), 0);
+    syscall(SYS_pread64, file, bytes.data(), bytes.size(), 0);
     return bytes;
 }
 
@@ -77,7 +75,7 @@ void noteWrite(int file, off_t from, off_t end) {
     if (kept.descriptor < 0) {
         const std::string same = "/proc/self/fd/" + std::to_string(file);
         kept.descriptor =
-            static_cast<int>(raw::call(SYS_openat, AT_FDCWD, same.c_str(), O_RDWR | O_CLOEXEC));
+            static_cast<int>(syscall(SYS_openat, AT_FDCWD, same.c_str(), O_RDWR | O_CLOEXEC));
         kept.durable = bytesOf(kept.descriptor);
     }
     const auto first = static_cast<std::size_t>(from) / sectorSize * sectorSize;
@@ -110,7 +108,7 @@ long noteName(const std::string& path, const std::string& from,
     static std::uint64_t asides = 0;
     NameChange name{path, from, std::string(std::getenv("HOME")) + "/" + asideFolder};
     name.aside += "/" + std::to_string(getpid()) + "-" + std::to_string(++asides);
-    if (raw::call(SYS_linkat, AT_FDCWD, path.c_str(), AT_FDCWD, name.aside.c_str(), 0) != 0)
+    if (syscall(SYS_linkat, AT_FDCWD, path.c_str(), AT_FDCWD, name.aside.c_str(), 0) != 0)
         name.aside.clear();
     name.wasFolder = S_ISDIR(raw::status(path).st_mode);
     const long done = change();
@@ -133,8 +131,8 @@ void failPower(unsigned loss, std::uint64_t seed) {
         const std::size_t size = isLost() ? file.durable.size() : bytes.size();
         mix(bytes, file.durable, isLost);
         bytes.resize(size);
-        raw::call(SYS_pwrite64, file.descriptor, bytes.data(), size, 0);
-        raw::call(SYS_ftruncate, file.descriptor, size);
+        syscall(SYS_pwrite64, file.descriptor, bytes.data(), size, 0);
+        syscall(SYS_ftruncate, file.descriptor, size);
     }
     // From some change on, all that follow in the same folder are undone; a rename is a change of
     // both its folders.

@@ -1,4 +1,4 @@
-// System calls past the interposed functions.
+// What the system says of files, past the interposed functions.
 #pragma once
 
 #include <climits>
@@ -11,19 +11,15 @@
 
 namespace raw {
 
-inline long call(long number, auto... arguments) {
-    return ::syscall(number, arguments...);
-}
-
 // All zeros when there is no such file.
 inline struct stat status(const std::string& path) {
     struct stat found {};
-    call(SYS_newfstatat, AT_FDCWD, path.c_str(), &found, AT_SYMLINK_NOFOLLOW);
+    syscall(SYS_newfstatat, AT_FDCWD, path.c_str(), &found, AT_SYMLINK_NOFOLLOW);
     return found;
 }
 inline struct stat status(int file) {
     struct stat found {};
-    call(SYS_fstat, file, &found);
+    syscall(SYS_fstat, file, &found);
     return found;
 }
 
@@ -31,7 +27,7 @@ inline struct stat status(int file) {
 inline std::string pathOf(int file) {
     const std::string link = "/proc/self/fd/" + std::to_string(file);
     char path[PATH_MAX]; // NOLINT(*-member-init): readlink fills it
-    const long length = call(SYS_readlinkat, AT_FDCWD, link.c_str(), path, sizeof path);
+    const long length = syscall(SYS_readlinkat, AT_FDCWD, link.c_str(), path, sizeof path);
     return {path, length > 0 ? static_cast<std::size_t>(length) : 0};
 }
 

@@ -1,8 +1,5 @@
 #include "tests/faults/run.h"
 
-#include "tests/faults/library_state.h"
-#include "tests/faults/power_cut.h"
-
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,8 +11,6 @@
 namespace faults {
 
 namespace {
-
-constexpr unsigned longestRun = 20; // seconds; a run takes some hundredths
 
 // What the processes of a run tell their parent.
 struct Shared {
@@ -55,22 +50,17 @@ void copyHome(const fs::path& from, const fs::path& to) {
 
 // --- within a run's own processes ---
 
-bool attempt(const Method& method) {
-    const std::string answer = method.run();
-    tell(shared().answer, answer);
-    return method.isSuccess(answer);
-}
-
 void runMethod(const Method& method, const Plan& plan) {
     if (method.opensFirst)
         describe(false);
     watch(watched());
     method.before();
     arm(plan, shared().trace);
-    const bool succeeded = attempt(method);
+    std::string answer = method.run();
     disarm();
-    if (plan.kind->retries && !succeeded)
-        attempt(method);
+    if (plan.kind->retries && !method.isSuccess(answer))
+        answer = method.run();
+    tell(shared().answer, answer);
     if (plan.kind->dies())
         endByPlan();
     // The process must be able to go on.
@@ -83,7 +73,7 @@ pid_t start(const std::function<void()>& body) {
     const pid_t child = fork();
     if (child != 0)
         return child;
-    alarm(longestRun);
+    alarm(20);                              // seconds; a run takes some hundredths
     std::freopen("/dev/null", "w", stderr); // the log of the core
     body();
     _exit(0);
@@ -123,13 +113,6 @@ std::string describeAfter(const Trial& trial, const std::function<void()>& actio
     return description;
 }
 
-// A failure that was reported although the disk works again, and a commit could be taken back.
-bool isBelied(const Trial& trial, const Plan& plan, const Outcome& outcome) {
-    const Method& method = trial.method;
-    return plan.kind->isOver() && method.mustReachNew && !method.mayFailLate && outcome.answered &&
-           !outcome.success && trial.states.size() == 2 && trial.changes() && outcome.state == 1;
-}
-
 void judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome) {
     const Method& method = trial.method;
     const Kind& kind = *plan.kind;
@@ -139,12 +122,12 @@ void judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome) {
     if (kind.retries && !outcome.success)
         complain("called again, it fails without a fault");
 
-    const bool partial = method.partialSuccess && outcome.trace.fired && !kind.kills();
-    const bool reachesNew = outcome.success && method.mustReachNew && !partial;
+    const bool isPartial = method.partialSuccess && outcome.trace.fired;
+    const bool reachesNew = outcome.success && method.mustReachNew && !isPartial;
     const auto fits = [&](std::size_t state) {
-        return state <= trial.newest() && (!reachesNew || state == trial.newest());
+        return reachesNew ? state == trial.newest() : state <= trial.newest();
     };
-    std::string identifier(shared().answer, method.makes() && outcome.success ? 36 : 0);
+    std::string identifier(shared().answer, method.wanted.empty() && outcome.success ? 36 : 0);
     std::erase(identifier, '-');
     const std::string here = shared().description;
     if (!kind.dies() && !fits(trial.stateOf(here)))
@@ -153,10 +136,12 @@ void judge(const Trial& trial, const Plan& plan, int status, Outcome& outcome) {
     const std::string after = describeFresh();
     outcome.state = trial.stateOf(after);
     // Several transactions, some of them made twice, leave what they leave, but whole.
-    const bool isRepeated = kind.retries && trial.states.size() > 2;
-    if (isRepeated ? !isWhole(after) : !fits(outcome.state))
+    const bool isSingle = trial.states.size() == 2;
+    if (kind.retries && !isSingle ? !isWhole(after) : !fits(outcome.state))
         complain("afterwards:" + difference(trial, after));
-    if (isBelied(trial, plan, outcome))
+    // Where the disk works again, and a commit could be taken back.
+    const bool tells = kind.isOver() && method.mustReachNew && !method.mayFailLate && isSingle;
+    if (tells && outcome.answered && !outcome.success && trial.changes() && outcome.state == 1)
         complain("it is in force although a failure was reported");
     if (after.find(identifier) == std::string::npos)
         complain("the identifier that was returned is gone: " + identifier);

@@ -86,16 +86,14 @@ private:
         const bool mayRecover =
             kind.kills() && !kind.beside && (!options_.brief || kind.loss == 100);
         for (std::uint64_t point = first; point <= end; point += step) {
+            if (options_.point != 0 && options_.point != point)
+                continue;
+            const Plan plan{&kind, point, options_.seed + point};
             const bool recovers = mayRecover && (point / step + 1) % recoveryStep == 0;
-            if (options_.point == 0 || options_.point == point)
-                sweepPoint({&kind, point, options_.seed + point}, recovers);
+            const fs::path left = recovers ? besideHome("left") : "";
+            if (runAndJudge(trial_, plan, "", left).bad.empty() && recovers)
+                sweepRecovery(plan, left);
         }
-    }
-
-    void sweepPoint(const Plan& plan, bool recovers) {
-        const fs::path left = recovers ? besideHome("left") : "";
-        if (runAndJudge(trial_, plan, "", left).bad.empty() && recovers)
-            sweepRecovery(plan, left);
     }
 
     // The library as the kill left it is opened, and that fails or is killed in its turn.
@@ -145,7 +143,6 @@ bool sweepAll(const std::vector<Method>& methods, const SweepOptions& options) {
 
 } // namespace
 
-// NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the program, as it should
 int main(int count, char** arguments) {
     CLI::App app{"Fails and kills the embedded library at every file operation."};
     SweepOptions options;
@@ -161,8 +158,7 @@ int main(int count, char** arguments) {
         return !only.empty() && std::ranges::find(only, method.name) == only.end();
     });
     std::setvbuf(stdout, nullptr, _IOLBF, 0); // lines of several processes, each of them whole
-    std::puts("| method | operations | runs | of them in recovery | old | between | new | failure, "
-              "yet new "
-              "| bad |\n|---|--:|--:|--:|--:|--:|--:|--:|--:|");
+    std::puts("| method | operations | runs | of them in recovery | old | between | new | "
+              "failure, yet new | bad |\n|---|--:|--:|--:|--:|--:|--:|--:|--:|");
     return !methods.empty() && sweepAll(methods, options) ? 0 : 1;
 }
