@@ -48,8 +48,7 @@ void copyHome(const fs::path& from, const fs::path& to) {
     fs::copy(from, to, fs::copy_options::recursive);
 }
 
-// --- within a run's own processes ---
-
+// In a process of the run's own.
 void runMethod(const Method& method, const Plan& plan) {
     if (method.opensFirst)
         describe(false);
@@ -66,8 +65,6 @@ void runMethod(const Method& method, const Plan& plan) {
     // The process must be able to go on.
     tell(shared().description, describe(method.damaged));
 }
-
-// --- without ---
 
 pid_t start(const std::function<void()>& body) {
     const pid_t child = fork();
