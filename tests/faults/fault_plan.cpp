@@ -1,8 +1,5 @@
 #include "tests/faults/fault_plan.h"
 
-#include "tests/faults/power_cut.h"
-
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
@@ -14,30 +11,30 @@ namespace {
 struct State {
     std::recursive_mutex mutex;
     Plan plan;
+    Trace* trace = nullptr; // null where nothing goes wrong
     std::string folder;
-    Trace* trace = nullptr;
     pid_t owner = 0;
-    bool faulty = false;
 };
 
-State& state() {
-    static State* const shared = new State;
-    return *shared;
+// Made at the first operation, which is before main.
+State& now() {
+    static State* const state = new State;
+    return *state;
 }
 
 // 0, or the errno to fail with.
-int errorAt(State& now, const Operation& operation, const std::string& path) {
-    const Kind& kind = *now.plan.kind;
-    Trace& trace = *now.trace;
-    if (trace.fired) {
-        const unsigned befalls = kind.later == ENOSPC ? needsSpace : kind.befalls; // full for all
-        return (operation.does & befalls) != 0 ? kind.later : 0;
-    }
-    if ((operation.does & kind.befalls) == 0 || ++trace.counted != now.plan.point)
+int errorAt(const Operation& operation, const std::string& path) {
+    const Kind& kind = *now().plan.kind;
+    Trace& trace = *now().trace;
+    const auto isAmong = [&](unsigned befalls) { return (operation.does & befalls) != 0; };
+    if (trace.fired) // a disk that is full is so for all
+        return isAmong(kind.later == ENOSPC ? needsSpace : kind.befalls) ? kind.later : 0;
+    for (const Kind& each : kinds)
+        trace.counted[&each - kinds] += isAmong(each.befalls) ? 1 : 0;
+    if (!isAmong(kind.befalls) || trace.counted[&kind - kinds] != now().plan.point)
         return 0;
     trace.fired = true;
-    std::snprintf(trace.operation, sizeof trace.operation, "%s %s", operation.name,
-                  path.substr(std::min(path.size(), now.folder.size())).c_str());
+    std::snprintf(trace.operation, sizeof trace.operation, "%s %s", operation.name, path.c_str());
     if (kind.kills())
         endByPlan();
     return kind.error;
@@ -46,49 +43,44 @@ int errorAt(State& now, const Operation& operation, const std::string& path) {
 } // namespace
 
 std::recursive_mutex& oneAtATime() {
-    return state().mutex;
+    return now().mutex;
 }
 
-void arm(const Plan& plan, const std::string& folder, const std::string& shadow, Trace& trace) {
-    State& now = state();
-    now.plan = plan;
-    now.folder = folder;
-    now.trace = &trace;
-    now.owner = getpid();
-    now.faulty = true;
-    powerCut().begin(folder, shadow);
+void watch(const std::string& folder) {
+    now().folder = folder;
+    now().owner = getpid();
+}
+
+void arm(const Plan& plan, Trace& trace) {
+    now().plan = plan;
+    now().trace = &trace;
 }
 
 void disarm() {
-    const std::scoped_lock lock(state().mutex);
-    state().faulty = false;
+    const std::scoped_lock lock(now().mutex);
+    now().trace = nullptr;
 }
 
 void endByPlan() {
-    State& now = state();
-    now.mutex.lock(); // for ever: no other thread changes a file any more
-    now.owner = 0;    // what is put back is not watched
-    const Loss loss = now.plan.kind->loss;
-    if (loss != Loss::none)
-        powerCut().fail(loss == Loss::someUnsynced, now.plan.seed);
+    now().mutex.lock(); // for ever: no other thread changes a file any more
+    now().owner = 0;    // what is put back is not watched
+    failPower(now().plan.kind->loss, now().plan.seed);
     kill(getpid(), SIGKILL);
     for (;;)
         pause();
 }
 
 bool watches(std::string_view path) {
-    const State& now = state();
-    if (now.owner != getpid())
+    if (now().owner != getpid())
         return false;
-    if (!path.starts_with(now.folder)) // the folder above it holds its name
-        return path == std::string_view(now.folder).substr(0, now.folder.find_last_of('/'));
-    return path.size() == now.folder.size() || path[now.folder.size()] == '/';
+    if (!path.starts_with(now().folder)) // the folder above it holds its name
+        return path == std::string_view(now().folder).substr(0, now().folder.find_last_of('/'));
+    return path.size() == now().folder.size() || path[now().folder.size()] == '/';
 }
 
 bool fails(const Operation& operation, const std::string& path) {
-    State& now = state();
-    const std::scoped_lock lock(now.mutex);
-    const int error = now.faulty && watches(path) ? errorAt(now, operation, path) : 0;
+    const std::scoped_lock lock(now().mutex);
+    const int error = now().trace && watches(path) ? errorAt(operation, path) : 0;
     if (error != 0)
         errno = error;
     return error != 0;

@@ -1,69 +1,58 @@
-#include "tests/faults/library_state.h"
-
 #include "platform/asset.h"
-#include "platform/local/catalogue/catalogue_rules.h"
 #include "platform/local/library/library.h"
 #include "platform/local/maintenance/verification.h"
-#include "tests/faults/prepared_libraries.h"
+#include "tests/faults/run.h"
 
 #include <algorithm>
-#include <regex>
+#include <set>
 
 namespace faults {
 
 namespace {
 
-// The first column says what a line is about, so that the order is that of the queries.
-// Identifiers are in capital letters, as hosts write them, and hashes are not.
-constexpr const char* descriptionQueries[] = {
-    "SELECT 'library', access, confirm_deletions FROM library",
-    "SELECT 'asset', hex(uuid), filename, a.created, media, width, height, hidden, "
-    "trashed_at IS NOT NULL, f.asset IS NOT NULL AS favorite, content_type, lower(hex(hash)), "
-    "size, edited, traits FROM asset AS a LEFT JOIN favorite AS f ON f.asset = a.n "
-    "ORDER BY a.created, filename, uuid",
-    "SELECT 'edit', hex(uuid), lower(hex(e.hash)), e.size, original_width, original_height, "
-    "format_identifier, format_version, lower(hex(data)) FROM edit AS e JOIN asset AS a "
-    "ON a.n = e.asset ORDER BY uuid",
-    "WITH RECURSIVE tree (n, path) AS (SELECT n, '/' || title FROM collection WHERE parent IS NULL "
-    "UNION ALL SELECT c.n, tree.path || '/' || c.title FROM tree JOIN collection AS c "
-    "ON c.parent = tree.n) SELECT 'collection', path, hex(uuid), kind, (SELECT count(*) "
-    "FROM collection AS o WHERE o.parent IS c.parent AND o.position < c.position) AS place "
-    "FROM tree JOIN collection AS c USING (n) ORDER BY path",
-    "SELECT 'member', title, (SELECT count(*) FROM album_member AS o WHERE o.album = m.album AND "
-    "o.position < m.position) AS place, hex(a.uuid) FROM album_member AS m JOIN collection AS c "
-    "ON c.n = m.album JOIN asset AS a ON a.n = m.asset ORDER BY title, c.n, m.position",
-    "SELECT 'chosen', hex(uuid) FROM limited_choice AS l JOIN asset AS a ON a.n = l.asset "
-    "ORDER BY uuid"};
+// What a line is about comes first, and identifiers last: the order does not depend on new ones.
+// They are in capital letters, and hashes are not.
+constexpr const char* linesQuery = R"(
+    WITH RECURSIVE tree (n, path) AS (
+        SELECT n, '/' || title FROM collection WHERE parent IS NULL UNION ALL
+        SELECT c.n, path || '/' || title FROM tree JOIN collection AS c ON parent = tree.n)
+    SELECT json_array('library', access, confirm_deletions) AS line FROM library UNION ALL
+    SELECT json_array('asset', a.created, filename, media, width, height, hidden,
+                      trashed_at IS NOT NULL, f.asset IS NOT NULL, content_type, lower(hex(hash)),
+                      size, edited, traits, hex(uuid))
+    FROM asset AS a LEFT JOIN favorite AS f ON f.asset = a.n UNION ALL
+    SELECT json_array('edit', lower(hex(e.hash)), e.size, original_width, original_height,
+                      format_identifier, format_version, lower(hex(data)), hex(uuid))
+    FROM edit AS e JOIN asset AS a ON a.n = e.asset UNION ALL
+    SELECT json_array('collection', path, kind, (SELECT count(*) FROM collection AS o
+                      WHERE o.parent IS c.parent AND o.position < c.position), hex(uuid))
+    FROM tree JOIN collection AS c USING (n) UNION ALL
+    SELECT json_array('member', path, (SELECT count(*) FROM album_member AS o
+                      WHERE o.album = m.album AND o.position < m.position), hex(uuid))
+    FROM album_member AS m JOIN tree ON tree.n = m.album JOIN asset AS a ON a.n = m.asset UNION ALL
+    SELECT json_array('chosen', hex(uuid)) FROM limited_choice JOIN asset ON n = asset
+    ORDER BY line)";
 
-int appendRow(void* description, int count, char** values, char** names) {
-    std::string& text = *static_cast<std::string*>(description);
-    text += values[0];
-    for (int i = 1; i < count; ++i)
-        text.append(" ").append(names[i]).append("=").append(values[i] ? values[i] : "NULL");
-    text += "\n";
-    return SQLITE_OK;
+constexpr const char* findingMark = "found ";
+
+std::string finding(const std::string& sentence) {
+    return findingMark + sentence + "\n";
 }
-
-} // namespace
 
 std::string describeLibrary() {
     const local::ConnectionLease connection = local::Library::open()->connection();
-    std::string rows;
-    for (const char* query : descriptionQueries) {
-        char* error = nullptr;
-        if (sqlite3_exec(connection->handle(), query, appendRow, &rows, &error) != SQLITE_OK)
-            throw local::LibraryError(local::sqliteErrorDomain, SQLITE_ERROR, error);
-    }
-    static const std::regex plain(
-        "([0-9A-F]{8})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{4})([0-9A-F]{12})");
-    std::string description = std::regex_replace(rows, plain, "$1-$2-$3-$4-$5");
+    std::string description;
+    for (local::Statement lines = connection->statement(linesQuery); lines.step();)
+        description.append(lines.text(0)).append("\n");
     // The listing comes from markers that this process keeps beside the catalogue.
     platform::PHFetchOptions newestFirst;
     newestFirst.sortDescriptors.push_back({"creationDate", false});
     const auto listed = platform::fetchAssetsWithOptions(newestFirst);
     for (std::size_t i = 0; i < listed.count(); ++i) {
         const auto asset = listed.objectAtIndex(i);
-        description += "listed " + (asset ? asset->localIdentifier : "nothing") + "\n";
+        std::string identifier = asset ? asset->localIdentifier.substr(0, 36) : "nothing";
+        std::erase(identifier, '-');
+        description += "listed \"" + identifier + "\"\n";
     }
     return description;
 }
@@ -71,55 +60,57 @@ std::string describeLibrary() {
 std::string describeBackup() {
     if (!fs::exists(backup()))
         return "";
-    const local::Verification verification = local::verifyLibrary(backup().string(), {});
+    const local::Verification verification = local::verifyLibrary(backup(), {});
     std::string description = "backup of " + std::to_string(verification.files) + " files\n";
-    for (const local::Finding& finding : verification.findings) {
-        if (finding.kind != local::Finding::Kind::unnamed) // on its way into the next one
-            description += "backup: " + finding.sentence + "\n";
+    for (const local::Finding& found : verification.findings) {
+        if (found.kind != local::Finding::Kind::unnamed) // on its way into the next one
+            description += finding("in the backup: " + found.sentence);
     }
     return description;
 }
 
-std::set<std::string> identifiersIn(const std::string& description) {
-    static const std::regex identifier("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
-    std::set<std::string> found;
-    const std::sregex_iterator end;
-    for (std::sregex_iterator at(description.begin(), description.end(), identifier); at != end;
-         ++at)
-        found.insert(at->str());
-    return found;
+std::string findings() {
+    std::string description;
+    const local::Verification verification = local::verifyLibrary(library(), {});
+    for (const local::Finding& found : verification.findings)
+        description += finding(found.sentence);
+    if (verification.leftOver != 0 || !verification.complete)
+        description += finding("files left over, or verification stopped");
+    const local::ConnectionLease connection = local::Library::open()->connection();
+    const bool remembers = connection->integer("SELECT count(*) FROM discarded_file") != 0;
+    return description + (remembers ? finding("discarded files that are not forgotten") : "");
 }
 
-std::string withoutNewIdentifiers(std::string text, const std::set<std::string>& known) {
-    for (const std::string& identifier : identifiersIn(text)) {
-        if (!known.contains(identifier))
-            text = std::regex_replace(text, std::regex(identifier), "NEW");
+} // namespace
+
+std::string describe(bool verified) {
+    std::string description;
+    try {
+        description = describeLibrary(); // opens it
+        description += describeBackup();
+        return description + (verified ? findings() : "");
+    } catch (const std::exception& error) {
+        description = finding(error.what());
+    }
+    std::error_code none;
+    const fs::recursive_directory_iterator files(library(), none);
+    for (const fs::path& file : std::set<fs::path>(begin(files), end(files))) // in order
+        description += file.string() + "\n";
+    return description;
+}
+
+bool isWhole(const std::string& description) {
+    return !description.empty() && description.find(findingMark) == std::string::npos;
+}
+
+std::string withoutNewIdentifiers(std::string text, const std::string& old) {
+    for (std::size_t at = 0; (at = text.find('"', at)) != std::string::npos; ++at) {
+        const std::string word = text.substr(at + 1, 32);
+        const std::size_t end = text.find_first_not_of("0123456789ABCDEF", at + 1);
+        if (end == at + 33 && old.find(word) == std::string::npos)
+            text.replace(at + 1, 32, "NEW");
     }
     return text;
-}
-
-std::vector<std::string> faultsOfLibrary(bool strangers) {
-    std::vector<std::string> found;
-    const local::ConnectionLease connection = local::Library::open()->connection();
-    for (const local::CatalogueRule& rule : local::catalogueRules()) {
-        if (connection->integer(rule.count) != 0)
-            found.emplace_back(rule.violation);
-    }
-    if (!strangers)
-        return found;
-    // Beside what verification looks at: the places where files are on their way in.
-    for (const auto& entry : fs::directory_iterator(library() / "incoming")) {
-        if (entry.path().filename() != ".photos-kit")
-            found.emplace_back("left behind among what is on its way in");
-    }
-    if (connection->integer("SELECT count(*) FROM discarded_file") != 0)
-        found.emplace_back("discarded files are not forgotten");
-    const local::Verification verification = local::verifyLibrary(library().string(), {});
-    for (const local::Finding& finding : verification.findings)
-        found.push_back(finding.sentence);
-    if (verification.leftOver != 0 || !verification.complete)
-        found.emplace_back("files are left over, or verification stopped");
-    return found;
 }
 
 } // namespace faults

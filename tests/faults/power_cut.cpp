@@ -1,11 +1,12 @@
-#include "tests/faults/power_cut.h"
-
+#include "tests/faults/fault_plan.h"
 #include "tests/faults/raw_calls.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <random>
-#include <utility>
+#include <set>
+#include <vector>
 
 namespace faults {
 
@@ -15,111 +16,42 @@ namespace {
 
 constexpr std::size_t sectorSize = 512;
 
-std::string folderOf(const std::string& path) {
-    return path.substr(0, path.find_last_of('/'));
-}
+struct WrittenFile {
+    int descriptor = -1; // ours
+    std::string durable;
+    std::set<std::size_t> lost; // where sectors begin that a sync failed to write
+};
 
-bool isSharedMemory(const std::string& path) {
-    return path.ends_with("-shm");
-}
+struct NameChange {
+    std::string path, from;
+    std::string aside;         // a second name of the file that lost its name
+    bool wasFolder = false;    // a folder had the name
+    ino_t inode = 0;           // of what has the name now
+    std::set<ino_t> folders{}; // that it is a change of
+};
+
+std::map<ino_t, WrittenFile> files;
+std::vector<NameChange> names;
 
 std::string bytesOf(int file) {
     std::string bytes(static_cast<std::size_t>(raw::status(file).st_size), '\0');
-    raw::call(SYS_pread64, file, bytes.data(), bytes.size(), 0);
+    syscall(SYS_pread64, file, bytes.data(), bytes.size(), 0);
     return bytes;
 }
 
-std::string_view sectorOf(std::string_view bytes, std::size_t sector) {
-    return bytes.substr(std::min(sector * sectorSize, bytes.size()), sectorSize);
-}
-
-// A file's bytes with these sectors of another state; what never was there reads as zeros.
-void copySectors(const std::set<std::size_t>& sectors, const std::string& from, std::string& to) {
-    for (const std::size_t sector : sectors) {
-        std::string bytes(sectorOf(from, sector));
-        bytes.resize(sectorSize);
-        to.resize(std::max(to.size(), (sector + 1) * sectorSize));
-        to.replace(sector * sectorSize, sectorSize, bytes);
+// Puts the other state's bytes into those sectors that differ and are chosen. What never was there
+// reads as zeros.
+void mix(std::string& bytes, std::string other, auto isChosen) {
+    bytes.resize(std::max(bytes.size(), other.size()));
+    other.resize(bytes.size());
+    for (std::size_t at = 0; at < bytes.size(); at += sectorSize) {
+        if (bytes.compare(at, sectorSize, other, at, sectorSize) != 0 && isChosen(at))
+            bytes.replace(at, sectorSize, other, at, sectorSize);
     }
-}
-
-std::set<std::size_t> differingSectors(const std::string& one, const std::string& other) {
-    std::set<std::size_t> differing;
-    for (std::size_t i = 0; i * sectorSize < std::max(one.size(), other.size()); ++i) {
-        if (sectorOf(one, i) != sectorOf(other, i))
-            differing.insert(i);
-    }
-    return differing;
-}
-
-} // namespace
-
-PowerCut& powerCut() {
-    static PowerCut* const cut = new PowerCut;
-    return *cut;
-}
-
-void PowerCut::begin(const std::string& folder, const std::string& shadow) {
-    folder_ = folder;
-    shadow_ = shadow;
-}
-
-void PowerCut::willWrite(int file, off_t from, off_t end) {
-    const struct stat found = raw::status(file);
-    if (!S_ISREG(found.st_mode) || isSharedMemory(raw::pathOf(file)))
-        return;
-    File& kept = files_[found.st_ino];
-    if (kept.descriptor < 0) {
-        const std::string same = "/proc/self/fd/" + std::to_string(file);
-        kept.descriptor =
-            static_cast<int>(raw::call(SYS_openat, AT_FDCWD, same.c_str(), O_RDWR | O_CLOEXEC));
-        kept.durable = bytesOf(kept.descriptor);
-    }
-    const auto size = static_cast<off_t>(sectorSize);
-    for (off_t sector = from / size; sector * size < end; ++sector)
-        kept.lost.erase(static_cast<std::size_t>(sector));
-}
-
-void PowerCut::synced(int file, bool good) {
-    const ino_t inode = raw::status(file).st_ino;
-    if (good)
-        std::erase_if(names_, [&](const auto& change) { return change.folders.contains(inode); });
-    const auto found = files_.find(inode);
-    if (found == files_.end())
-        return;
-    File& kept = found->second;
-    std::string bytes = bytesOf(kept.descriptor);
-    if (!good) {
-        kept.lost.merge(differingSectors(bytes, kept.durable));
-        return;
-    }
-    const std::size_t size = bytes.size();
-    copySectors(kept.lost, kept.durable, bytes);
-    bytes.resize(size);
-    kept.durable = std::move(bytes);
-}
-
-void PowerCut::willChange(NameChange& change) {
-    const std::string aside = shadow_ + "/" + std::to_string(++aside_);
-    const char* const path = change.path.c_str();
-    if (raw::call(SYS_linkat, AT_FDCWD, path, AT_FDCWD, aside.c_str(), 0) == 0)
-        change.aside = aside;
-    change.wasFolder = S_ISDIR(raw::status(change.path).st_mode);
-}
-
-void PowerCut::changed(NameChange change) {
-    if (isSharedMemory(change.path))
-        return;
-    change.inode = raw::status(change.path).st_ino;
-    for (const std::string& path : {change.path, change.from}) {
-        if (!path.empty())
-            change.folders.insert(raw::status(folderOf(path)).st_ino);
-    }
-    names_.push_back(std::move(change));
 }
 
 // Tolerant: a later change that stays may have taken the name along.
-void PowerCut::undo(const NameChange& change) const {
+void undo(const NameChange& change) {
     std::error_code ignored;
     if (change.inode != 0 && raw::status(change.path).st_ino != change.inode)
         return;
@@ -133,44 +65,87 @@ void PowerCut::undo(const NameChange& change) const {
         fs::create_hard_link(change.aside, change.path, ignored);
 }
 
-void PowerCut::fail(bool torn, std::uint64_t seed) {
+} // namespace
+
+void noteWrite(int file, off_t from, off_t end) {
+    const struct stat found = raw::status(file);
+    if (!S_ISREG(found.st_mode))
+        return;
+    WrittenFile& kept = files[found.st_ino];
+    if (kept.descriptor < 0) {
+        const std::string same = "/proc/self/fd/" + std::to_string(file);
+        kept.descriptor =
+            static_cast<int>(syscall(SYS_openat, AT_FDCWD, same.c_str(), O_RDWR | O_CLOEXEC));
+        kept.durable = bytesOf(kept.descriptor);
+    }
+    const auto first = static_cast<std::size_t>(from) / sectorSize * sectorSize;
+    kept.lost.erase(kept.lost.lower_bound(first),
+                    kept.lost.lower_bound(static_cast<std::size_t>(end)));
+}
+
+void noteSync(int file, bool good) {
+    const ino_t inode = raw::status(file).st_ino;
+    if (good)
+        std::erase_if(names, [&](const auto& name) { return name.folders.contains(inode); });
+    const auto found = files.find(inode);
+    if (found == files.end())
+        return;
+    WrittenFile& kept = found->second;
+    std::string bytes = bytesOf(kept.descriptor);
+    const std::size_t size = bytes.size();
+    mix(bytes, kept.durable, [&](std::size_t at) {
+        if (!good)
+            kept.lost.insert(at);
+        return kept.lost.contains(at);
+    });
+    bytes.resize(size);
+    if (good)
+        kept.durable = std::move(bytes);
+}
+
+long noteName(const std::string& path, const std::string& from,
+              const std::function<long()>& change) {
+    static std::uint64_t asides = 0;
+    NameChange name{path, from, std::string(std::getenv("HOME")) + "/" + asideFolder};
+    name.aside += "/" + std::to_string(getpid()) + "-" + std::to_string(++asides);
+    if (syscall(SYS_linkat, AT_FDCWD, path.c_str(), AT_FDCWD, name.aside.c_str(), 0) != 0)
+        name.aside.clear();
+    name.wasFolder = S_ISDIR(raw::status(path).st_mode);
+    const long done = change();
+    if (done < 0)
+        return done;
+    name.inode = raw::status(path).st_ino;
+    for (const std::string& changed : {path, from}) {
+        if (!changed.empty())
+            name.folders.insert(raw::status(fs::path(changed).parent_path()).st_ino);
+    }
+    names.push_back(std::move(name));
+    return done;
+}
+
+void failPower(unsigned loss, std::uint64_t seed) {
     std::mt19937_64 random(seed);
-    const auto isLost = [&] { return !torn || random() % 2 != 0; };
-    for (auto& [inode, file] : files_) {
+    const auto isLost = [&](std::size_t = 0) { return random() % 100 < loss; };
+    for (auto& [inode, file] : files) {
         std::string bytes = bytesOf(file.descriptor);
         const std::size_t size = isLost() ? file.durable.size() : bytes.size();
-        std::set<std::size_t> lost = differingSectors(bytes, file.durable);
-        std::erase_if(lost, [&](std::size_t) { return !isLost(); });
-        copySectors(lost, file.durable, bytes);
+        mix(bytes, file.durable, isLost);
         bytes.resize(size);
-        raw::call(SYS_pwrite64, file.descriptor, bytes.data(), size, 0);
-        raw::call(SYS_ftruncate, file.descriptor, size);
+        syscall(SYS_pwrite64, file.descriptor, bytes.data(), size, 0);
+        syscall(SYS_ftruncate, file.descriptor, size);
     }
     // From some change on, all that follow in the same folder are undone; a rename is a change of
     // both its folders.
-    std::map<ino_t, std::size_t> left; // how many changes of a folder stay
-    for (const NameChange& change : names_) {
-        for (const ino_t folder : change.folders)
-            ++left[folder];
+    std::set<ino_t> undoneFrom;
+    std::vector<NameChange> undone;
+    for (const NameChange& name : names) {
+        const auto isUndone = [&](ino_t folder) { return undoneFrom.contains(folder); };
+        if (!std::ranges::any_of(name.folders, isUndone) && !isLost())
+            continue;
+        undoneFrom.insert(name.folders.begin(), name.folders.end());
+        undone.push_back(name);
     }
-    for (auto& [folder, count] : left)
-        count = torn ? random() % (count + 1) : 0;
-    std::vector<const NameChange*> undone;
-    for (const NameChange& change : names_) {
-        const auto& folders = change.folders;
-        const bool stays = std::ranges::all_of(folders, [&](ino_t i) { return left[i] != 0; });
-        for (const ino_t folder : folders)
-            left[folder] = stays ? left[folder] - 1 : 0;
-        if (!stays)
-            undone.push_back(&change);
-    }
-    for (auto change = undone.rbegin(); change != undone.rend(); ++change)
-        undo(**change);
-    std::error_code ignored;
-    for (const char* below : {"/Lumatrice Library", "/Backup", "/Backup/next-catalogue"}) {
-        if (isLost())
-            fs::remove(folder_ + below + "/library.db-shm", ignored);
-    }
+    std::for_each(undone.rbegin(), undone.rend(), undo);
 }
 
 } // namespace faults

@@ -1,22 +1,18 @@
 // One run of a method with one fault, in a process of its own, and what is found afterwards by
-// another process; all faults at all points of a method, and again while the next process recovers.
-// Runs of one process take place at its HOME, and beside it.
+// another process. Runs of one process take place at its HOME, and beside it.
 #pragma once
 
 #include "tests/faults/fault_plan.h"
 #include "tests/faults/methods.h"
-
-#include <array>
-#include <set>
 
 namespace faults {
 
 // A run to be made, over and over.
 struct Trial {
     Method method;
-    fs::path original;               // a home, copied for each run
-    std::vector<std::string> states; // descriptions without new identifiers, from old to new
-    std::set<std::string> known{};   // identifiers of the old state
+    fs::path original; // a home, copied for each run
+    // Descriptions, from old to new. Identifiers that the old one does not have are NEW in them.
+    std::vector<std::string> states{};
 
     std::size_t newest() const { return states.size() - 1; }
     bool changes() const { return states.front() != states.back(); }
@@ -28,44 +24,30 @@ struct Outcome {
     bool answered = false; // or the process died first
     bool success = false;
     Trace trace;
-    std::size_t state = 0;        // index into the states
-    std::vector<std::string> bad; // why it must not be
+    std::size_t state = 0;          // index into the states
+    std::vector<std::string> bad{}; // why it must not be
 };
 
 // Prepares the method's library and finds out the states that it may have.
 Trial prepare(const Method& method);
 
-Outcome run(const Trial& trial, const Plan& plan);
+// `left` gets a copy of the home as it is before anybody opens the library again; empty: no copy.
+Outcome run(const Trial& trial, const Plan& plan, const fs::path& left = {});
 
-// What a run leaves before anybody opens the library again, as the original of other trials; the
-// next call replaces it.
-fs::path leftBy(const Trial& trial, const Plan& plan);
+// --- library_state.cpp: what the library at HOME holds, as text to compare ---
 
-struct SweepOptions {
-    bool brief = false;      // only some points of each kind, and little of the recovery
-    std::string kind;        // empty: all
-    std::uint64_t point = 0; // 0: all
-    std::uint64_t seed = 1;
-};
+// All that an owner can tell of the library and of a backup beside it: assets with their marks,
+// hashes, edits and trash; albums and folders as a tree, in order, with their members in order;
+// access and settings. One line each, without row numbers and times. Opens the library; where that
+// fails it is a finding, beside the files that are there. `verified` adds what verification finds,
+// and what must not be once the library was opened anew: files that no row names, files on their
+// way in or out.
+std::string describe(bool verified);
 
-// One line of the table, by its columns. Plain, because it is shared between processes.
-enum Column {
-    operations,
-    runs,
-    recoveries,
-    oldState,
-    between,
-    newState,
-    success,
-    failure,
-    killed,
-    newThoughFailure,
-    bad,
-    columns
-};
-using Tally = std::array<std::uint64_t, columns>;
+// Whether it is a description, and without findings.
+bool isWhole(const std::string& description);
 
-// Prints each bad run with the options that repeat it.
-Tally sweep(const Method& method, const SweepOptions& options);
+// Puts NEW for each identifier that the old description does not have.
+std::string withoutNewIdentifiers(std::string description, const std::string& old);
 
 } // namespace faults
